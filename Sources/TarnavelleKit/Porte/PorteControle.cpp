@@ -1,0 +1,76 @@
+#include "Porte/PorteControle.hpp"
+
+#include <boost/url/parse.hpp>
+#include <boost/url/url_view.hpp>
+
+#include "Socle/Fichiers.hpp"
+
+namespace tarnavelle {
+namespace {
+
+/// Far above any endpoint file; keeps a wrong file from being read whole.
+constexpr std::size_t tailleEndpointMax = 64 * 1024;
+
+bool urlComplete(std::string_view texte) {
+  const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
+  return url && !url->encoded_host().empty();
+}
+
+std::string urlAction(std::string_view base) {
+  if (base.ends_with("/action")) return std::string(base);
+  while (base.starts_with('/')) base.remove_prefix(1);
+  while (base.ends_with('/')) base.remove_suffix(1);
+  return std::string(base) + "/action";
+}
+
+std::optional<std::int64_t> entierExact(const Json* membre) {
+  if (!membre || !membre->is_number()) return std::nullopt;
+  const auto n = entierTronque(*membre);
+  if (!n || membre->get<double>() != static_cast<double>(*n)) return std::nullopt;
+  return n;
+}
+
+}  // namespace
+
+std::optional<EndpointPorte> EndpointPorte::lire(std::string_view texte) {
+  const auto objet = LectureJSON::objet(texte);
+  if (!objet) return std::nullopt;
+  const Json* host = Champ::membre(*objet, "host");
+  const Json* token = Champ::membre(*objet, "token");
+  const auto pid = entierExact(Champ::membre(*objet, "pid"));
+  const auto port = entierExact(Champ::membre(*objet, "port"));
+  if (!host || !host->is_string() || !token || !token->is_string() || !pid || !port) return std::nullopt;
+  return EndpointPorte{host->get<std::string>(), *pid, *port, token->get<std::string>()};
+}
+
+Json EndpointPorte::json() const { return {{"host", host}, {"pid", pid}, {"port", port}, {"token", token}}; }
+
+namespace PorteControle {
+
+std::filesystem::path dossierSupport(const Environnement& environnement) {
+  return dossierApplicationSupport(environnement) / "Tarnavelle";
+}
+
+std::filesystem::path cheminEndpoint(const Environnement& environnement) {
+  return dossierSupport(environnement) / "porte-commande.json";
+}
+
+std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin) {
+  const auto texte = lireFichier(chemin, tailleEndpointMax);
+  return texte ? EndpointPorte::lire(*texte) : std::nullopt;
+}
+
+std::optional<PorteResolue> resoudrePorte(const Environnement& environnement) {
+  if (const auto base = variable(environnement, "TARNAVELLE_CONTROL_URL")) {
+    if (std::string url = urlAction(*base); urlComplete(url))
+      return PorteResolue{std::move(url), variable(environnement, "TARNAVELLE_CONTROL_TOKEN").value_or("")};
+  }
+  if (auto endpoint = lireEndpoint(cheminEndpoint(environnement))) {
+    std::string url = "http://" + endpoint->host + ":" + std::to_string(endpoint->port) + "/action";
+    if (urlComplete(url)) return PorteResolue{std::move(url), std::move(endpoint->token)};
+  }
+  return std::nullopt;
+}
+
+}  // namespace PorteControle
+}  // namespace tarnavelle

@@ -1,0 +1,60 @@
+// Where the control door listens: the endpoint file that the cockpit writes, and the choice between
+// it and the environment. Nothing is cached: every call looks again, so a cockpit that restarts on
+// another port is found at once. The door's server and its calls are elsewhere.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Socle/Environnement.hpp"
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+/// The record of the endpoint file. All four keys are required in the file.
+struct EndpointPorte {
+  std::string host;       ///< name or address the door listens on
+  std::int64_t pid = 0;   ///< process of the cockpit, for diagnosis only
+  std::int64_t port = 0;  ///< TCP port, as read: its range is not checked here
+  std::string token;      ///< bearer token
+
+  bool operator==(const EndpointPorte&) const = default;
+
+  /// Nothing when a key is missing or mistyped, or the text is unreadable; other keys are ignored.
+  static std::optional<EndpointPorte> lire(std::string_view texte);
+  Json json() const;
+};
+
+/// A door that can be called. The token may be empty.
+struct PorteResolue {
+  std::string url;  ///< absolute URL of the door's action endpoint
+  std::string jeton;
+  bool operator==(const PorteResolue&) const = default;
+};
+
+namespace PorteControle {
+
+/// The user's Application Support sub-folder "Tarnavelle"; located, never created. `environnement`
+/// gives HOME where the platform has no such folder of its own.
+std::filesystem::path dossierSupport(const Environnement& environnement);
+
+/// The endpoint file, "porte-commande.json" in that folder.
+std::filesystem::path cheminEndpoint(const Environnement& environnement);
+
+/// The file's record; nothing when it is missing, unreadable or larger than any real one.
+std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin);
+
+/// TARNAVELLE_CONTROL_URL and TARNAVELLE_CONTROL_TOKEN when the first is a complete URL, else the
+/// endpoint file, else nothing.
+std::optional<PorteResolue> resoudrePorte(const Environnement& environnement);
+
+/// The variables that a caller of the door reads: where it is, and who calls.
+inline constexpr std::initializer_list<const char*> variables = {
+    "TARNAVELLE_CONTROL_URL", "TARNAVELLE_CONTROL_TOKEN", "TARNAVELLE_NODE_ID", "HOME"};
+
+}  // namespace PorteControle
+}  // namespace tarnavelle

@@ -1,0 +1,57 @@
+// An HTTP/1.1 client for one caller that waits on each reply: http and https, connections kept between
+// calls while the address stays the same, every wait bounded. Redirects are not followed, proxies of
+// the environment are not used, nothing is retried once it may have been received.
+// One client serves one thread at a time.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnavelle {
+
+struct EnteteHTTP {
+  std::string nom;
+  std::string valeur;
+};
+
+struct RequeteHTTP {
+  std::string methode;
+  std::string url;                  ///< absolute, http or https
+  std::vector<EnteteHTTP> entetes;  ///< beside Host and Content-Length, which the client writes
+  std::string corps;
+};
+
+struct ReponseHTTP {
+  int statut = 0;
+  std::string corps;  ///< complete: a body cut short is no reply
+};
+
+struct BornesHTTP {
+  std::chrono::milliseconds attente;  ///< how long the caller waits, whatever the peer does
+  std::chrono::milliseconds vie;      ///< how long the request itself may live
+  std::size_t corpsMax;               ///< bytes of body; a larger one is no reply
+};
+
+class ClientHTTP {
+ public:
+  ClientHTTP();
+  ~ClientHTTP();
+  ClientHTTP(const ClientHTTP&) = delete;
+  ClientHTTP& operator=(const ClientHTTP&) = delete;
+
+  /// The reply, or nothing: unusable URL, a header value that holds a control character (nothing is
+  /// sent then), no connection, certificate refused, reply malformed, cut or too large, time out.
+  /// A request that times out is not cancelled: it goes on alone until `vie` is over, its reply unread.
+  std::optional<ReponseHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
+
+ private:
+  struct Cible;
+  class Liaison;
+  std::unique_ptr<Liaison> gardee_;
+};
+
+}  // namespace tarnavelle

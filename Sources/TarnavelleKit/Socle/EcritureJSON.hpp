@@ -1,0 +1,23 @@
+// Writing JSON, in the two styles the system uses. Keys are sorted by their bytes at every depth,
+// text is raw UTF-8, "/" stands plain, control characters are escaped. Pure functions.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle::EcritureJSON {
+
+/// One line without spaces. Nothing when a text or a key is not well-formed UTF-8.
+std::optional<std::string> compacte(const Json& valeur);
+
+/// Appends the same line to `texte`. False, with `texte` as it was, when there is none.
+bool ajouter(std::string& texte, const Json& valeur);
+
+/// Two-space indentation and `"key" : value`; empty containers stay on one line. Nothing when a text
+/// or a key is not well-formed UTF-8.
+std::optional<std::string> lisible(const Json& valeur);
+
+}  // namespace tarnavelle::EcritureJSON

@@ -1,0 +1,69 @@
+#include "Socle/Fichiers.hpp"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#if defined(__APPLE__)
+#include <sysdir.h>
+#endif
+
+namespace tarnavelle {
+namespace {
+
+#if defined(__APPLE__)
+/// The first folder that macOS reports for the current user; it may start with "~".
+std::filesystem::path supportDeLaPlateforme(const std::filesystem::path& personnel) {
+  char chemin[PATH_MAX];
+  auto etat =
+      sysdir_start_search_path_enumeration(SYSDIR_DIRECTORY_APPLICATION_SUPPORT, SYSDIR_DOMAIN_MASK_USER);
+  if (sysdir_get_next_search_path_enumeration(etat, chemin) == 0) return {};
+  if (chemin[0] == '~') return personnel / std::filesystem::path(chemin + 1).relative_path();
+  return chemin;
+}
+#endif
+
+}  // namespace
+
+std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std::size_t tailleMax) {
+  const int fd = ::open(chemin.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0) return std::nullopt;
+  std::optional<std::string> contenu;
+  struct stat etat {};
+  if (::fstat(fd, &etat) == 0 && S_ISREG(etat.st_mode)) {
+    contenu.emplace();
+    std::array<char, 16 * 1024> bloc;
+    while (true) {
+      const auto lus = ::read(fd, bloc.data(), bloc.size());
+      if (lus < 0 && errno == EINTR) continue;
+      if (lus == 0) break;
+      if (lus < 0 || contenu->size() + static_cast<std::size_t>(lus) > tailleMax) {
+        contenu.reset();
+        break;
+      }
+      contenu->append(bloc.data(), static_cast<std::size_t>(lus));
+    }
+  }
+  ::close(fd);
+  return contenu;
+}
+
+std::filesystem::path dossierPersonnel(const Environnement& environnement) {
+  if (const auto home = variable(environnement, "HOME")) return *home;
+  const passwd* compte = ::getpwuid(::getuid());
+  return compte && compte->pw_dir ? compte->pw_dir : "";
+}
+
+std::filesystem::path dossierApplicationSupport(const Environnement& environnement) {
+  const auto personnel = dossierPersonnel(environnement);
+#if defined(__APPLE__)
+  if (auto support = supportDeLaPlateforme(personnel); !support.empty()) return support;
+#endif
+  return personnel / "Library/Application Support";
+}
+
+}  // namespace tarnavelle

@@ -1,0 +1,295 @@
+#include "Socle/LectureJSON.hpp"
+
+#include <array>
+#include <boost/json/basic_parser_impl.hpp>
+#include <boost/json/src.hpp>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using Erreur = boost::json::error_code;
+using Morceau = boost::json::string_view;
+
+/// What every handler of the parser must declare; the limits are on sizes, which the input bounds.
+struct Gestionnaire {
+  static constexpr std::size_t max_object_size = std::numeric_limits<std::size_t>::max();
+  static constexpr std::size_t max_array_size = std::numeric_limits<std::size_t>::max();
+  static constexpr std::size_t max_key_size = std::numeric_limits<std::size_t>::max();
+  static constexpr std::size_t max_string_size = std::numeric_limits<std::size_t>::max();
+
+  bool on_document_begin(Erreur&) { return true; }
+  bool on_document_end(Erreur&) { return true; }
+  bool on_comment_part(Morceau, Erreur&) { return true; }
+  bool on_comment(Morceau, Erreur&) { return true; }
+};
+
+/// Builds a document. The containers that are still open are kept as pointers into it, which stay
+/// valid because a parent grows only once its child is closed.
+class Batisseur : public Gestionnaire {
+ public:
+  Json racine;
+
+  // Written out, so that `ouverts_` is not zeroed for every document.
+  Batisseur() {}
+
+  bool on_object_begin(Erreur&) { return ouvrir(Json::value_t::object); }
+  bool on_object_end(std::size_t, Erreur&) { return fermer(); }
+  bool on_array_begin(Erreur&) { return ouvrir(Json::value_t::array); }
+  bool on_array_end(std::size_t, Erreur&) { return fermer(); }
+  bool on_key_part(Morceau m, std::size_t, Erreur&) { return accumuler(m); }
+  bool on_key(Morceau m, std::size_t, Erreur&) {
+    cle_ = achever(m);
+    return true;
+  }
+  bool on_string_part(Morceau m, std::size_t, Erreur&) { return accumuler(m); }
+  bool on_string(Morceau m, std::size_t, Erreur&) {
+    poser(Json(achever(m)));
+    return true;
+  }
+  bool on_number_part(Morceau m, Erreur&) { return accumuler(m); }
+  bool on_int64(std::int64_t n, Morceau, Erreur&) { return nombre(n); }
+  bool on_uint64(std::uint64_t n, Morceau, Erreur&) { return nombre(n); }
+  bool on_double(double, Morceau m, Erreur& e) {
+    // The parser's own conversion may be off by one unit in the last place; this one is exact.
+    Json exact = Json::parse(achever(m), nullptr, false);
+    if (exact.is_discarded()) {
+      e = boost::json::error::exponent_overflow;
+      return false;
+    }
+    poser(std::move(exact));
+    return true;
+  }
+  bool on_bool(bool b, Erreur&) {
+    poser(Json(b));
+    return true;
+  }
+  bool on_null(Erreur&) {
+    poser(Json(nullptr));
+    return true;
+  }
+
+ private:
+  bool accumuler(Morceau m) {
+    partiel_.append(m.data(), m.size());
+    return true;
+  }
+  /// The whole of a text or number whose last part is `m`; most come in one part.
+  std::string achever(Morceau m) {
+    if (partiel_.empty()) return std::string(m.data(), m.size());
+    accumuler(m);
+    return std::exchange(partiel_, {});
+  }
+  template <class Entier>
+  bool nombre(Entier n) {
+    partiel_.clear();
+    poser(Json(n));
+    return true;
+  }
+  Json* poser(Json valeur) {
+    if (profondeur_ == 0) return &(racine = std::move(valeur));
+    Json& parent = *ouverts_[profondeur_ - 1];
+    if (parent.is_array()) return &parent.get_ref<Json::array_t&>().emplace_back(std::move(valeur));
+    return &parent.get_ref<Json::object_t&>()
+                .insert_or_assign(std::move(cle_), std::move(valeur))
+                .first->second;
+  }
+  bool ouvrir(Json::value_t genre) {
+    Json* conteneur = poser(Json(genre));
+    ouverts_[profondeur_++] = conteneur;
+    return true;
+  }
+  bool fermer() {
+    --profondeur_;
+    return true;
+  }
+
+  std::array<Json*, LectureJSON::profondeurMax> ouverts_;  // the parser refuses to go deeper
+  std::size_t profondeur_ = 0;
+  std::string cle_;
+  std::string partiel_;
+};
+
+/// Keeps one boolean member of the top-level object and forgets all the rest.
+class ChercheurBooleen : public Gestionnaire {
+ public:
+  explicit ChercheurBooleen(std::string_view cle) : cherchee_(cle) {}
+  std::optional<bool> trouve;
+
+  bool on_object_begin(Erreur&) { return ++profondeur_ == 1 ? (objet_ = true) : autre(); }
+  bool on_object_end(std::size_t, Erreur&) { return descendre(); }
+  bool on_array_begin(Erreur&) {
+    autre();
+    ++profondeur_;
+    return true;
+  }
+  bool on_array_end(std::size_t, Erreur&) { return descendre(); }
+  bool on_key_part(Morceau m, std::size_t, Erreur&) {
+    if (enTete()) cle_.append(m.data(), m.size());
+    return true;
+  }
+  bool on_key(Morceau m, std::size_t, Erreur&) {
+    if (!enTete()) return true;
+    cle_.append(m.data(), m.size());
+    attendue_ = cle_ == cherchee_;
+    cle_.clear();
+    return true;
+  }
+  bool on_string_part(Morceau, std::size_t, Erreur&) { return true; }
+  bool on_string(Morceau, std::size_t, Erreur&) { return autre(); }
+  bool on_number_part(Morceau, Erreur&) { return true; }
+  bool on_int64(std::int64_t, Morceau, Erreur&) { return autre(); }
+  bool on_uint64(std::uint64_t, Morceau, Erreur&) { return autre(); }
+  bool on_double(double d, Morceau, Erreur& e) {
+    if (std::isinf(d)) e = boost::json::error::exponent_overflow;
+    return !e && autre();
+  }
+  bool on_bool(bool b, Erreur&) {
+    if (enTete() && attendue_) trouve = b;
+    attendue_ = false;
+    return true;
+  }
+  bool on_null(Erreur&) { return autre(); }
+
+ private:
+  bool enTete() const { return objet_ && profondeur_ == 1; }
+  /// A value that is not a boolean: under the key looked for, it hides an earlier one.
+  bool autre() {
+    if (attendue_) trouve.reset();
+    attendue_ = false;
+    return true;
+  }
+  bool descendre() {
+    --profondeur_;
+    return true;
+  }
+
+  std::string_view cherchee_;
+  std::string cle_;
+  std::size_t profondeur_ = 0;
+  bool objet_ = false;
+  bool attendue_ = false;
+};
+
+boost::json::parse_options options() {
+  boost::json::parse_options o;
+  o.max_depth = LectureJSON::profondeurMax;
+  return o;
+}
+
+template <class G>
+bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) {
+  Erreur erreur;
+  const auto lus = analyseur.write_some(false, texte.data(), texte.size(), erreur);
+  return !erreur && analyseur.done() && lus == texte.size();
+}
+
+}  // namespace
+
+namespace LectureJSON {
+
+std::optional<Json> valeur(std::string_view texte) {
+  boost::json::basic_parser<Batisseur> analyseur(options());
+  if (!parcourir(analyseur, texte)) return std::nullopt;
+  return std::move(analyseur.handler().racine);
+}
+
+std::optional<Json> objet(std::string_view texte) {
+  auto document = valeur(texte);
+  if (document && !document->is_object()) document.reset();
+  return document;
+}
+
+BooleenDeTete booleenDeTete(std::string_view texte, std::string_view cle) {
+  boost::json::basic_parser<ChercheurBooleen> analyseur(options(), cle);
+  if (!parcourir(analyseur, texte)) return {};
+  return {true, analyseur.handler().trouve};
+}
+
+}  // namespace LectureJSON
+
+std::optional<std::int64_t> entierTronque(const Json& nombre) {
+  if (nombre.is_number_unsigned()) {
+    const auto n = nombre.get<std::uint64_t>();
+    if (n > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
+    return static_cast<std::int64_t>(n);
+  }
+  if (nombre.is_number_integer()) return nombre.get<std::int64_t>();
+  if (!nombre.is_number_float()) return std::nullopt;
+  const double d = std::trunc(nombre.get<double>());
+  constexpr double borne = 9223372036854775808.0;  // 2^63, the first double that does not fit
+  if (!(d >= -borne && d < borne)) return std::nullopt;
+  return static_cast<std::int64_t>(d);
+}
+
+std::optional<std::int64_t> entierDecimal(std::string_view texte) {
+  if (texte.starts_with('+')) {
+    texte.remove_prefix(1);
+    if (texte.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t n = 0;
+  const auto [fin, erreur] = std::from_chars(texte.data(), texte.data() + texte.size(), n);
+  if (erreur != std::errc{} || fin != texte.data() + texte.size()) return std::nullopt;
+  return n;
+}
+
+namespace Champ {
+
+const Json* membre(const Json& objet, std::string_view cle) {
+  if (!objet.is_object()) return nullptr;
+  const auto trouve = objet.find(cle);
+  return trouve == objet.end() ? nullptr : &*trouve;
+}
+
+std::string texte(const Json& objet, std::string_view cle) {
+  const Json* v = membre(objet, cle);
+  return v && v->is_string() ? v->get_ref<const std::string&>() : std::string{};
+}
+
+bool booleen(const Json& objet, std::string_view cle, bool defaut) {
+  const Json* v = membre(objet, cle);
+  if (!v) return defaut;
+  if (v->is_boolean()) return v->get<bool>();
+  if (v->is_number()) return v->get<double>() != 0;
+  if (!v->is_string()) return defaut;
+  const std::string mot = Texte::minuscules(Texte::rognerBlancs(v->get_ref<const std::string&>()));
+  for (const char* faux : {"false", "non", "no", "0"})
+    if (mot == faux) return false;
+  for (const char* vrai : {"true", "oui", "yes", "1"})
+    if (mot == vrai) return true;
+  return defaut;
+}
+
+std::int64_t entier(const Json& objet, std::string_view cle, std::int64_t defaut) {
+  const Json* v = membre(objet, cle);
+  if (!v) return defaut;
+  if (v->is_string())
+    return entierDecimal(Texte::rognerBlancs(v->get_ref<const std::string&>())).value_or(defaut);
+  return entierTronque(*v).value_or(defaut);
+}
+
+std::vector<std::string> liste(const Json& objet, std::string_view cle) {
+  std::vector<std::string> pieces;
+  const auto decouper = [&](std::string_view texte) {
+    while (true) {
+      const auto fin = texte.find_first_of(",;\n");
+      if (const auto piece = Texte::rogner(texte.substr(0, fin)); !piece.empty()) pieces.emplace_back(piece);
+      if (fin == std::string_view::npos) return;
+      texte.remove_prefix(fin + 1);
+    }
+  };
+  const Json* v = membre(objet, cle);
+  if (v && v->is_string()) decouper(v->get_ref<const std::string&>());
+  if (v && v->is_array())
+    for (const Json& element : *v)
+      if (element.is_string()) decouper(element.get_ref<const std::string&>());
+  return pieces;
+}
+
+}  // namespace Champ
+}  // namespace tarnavelle

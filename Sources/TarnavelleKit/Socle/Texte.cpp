@@ -1,0 +1,192 @@
+#include "Socle/Texte.hpp"
+
+#include <utf8proc.h>
+
+#include <array>
+
+namespace tarnavelle::Texte {
+namespace {
+
+/// One decoded code point and the bytes it took. `point` is -1 for an invalid byte, `octets` is 1 then.
+struct Point {
+  utf8proc_int32_t point;
+  std::size_t octets;
+};
+
+Point premier(std::string_view texte) {
+  utf8proc_int32_t point = -1;
+  const auto lus = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(texte.data()),
+                                    static_cast<utf8proc_ssize_t>(texte.size()), &point);
+  return lus > 0 ? Point{point, static_cast<std::size_t>(lus)} : Point{-1, 1};
+}
+
+/// The last code point: backs up over at most three continuation bytes.
+Point dernier(std::string_view texte) {
+  for (std::size_t n = 1; n <= 4 && n <= texte.size(); ++n) {
+    const auto fin = texte.substr(texte.size() - n);
+    if (const Point p = premier(fin); p.point >= 0 && p.octets == n) return p;
+  }
+  return {-1, 1};
+}
+
+bool estBlanc(utf8proc_int32_t point) {
+  if (point < 0x80) return point == ' ' || point == '\t';
+  return utf8proc_category(point) == UTF8PROC_CATEGORY_ZS;
+}
+
+bool estBlancOuSaut(utf8proc_int32_t point) {
+  if (point < 0x80) return point == ' ' || (point >= 0x09 && point <= 0x0D);
+  if (point == 0x85) return true;
+  const auto categorie = utf8proc_category(point);
+  return categorie == UTF8PROC_CATEGORY_ZS || categorie == UTF8PROC_CATEGORY_ZL ||
+         categorie == UTF8PROC_CATEGORY_ZP;
+}
+
+template <class Predicat>
+std::string_view rognerSelon(std::string_view texte, Predicat aOter) {
+  while (!texte.empty()) {
+    const Point p = premier(texte);
+    if (!aOter(p.point)) break;
+    texte.remove_prefix(p.octets);
+  }
+  while (!texte.empty()) {
+    const Point p = dernier(texte);
+    if (!aOter(p.point)) break;
+    texte.remove_suffix(p.octets);
+  }
+  return texte;
+}
+
+void ajouter(std::string& texte, utf8proc_int32_t point) {
+  utf8proc_uint8_t octets[4];
+  const auto n = utf8proc_encode_char(point, octets);
+  texte.append(reinterpret_cast<const char*>(octets), static_cast<std::size_t>(n));
+}
+
+/// Calls `voir` with the byte offset of every grapheme's start, until it returns false.
+template <class Voir>
+void parcourirGraphemes(std::string_view texte, Voir voir) {
+  utf8proc_int32_t etat = 0;
+  utf8proc_int32_t precedent = -1;
+  bool debut = true;
+  for (std::size_t i = 0; i < texte.size();) {
+    const Point p = premier(texte.substr(i));
+    const bool coupure =
+        debut || p.point < 0 || precedent < 0 || utf8proc_grapheme_break_stateful(precedent, p.point, &etat);
+    if (p.point < 0) etat = 0;
+    if (coupure && !voir(i)) return;
+    debut = false;
+    precedent = p.point;
+    i += p.octets;
+  }
+}
+
+constexpr bool ordinaire(unsigned char c) { return (c >= 0x20) & (c != '"') & (c != '\\') & (c < 0x80); }
+
+constexpr auto ordinaires = [] {
+  std::array<bool, 256> table{};
+  for (unsigned c = 0; c < 256; ++c) table[c] = ordinaire(static_cast<unsigned char>(c));
+  return table;
+}();
+
+}  // namespace
+
+std::string_view rogner(std::string_view texte) { return rognerSelon(texte, estBlancOuSaut); }
+
+std::string_view rognerBlancs(std::string_view texte) { return rognerSelon(texte, estBlanc); }
+
+std::string minuscules(std::string_view texte) {
+  std::string resultat;
+  resultat.reserve(texte.size());
+  for (std::size_t i = 0; i < texte.size();) {
+    const Point p = premier(texte.substr(i));
+    if (p.point < 0)
+      resultat += texte[i];
+    else
+      ajouter(resultat, utf8proc_tolower(p.point));
+    i += p.octets;
+  }
+  return resultat;
+}
+
+std::size_t caracteres(std::string_view texte) {
+  std::size_t n = 0;
+  parcourirGraphemes(texte, [&](std::size_t) {
+    ++n;
+    return true;
+  });
+  return n;
+}
+
+std::string tronquer(std::string_view texte, std::size_t maximum) {
+  std::size_t vus = 0;
+  std::size_t fin = texte.size();
+  parcourirGraphemes(texte, [&](std::size_t debut) {
+    if (vus == maximum) {
+      fin = debut;
+      return false;
+    }
+    ++vus;
+    return true;
+  });
+  std::string resultat(texte.substr(0, fin));
+  if (fin < texte.size()) resultat += "…";
+  return resultat;
+}
+
+std::size_t longueurSequence(std::string_view octets) {
+  if (octets.empty()) return 0;
+  const Point p = premier(octets);
+  return p.point < 0 ? 0 : p.octets;
+}
+
+std::size_t plageOrdinaire(std::string_view octets) {
+  constexpr std::size_t bloc = 16;
+  const auto* p = reinterpret_cast<const unsigned char*>(octets.data());
+  const std::size_t n = octets.size();
+  std::size_t i = 0;
+  for (; i < n && i < bloc; ++i)  // most runs of small texts end here
+    if (!ordinaires[p[i]]) return i;
+  // A fixed-size reduction without branches: compilers turn it into vector instructions.
+  for (; i + bloc <= n; i += bloc) {
+    unsigned char special = 0;
+    for (std::size_t k = 0; k < bloc; ++k) special |= static_cast<unsigned char>(!ordinaire(p[i + k]));
+    if (special) break;
+  }
+  while (i < n && ordinaires[p[i]]) ++i;
+  return i;
+}
+
+bool utf8Valide(std::string_view octets) {
+  std::size_t i = 0;
+  while (i < octets.size()) {
+    i += plageOrdinaire(octets.substr(i));
+    while (i < octets.size() && static_cast<unsigned char>(octets[i]) < 0x80) {
+      if (const auto c = static_cast<unsigned char>(octets[i]); c >= 0x20 && c != '"' && c != '\\') break;
+      ++i;
+    }
+    while (i < octets.size() && static_cast<unsigned char>(octets[i]) >= 0x80) {
+      const auto n = longueurSequence(octets.substr(i));
+      if (n == 0) return false;
+      i += n;
+    }
+  }
+  return true;
+}
+
+std::string reparer(std::string_view octets) {
+  if (utf8Valide(octets)) return std::string(octets);
+  std::string resultat;
+  resultat.reserve(octets.size());
+  for (std::size_t i = 0; i < octets.size();) {
+    const auto n = longueurSequence(octets.substr(i));
+    if (n == 0)
+      resultat += "\uFFFD";
+    else
+      resultat.append(octets, i, n);
+    i += n ? n : 1;
+  }
+  return resultat;
+}
+
+}  // namespace tarnavelle::Texte

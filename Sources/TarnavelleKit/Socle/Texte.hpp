@@ -1,0 +1,42 @@
+// Unicode text: trimming, lower case, user-perceived characters, UTF-8 validity.
+//
+// Text is UTF-8 in std::string. Every function accepts invalid bytes: a byte that starts no valid
+// sequence counts as one character that is neither white space nor a letter, and is copied as it is.
+// Pure functions, safe from any thread.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tarnavelle::Texte {
+
+/// Removes white space and newlines (Unicode Z* categories, U+0009 to U+000D, U+0085) at both ends.
+std::string_view rogner(std::string_view texte);
+
+/// Removes blanks (Unicode Zs and the tab) at both ends; line feeds stay.
+std::string_view rognerBlancs(std::string_view texte);
+
+/// Lower case, code point by code point (Unicode simple mapping).
+std::string minuscules(std::string_view texte);
+
+/// Number of user-perceived characters (extended grapheme clusters, UAX #29).
+std::size_t caracteres(std::string_view texte);
+
+/// The first `maximum` user-perceived characters, followed by "…" only when something was cut.
+std::string tronquer(std::string_view texte, std::size_t maximum);
+
+/// Whether the bytes are well-formed UTF-8 (RFC 3629: no surrogates, no overlong forms).
+bool utf8Valide(std::string_view octets);
+
+/// Length of the well-formed UTF-8 sequence that starts `octets`, 0 when there is none.
+std::size_t longueurSequence(std::string_view octets);
+
+/// Number of leading bytes that are plain ASCII: no control character, quotation mark or backslash.
+/// Reads sixteen bytes at a time; the caller decides what the byte that stopped it means.
+std::size_t plageOrdinaire(std::string_view octets);
+
+/// The same text with each invalid byte replaced by U+FFFD.
+std::string reparer(std::string_view octets);
+
+}  // namespace tarnavelle::Texte

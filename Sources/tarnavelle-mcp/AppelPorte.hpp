@@ -1,0 +1,40 @@
+// One call of the control door, as the bridge makes it: the body posted, the reply turned into the
+// result of an MCP tool. Serves one thread at a time.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Porte/PorteControle.hpp"
+#include "Reseau/ClientHTTP.hpp"
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+/// What came back from the door: the body, absent when there was no complete HTTP response, and the
+/// status, -1 then.
+struct Coffre {
+  std::optional<std::string> data;
+  int statut = -1;
+};
+
+class AppelPorte {
+ public:
+  /// The agent waits at most 30 s; the request itself may live 60 s. Replies up to 256 MiB.
+  static constexpr BornesHTTP bornes{
+      .attente = std::chrono::seconds(30), .vie = std::chrono::seconds(60), .corpsMax = 256 * 1024 * 1024};
+
+  explicit AppelPorte(BornesHTTP bornesAppel = bornes) : bornes_(bornesAppel) {}
+
+  Coffre posterPorte(const Json& corps, const PorteResolue& porte);
+
+ private:
+  ClientHTTP client_;
+  BornesHTTP bornes_;
+};
+
+/// The door's reply as it stands, an error unless it is an object whose "ok" is true; without a
+/// readable reply, a refusal that gives the status.
+Json contenuReponse(Coffre coffre);
+
+}  // namespace tarnavelle

@@ -1,0 +1,60 @@
+#include "Repartiteur.hpp"
+
+#include <utility>
+
+#include "Porte/GuideAgent.hpp"
+
+namespace tarnavelle {
+namespace {
+
+constexpr std::string_view porteIntrouvable =
+    "Porte introuvable : l'app Tarnavelle tourne-t-elle, la porte de commande est-elle ouverte ?";
+
+/// The member when it is an object, taken out of its parent; else an empty object.
+Json prendreObjet(Json& parent, std::string_view cle) {
+  const auto membre = parent.find(cle);
+  if (membre == parent.end() || !membre->is_object()) return Json::object();
+  return std::move(*membre);
+}
+
+}  // namespace
+
+std::optional<std::string> Repartiteur::traiter(Json message) {
+  PorteMCP::Identifiant id;
+  if (const auto membre = message.find("id"); membre != message.end()) id = std::move(*membre);
+  const auto membre = message.find("method");
+  if (membre == message.end() || !membre->is_string()) return std::nullopt;
+  const auto& methode = membre->get_ref<const std::string&>();
+
+  if (methode == "initialize") return PorteMCP::ligne(PorteMCP::reponseInitialize(std::move(id)));
+  if (methode == "notifications/initialized" || methode == "notifications/cancelled") return std::nullopt;
+  if (methode == "ping") return PorteMCP::ligneResultat(id, "{}");
+  if (methode == "tools/list") return PorteMCP::ligneListe(id);
+  if (!id) return std::nullopt;
+  using PorteMCP::CodeErreur;
+  if (methode != "tools/call")
+    return PorteMCP::ligne(
+        PorteMCP::erreur(std::move(id), CodeErreur::methodeInconnue, "Méthode inconnue : " + methode));
+
+  Json params = prendreObjet(message, "params");
+  const std::string outil = Champ::texte(params, "name");
+  if (outil.empty())
+    return PorteMCP::ligne(
+        PorteMCP::erreur(std::move(id), CodeErreur::parametres, "tools/call sans nom d'outil"));
+  return PorteMCP::ligne(PorteMCP::resultat(std::move(id), appeler(outil, prendreObjet(params, "arguments"))));
+}
+
+Json Repartiteur::appeler(const std::string& outil, Json arguments) {
+  if (PorteMCP::estLocal(outil)) {
+    const auto contexte = GuideAgent::Contexte::depuisEnvironnement(
+        monde_.environnement(GuideAgent::variables), {.binaireCtl = "", .binaireMCP = monde_.binaireMCP});
+    return PorteMCP::contenuAppel(GuideAgent::markdown(contexte), true);
+  }
+  const Environnement environnement = monde_.environnement(PorteControle::variables);
+  const auto porte = PorteControle::resoudrePorte(environnement);
+  if (!porte) return PorteMCP::contenuAppel(PorteMCP::ligne(PorteMCP::refus(porteIntrouvable)), false);
+  const auto nodeId = variable(environnement, "TARNAVELLE_NODE_ID").value_or("");
+  return contenuReponse(appel_.posterPorte(PorteMCP::corpsAppel(outil, std::move(arguments), nodeId), *porte));
+}
+
+}  // namespace tarnavelle
