@@ -1,0 +1,33 @@
+// First line: the action; the rest: the JSON text of its arguments.
+#include <cstdlib>
+#include <string_view>
+
+#include "Porte/CommandeControle.hpp"
+
+using namespace tarnavelle;
+
+namespace {
+void exiger(bool vrai) {
+  if (!vrai) std::abort();
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
+  const std::string_view entree(reinterpret_cast<const char*>(octets), taille);
+  const auto action = entree.substr(0, entree.find('\n'));
+  const auto arguments = entree.substr(action.size());
+
+  const auto nom = CommandeControle::canonique(action);
+  exiger(CommandeControle::canonique(nom) == nom);
+  const auto commande = CommandeControle::decoder(action, arguments);
+  exiger(std::holds_alternative<CommandeControle::inconnue>(commande.cas) !=
+         bool(CommandeControle::outil(nom)));
+  exiger(CommandeControle::decoder(nom, arguments).cas.index() == commande.cas.index());
+
+  for (const auto& piece : CommandeControle::listeTextes("noms", arguments)) exiger(!piece.empty());
+  const bool lu = RealtimeFrame::booleen("valider", arguments, false);
+  exiger(!lu || RealtimeFrame::booleen("valider", arguments, true));
+  (void)CommandeControle::entier("limite", arguments, 5);
+  (void)RealtimeFrame::texte("texte", arguments);
+  return 0;
+}

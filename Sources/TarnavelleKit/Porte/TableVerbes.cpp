@@ -1,0 +1,438 @@
+#include "Porte/TableVerbes.hpp"
+
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using Champ::booleen;
+using Champ::entier;
+using Champ::liste;
+using Champ::texte;
+using Args = const Json&;
+using C = CommandeControle;
+
+ParamVoix requis(std::string nom, std::string description) {
+  return {std::move(nom), ParamVoix::Genre::texte, std::move(description), true};
+}
+ParamVoix facultatif(std::string nom, std::string description) {
+  return {std::move(nom), ParamVoix::Genre::texte, std::move(description), false};
+}
+ParamVoix drapeau(std::string nom, std::string description) {
+  return {std::move(nom), ParamVoix::Genre::booleen, std::move(description), false};
+}
+
+/// The first of two texts or lists unless it is empty.
+template <class T>
+T premier(T valeur, std::type_identity_t<T> repli) {
+  return valeur.empty() ? repli : valeur;
+}
+
+/// The names to spare, from both keys: the English one adds to the French one.
+std::string epargnes(Args a) {
+  std::string noms;
+  for (const char* cle : {"sauf", "except"})
+    for (const std::string& nom : liste(a, cle)) noms += (noms.empty() ? "" : ", ") + nom;
+  return noms;
+}
+
+}  // namespace
+
+const std::vector<LigneVerbe>& tableVerbes() {
+  static const std::vector<LigneVerbe> table = {
+      {{"etat",
+        "Dit ce qui se passe sur TOUT le plateau : quels agents sont ouverts, dans quel état (travaille, "
+        "attend une réponse, au repos) et sur quelle scène. À appeler pour « où on en est ? », « qui "
+        "travaille ? », « fais le point ».",
+        {facultatif("format", "texte (défaut) ou json.")}},
+       {"state"},
+       [](Args) { return C{C::etat{}}; }},
+
+      {{"focus",
+        "Met une fenêtre EN GRAND sur la scène visible : un agent de terminal, un membre du crew, ou une "
+        "fenêtre nommée. « mets Harfang sur scène », « montre-moi Merlin ». Ne change PAS de scène "
+        "(aller_scene) et n'ouvre aucun terminal (ouvrir_agent).",
+        {requis("cible", "Le nom de l'agent, du membre du crew ou de la fenêtre")}},
+       {},
+       [](Args a) { return C{C::focus{.cible = texte(a, "cible")}}; }},
+
+      {{"aller_scene",
+        "Bascule vers une autre SCÈNE de travail, nommée d'après un projet ou un dossier (« Sources », "
+        "« Boutique ») : « va sur la scène Sources », « change de scène ». Un SITE ou une adresse n'est PAS "
+        "une scène : c'est ouvrir_web.",
+        {requis("nom", "Le nom de la scène (ou de son dossier)")}},
+       {"scene"},
+       [](Args a) { return C{C::allerScene{.nom = texte(a, "nom")}}; }},
+
+      {{"dicter",
+        "Tape un texte DANS le terminal d'un agent (Merlin, Milan…) et l'envoie — ou l'envoie à la "
+        "CONVERSATION Hermès qui porte ce nom, c'est le même geste. C'est LE verbe de toute consigne "
+        "adressée à un agent visible (« Merlin, relance les tests du front ») : tu la transmets MOT POUR "
+        "MOT, sans l'adresse. Ce n'est PAS le repli des demandes sans terminal cible : le repli, c'est "
+        "commande.",
+        {requis("texte", "La consigne à taper, VERBATIM, sans l'adresse"),
+         facultatif("agent", "Le nom de l'agent visé. Vide = celui qu'on regarde."),
+         drapeau("valider", "false pour poser sans envoyer. Défaut true.")}},
+       {"type"},
+       [](Args a) {
+         return C{C::dicter{
+             .agent = texte(a, "agent"), .texte = texte(a, "texte"), .valider = booleen(a, "valider", true)}};
+       }},
+
+      {{"ouvrir_agent",
+        "Ouvre un NOUVEAU terminal d'agent : « ouvre un agent claude », « lance un codex dans Sources », "
+        "« ouvre un grok sur mac-atelier ». Le nouvel agent reçoit un nom propre. Pour parler à un agent "
+        "DÉJÀ ouvert, c'est dicter.",
+        {facultatif("cli", "Le CLI à lancer : claude, codex, grok, gemini. Vide = le premier installé."),
+         facultatif("dossier", "Le dossier de travail. Vide = la scène courante."),
+         facultatif("hote", "L'hôte distant. Vide = cette machine.")}},
+       {"spawn_terminal"},
+       [](Args a) {
+         return C{
+             C::ouvrirAgent{.cli = texte(a, "cli"), .dossier = texte(a, "dossier"), .hote = texte(a, "hote")}};
+       }},
+
+      {{"ouvrir_web",
+        "Ouvre une page WEB dans la carte navigateur : une adresse (« va sur debian.org ») ou une recherche. "
+        "Tranche la confusion « va sur … » : un nom de scène → aller_scene ; un domaine, une URL ou une "
+        "recherche → ouvrir_web.",
+        {requis("cible", "L'adresse ou la recherche, telle que dite"),
+         drapeau("externe", "true pour le navigateur système. Défaut false.")}},
+       {"browser"},
+       [](Args a) {
+         return C{C::ouvrirWeb{.cible = texte(a, "cible"), .externe = booleen(a, "externe", false)}};
+       }},
+
+      {{"lire",
+        "Lit le BAS DE L'ÉCRAN d'un agent et te le rend TEL QUEL : « qu'est-ce que Merlin a répondu ? », "
+        "« lis-moi l'erreur ». Pour un compte rendu condensé, préfère resumer.",
+        {facultatif("agent", "Le nom de l'agent à lire. Vide = celui qu'on regarde.")}},
+       {"read"},
+       [](Args a) { return C{C::lire{.agent = texte(a, "agent")}}; }},
+
+      {{"resumer",
+        "Donne le RÉSUMÉ du travail d'un agent, déjà condensé par le cockpit : « où en est Merlin ? », "
+        "« résume les résultats ». Moins bavard que lire.",
+        {facultatif("agent", "Le nom de l'agent à résumer. Vide = celui qu'on regarde.")}},
+       {"summarize"},
+       [](Args a) { return C{C::resumer{.agent = texte(a, "agent")}}; }},
+
+      {{"retiens",
+        "Écrit une note dans la mémoire CANONIQUE du canvas — la seule mémoire durable partagée : « retiens "
+        "que le port dev est 5173 », « note que la démo est jeudi ». La portee canvas (défaut) rattache la "
+        "note à la scène courante ; global la rend visible partout.",
+        {requis("texte", "La note à retenir, fidèle et complète"),
+         facultatif("portee", "canvas (défaut) ou global.")}},
+       {"remember"},
+       [](Args a) {
+         return C{C::retiens{.texte = texte(a, "texte"), .portee = premier(texte(a, "portee"), "canvas")}};
+       }},
+
+      {{"rappelle",
+        "Cherche dans la mémoire canonique du canvas : « rappelle-moi le port dev », « qu'est-ce que je sais "
+        "sur la démo ? ». Rend les fiches les plus pertinentes.",
+        {facultatif("requete", "Ce qu'on cherche. Vide = les plus récentes."),
+         facultatif("limite", "Combien de fiches au plus. Défaut 5.")}},
+       {"recall"},
+       [](Args a) { return C{C::rappelle{.requete = texte(a, "requete"), .limite = entier(a, "limite", 5)}}; }},
+
+      {{"commande",
+        "LE REPLI : transmet la demande au cockpit quand AUCUN verbe dédié ne convient — missions et plans, "
+        "musique, documents, thèmes, jobs, connexions. « lance une mission pour refaire la page de prix », "
+        "« coupe la musique ». Tu transmets la demande TELLE QUE DITE.",
+        {requis("texte", "La demande, fidèle et complète, en français")}},
+       {"command"},
+       [](Args a) { return C{C::commande{.texte = texte(a, "texte")}}; }},
+
+      {{"pondre_agent",
+        "Pond un agent TRACKÉ : un chantier avec prompt, une commande de vérification (verify) et un nombre "
+        "d'exemplaires. La tâche passe à « done » seulement si le worker a reporté ET que verify exite 0. "
+        "Différent de souffler (simple messagerie).",
+        {requis("cli", "Le CLI à lancer"), requis("prompt", "La consigne de fond de l'agent"),
+         facultatif("verify", "La commande shell qui atteste la réussite (exit 0). Vide = pas de verify."),
+         facultatif("nom", "Le nom à donner. Vide = attribué."),
+         facultatif("nombre", "Combien d'exemplaires. Défaut 1.")}},
+       {"spawn_agent"},
+       [](Args a) {
+         return C{C::pondreAgent{.cli = texte(a, "cli"),
+                                 .prompt = texte(a, "prompt"),
+                                 .verify = texte(a, "verify"),
+                                 .nom = texte(a, "nom"),
+                                 .nombre = entier(a, "nombre", 1)}};
+       }},
+
+      {{"souffler",
+        "Envoie un message NON tracké à un agent déjà ouvert (messagerie, pas machine à états). Pour une "
+        "consigne de travail suivie, c'est pondre_agent ; pour taper dans le terminal visible, c'est dicter.",
+        {requis("agent", "Le nom de l'agent visé"), requis("texte", "Le message à souffler")}},
+       {"prompt"},
+       [](Args a) { return C{C::souffler{.agent = texte(a, "agent"), .texte = texte(a, "texte")}}; }},
+
+      {{"lire_terminal",
+        "Lit le tampon d'un agent, éventuellement DEPUIS le dernier prompt (depuis_prompt) — pour ne relire "
+        "que ce qui a été produit depuis la dernière consigne.",
+        {requis("agent", "Le nom de l'agent"),
+         drapeau("depuis_prompt", "true pour ne lire que depuis le dernier prompt. Défaut false.")}},
+       {"read_terminal"},
+       [](Args a) {
+         return C{
+             C::lireTerminal{.agent = texte(a, "agent"), .depuisPrompt = booleen(a, "depuis_prompt", false)}};
+       }},
+
+      {{"taches",
+        "Le ledger des tâches trackées (pondre_agent) : chacune avec son état (en cours, done, unknown). À "
+        "appeler pour « où en sont les tâches ? ».",
+        {}},
+       {"pipe_list"},
+       [](Args) { return C{C::taches{}}; }},
+
+      {{"shell",
+        "Lance une commande shell dans un terminal dédié du plateau : « lance les tests », « fais un git "
+        "status ». La commande s'exécute dans un nouveau terminal (ou celui nommé par cible).",
+        {requis("commande", "La commande shell à exécuter"),
+         facultatif("cible", "Le node/terminal où l'exécuter. Vide = un terminal dédié.")}},
+       {},
+       [](Args a) { return C{C::shell{.commande = texte(a, "commande"), .cible = texte(a, "cible")}}; }},
+
+      {{"capture",
+        "Prend une PHOTO de la fenêtre Tarnavelle telle qu'elle est peinte à l'écran, et la rend en PNG. À "
+        "appeler pour « prends une capture », « photographie le terminal de Merlin », ou pour voir l'effet "
+        "de ce que tu viens de modifier. Avec cible, SEULE la carte nommée est photographiée, recadrée. Le "
+        "contenu web d'une carte navigateur y sort BLANC : la page rendue, c'est l'affaire de capture_web.",
+        {facultatif("cible", "Le nom d'un agent, d'une session ou d'une carte. Vide = la fenêtre entière."),
+         facultatif("chemin",
+                    "Où écrire le PNG (fichier .png, ou dossier). Vide = un fichier daté dans le dossier de "
+                    "captures."),
+         drapeau("inline",
+                 "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
+       {"screenshot", "window_screenshot"},
+       [](Args a) {
+         return C{C::capture{
+             .cible = texte(a, "cible"), .chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
+       }},
+
+      {{"capture_web",
+        "Prend une photo du VIEWPORT RENDU de la carte navigateur — la page telle que le moteur web la "
+        "peint, ce que capture ne sait pas voir. « photographie la page », « à quoi ressemble le site ? », "
+        "« capture la page de connexion ». Ne photographie PAS le reste du canvas (terminaux, post-its, "
+        "documents) : pour cela, c'est capture.",
+        {facultatif("chemin",
+                    "Où écrire le PNG (fichier .png, ou dossier). Vide = un fichier daté dans le dossier de "
+                    "captures."),
+         drapeau("inline",
+                 "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
+       {"browser_screenshot"},
+       [](Args a) {
+         return C{C::captureWeb{.chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
+       }},
+
+      {{"diffuser",
+        "Envoie le MÊME texte, VERBATIM, dans le terminal de TOUS les agents ouverts d'un coup : « dis à "
+        "tout le monde de committer », « préviens tous les agents que la base a bougé », « stop général ». "
+        "Rend qui a reçu et qui a manqué. Pour un SEUL agent, préfère souffler (un message) ou dicter (une "
+        "consigne dans son terminal).",
+        {requis("texte", "Le message à diffuser, MOT POUR MOT, sans adresse"),
+         drapeau("scene_seulement",
+                 "true pour ne viser que les agents de la scène visible. Défaut false (tous les agents "
+                 "ouverts).")}},
+       {"broadcast"},
+       [](Args a) {
+         return C{
+             C::diffuser{.texte = texte(a, "texte"), .sceneSeulement = booleen(a, "scene_seulement", false)}};
+       }},
+
+      {{"fini",
+        "LE PIPE — un agent DÉCLARE qu'il a fini son travail, et le cockpit le sait sur-le-champ : la "
+        "pastille passe au repos et les relais armés sur « quand X aura fini » se déclenchent. C'est le "
+        "verbe qu'un CLI appelle sur LUI-MÊME, depuis son propre terminal (« tarnavellectl fini »), pas un "
+        "ordre donné à un autre agent. L'inverse, c'est bloque ; l'état des tâches, taches.",
+        {facultatif("note", "Ce qui a été fait, en une phrase. Facultatif — c'est le journal qui la porte."),
+         facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
+       {"pipe_done"},
+       [](Args a) { return C{C::fini{.agent = texte(a, "agent"), .note = texte(a, "note")}}; }},
+
+      {{"bloque",
+        "LE PIPE — un agent DÉCLARE qu'il est bloqué et qu'il attend une décision humaine : la pastille "
+        "passe à « besoin de vous » et les relais armés sur « quand X aura besoin de moi » se déclenchent. "
+        "La raison est OBLIGATOIRE — un blocage muet n'apprend rien à personne. L'inverse est fini.",
+        {requis(
+             "raison",
+             "Ce qui bloque, en une phrase : la question posée, la permission attendue, l'erreur rencontrée"),
+         facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
+       {"pipe_blocked"},
+       [](Args a) { return C{C::bloque{.agent = texte(a, "agent"), .raison = texte(a, "raison")}}; }},
+
+      {{"postit",
+        "Pose un POST-IT sur le canvas : une note qui reste À L'ÉCRAN, sous les yeux, à côté des agents. "
+        "« colle un post-it : relire la migration », « affiche le numéro du ticket », « garde sous mes "
+        "yeux : démo à 14 h ». Ce n'est PAS retiens : un post-it se REGARDE, une note de mémoire se RAPPELLE "
+        "(avec rappelle).",
+        {requis("texte", "Ce qui est écrit sur la note, tel quel")}},
+       {"sticky_note"},
+       [](Args a) { return C{C::postit{.texte = texte(a, "texte")}}; }},
+
+      {{"nommer_zone",
+        "Donne un NOM à une fenêtre du plateau — et ce nom devient une CIBLE VALIDE de focus et de capture. "
+        "« appelle cette fenêtre le tunnel de paiement », « étiquette Milan : le front ». C'est un ALIAS de "
+        "désignation, pas un déplacement (focus) ni un renommage de session : le nom que la fenêtre avait "
+        "déjà continue de marcher.",
+        {requis("nom", "L'étiquette à poser, en clair : « le tunnel de paiement », « le front »"),
+         facultatif("cible",
+                    "La fenêtre à étiqueter (nom d'agent, de session ou de carte). Vide = celle au regard.")}},
+       {"label_area"},
+       [](Args a) { return C{C::nommerZone{.nom = texte(a, "nom"), .cible = texte(a, "cible")}}; }},
+
+      {{"relancer_agent",
+        "REDÉMARRE un agent déjà ouvert : le même CLI, le même dossier, mais un processus NEUF. « relance "
+        "Merlin », « redémarre Milan, il ne répond plus », « repars de zéro avec Harfang ». Le travail en "
+        "cours est PERDU : la session est réellement tuée, pas seulement sa fenêtre. Ce n'est ni "
+        "ouvrir_agent (qui ouvre un agent de plus) ni souffler (qui parle à l'agent sans toucher à son "
+        "processus). Un agent DISTANT ne peut pas être relancé d'ici.",
+        {requis("agent",
+                "Le nom de l'agent à relancer. Exigé : on ne relance jamais « celui qu'on regarde » par "
+                "défaut.")}},
+       {"restart_agent"},
+       [](Args a) { return C{C::relancerAgent{.agent = texte(a, "agent")}}; }},
+
+      {{"script",
+        "Lance le script TYPÉ d'un chantier dans un terminal dédié, en DÉDUISANT la commande de ce qui est "
+        "sur le disque : package.json donne npm test / npm install, un Makefile donne make test, Cargo.toml "
+        "donne cargo test / cargo build. « lance les tests du chantier », « installe les dépendances ». Pour "
+        "une commande LIBRE, c'est shell ; pour attester la réussite d'une tâche suivie, c'est le verify de "
+        "pondre_agent.",
+        {requis("genre", "test (jouer les tests) ou install (installer les dépendances)"),
+         facultatif("dossier", "Le dossier du chantier. Vide = celui de la scène courante.")}},
+       {"run_script"},
+       [](Args a) { return C{C::script{.genre = texte(a, "genre"), .dossier = texte(a, "dossier")}}; }},
+
+      {{"ouvrir_chat",
+        "Ouvre la CONVERSATION avec Hermès sur le canvas — la carte à qui l'on PARLE, la seule du plateau "
+        "qui porte un fil de messages plutôt qu'un écran de terminal. « ouvre la conversation avec Hermès ». "
+        "S'il y en a déjà une pour le même hôte, le cockpit la RAMÈNE sous les yeux au lieu d'en ouvrir une "
+        "seconde. Avec texte, la première demande part sans attendre. Ce n'est PAS ouvrir_agent, qui ouvre, "
+        "lui, un terminal.",
+        {facultatif("hote",
+                    "La machine où Hermès tourne. Vide = celle que le cockpit a présentie (session ouverte, "
+                    "puis réglage, puis hôte joignable)."),
+         facultatif("texte",
+                    "Une première demande à envoyer tout de suite. Vide = la carte s'ouvre et attend.")}},
+       {"open_chat"},
+       [](Args a) { return C{C::ouvrirChat{.hote = texte(a, "hote"), .texte = texte(a, "texte")}}; }},
+
+      {{"message_chat",
+        "Envoie un message à Hermès DANS SA CARTE de conversation, et rend la main TOUT DE SUITE : la "
+        "réponse s'affiche sur la carte, elle n'est pas dans cette réponse-ci — Hermès prend cinq à soixante "
+        "secondes. Si aucune conversation n'est ouverte, le cockpit en ouvre une d'abord ; si plusieurs le "
+        "sont, cible nomme l'HÔTE visé. Pour taper dans le terminal d'un agent, c'est dicter ; pour parler à "
+        "tous d'un coup, c'est diffuser ; pour une demande au cockpit lui-même, c'est commande.",
+        {requis("texte", "Le message à écrire à Hermès, fidèle et complet, sans l'adresse"),
+         facultatif("cible",
+                    "L'hôte de la conversation visée, quand plusieurs sont ouvertes. Vide = la dernière "
+                    "ouverte.")}},
+       {},
+       [](Args a) { return C{C::messageChat{.texte = texte(a, "texte"), .cible = texte(a, "cible")}}; }},
+
+      {{"attendre",
+        "SUSPEND la réponse jusqu'à ce qu'il se passe quelque chose chez un agent — c'est le SEUL verbe de "
+        "la porte qui prend son temps au lieu de rendre la main tout de suite. À appeler APRÈS avoir mis un "
+        "agent au travail, au lieu de relire son écran en boucle : « attends que Merlin ait terminé », "
+        "« préviens-moi quand Milan pose une question ». Rend TOUJOURS ce qui s'est passé — atteint ou non, "
+        "la raison, la durée, l'état final —, y compris quand le délai expire (raison « timeout ») ou que la "
+        "session meurt (raison « mort »). Ne tape RIEN et ne consomme rien. Pour l'état de tout le plateau "
+        "sans attendre, c'est etat ; pour ce qui est écrit à l'écran, c'est lire.",
+        {requis("agent", "Le nom de l'agent à observer"),
+         facultatif("jusqu_a",
+                    "idle (l'écran s'est calmé, défaut), besoin (il pose une question), fini (il a déclaré "
+                    "avoir fini), mort (le processus est sorti) ou motif (une expression régulière paraît à "
+                    "l'écran)."),
+         facultatif("motif",
+                    "L'expression régulière à guetter dans l'écran (200 caractères au plus). La donner suffit "
+                    "à choisir jusqu_a: motif."),
+         facultatif("timeout_s", "Combien de secondes au plus. Défaut 60, plafond 300.")}},
+       {"wait"},
+       [](Args a) {
+         return C{C::attendre{.agent = texte(a, "agent"),
+                              .jusquA = texte(a, "jusqu_a"),
+                              .motif = texte(a, "motif"),
+                              .timeoutS = entier(a, "timeout_s", 0)}};
+       }},
+
+      {{"envoyer_touches",
+        "Envoie des TOUCHES dans le terminal d'un agent — ce qu'un texte ne sait pas faire : répondre à un "
+        "menu (« 1 entree »), sortir d'un dialogue (« esc »), interrompre un travail en cours (« ctrl+c »), "
+        "naviguer dans une liste (« bas bas entree »). Les touches sont séparées par des espaces et envoyées "
+        "dans l'ordre ; UNE touche inconnue fait refuser TOUTE la séquence, sans rien taper. Noms connus : "
+        "esc, entree, tab, haut, bas, gauche, droite, espace, ctrl+c, ctrl+d, ctrl+z, ctrl+u, ctrl+r — plus "
+        "tout caractère seul (1, y, n…). Un TEXTE s'envoie avec dicter ou souffler, JAMAIS avec ce verbe.",
+        {requis("agent", "Le nom de l'agent visé"),
+         requis("touches", "La séquence, séparée par des espaces : « esc », « 1 entree », « ctrl+c »")}},
+       {"send_keys"},
+       [](Args a) { return C{C::envoyerTouches{.agent = texte(a, "agent"), .touches = texte(a, "touches")}}; }},
+
+      {{"ranger",
+        "RANGE les fenêtres de la scène visible selon un PLAN : grille (des quadrants réguliers), colonnes "
+        "(côte à côte, pleine hauteur), scene (une grande en haut, les autres en rangée dessous), "
+        "apercu_agents (UNE grande à GAUCHE, toutes les autres empilées en rail vertical à droite), auto (le "
+        "cockpit choisit selon le nombre de fenêtres). « range les fenêtres », « mets tout en colonnes », "
+        "« mets Merlin en grand et les autres à côté ». La vedette ne compte que pour scene et "
+        "apercu_agents ; en nommer une suffit à demander apercu_agents. Ce n'est PAS focus, qui met UNE "
+        "fenêtre en grand : ici, c'est toute la scène qui se range.",
+        {facultatif("plan",
+                    "grille, colonnes, scene, apercu_agents ou auto. Vide = apercu_agents si une vedette est "
+                    "nommée, sinon auto."),
+         facultatif("vedette",
+                    "La fenêtre qui prend la grande place (nom d'agent, de session, ou étiquette posée par "
+                    "nommer_zone). Vide = le cockpit la déduit.")}},
+       {"arrange", "organize", "tidy", "organise"},
+       [](Args a) {
+         return C{
+             C::ranger{.plan = texte(a, "plan"), .vedette = premier(texte(a, "vedette"), texte(a, "cible"))}};
+       }},
+
+      {{"nommage",
+        "Règle les INDICATIFS que porteront les agents ouverts ENSUITE : « appelle mes agents Mal, Zoe et "
+        "Wash », « nomme-les comme l'équipage de Firefly », « remets les noms d'origine ». Si on te donne un "
+        "thème et pas de noms, c'est TOI qui composes la liste. Les noms sont distribués DANS L'ORDRE, un "
+        "par agent ; la liste épuisée, le cockpit numérote. Une liste VIDE ramène au roster d'usine, celui "
+        "des oiseaux de proie (Merlin, Milan, Harfang…). Le nom d'un lanceur (claude, codex) ou d'un modèle "
+        "(sonnet, opus) est REFUSÉ : « ouvre un claude » crée un agent, il ne peut pas aussi en désigner un. "
+        "Les agents DÉJÀ ouverts gardent leur nom : seuls les suivants prennent un indicatif. Pour étiqueter "
+        "une fenêtre qui existe déjà, c'est nommer_zone.",
+        {requis("noms",
+                "Les indicatifs séparés par des virgules, dans l'ordre où ils seront distribués : « Mal, Zoe, "
+                "Wash ». Un tableau JSON ([\"Mal\",\"Zoe\"]) est accepté aussi. Une chaîne VIDE demande "
+                "explicitement le retour au roster d'usine.")}},
+       {"set_agent_naming", "set_naming"},
+       [](Args a) { return C{C::nommage{.noms = premier(liste(a, "noms"), liste(a, "call_signs"))}}; }},
+
+      {{"fermer",
+        "FERME une surface du plateau, désignée par son nom : un terminal d'agent, une conversation Hermès, "
+        "un document, une fenêtre du crew, ou une fenêtre nommée par nommer_zone. « ferme Milan », « ferme "
+        "la conversation », « ferme le tunnel de paiement », « ferme ça ». Sans cible, c'est la fenêtre AU "
+        "REGARD qui se ferme. Fermer la fenêtre d'un terminal ne TUE PAS l'agent : sa session tmux survit et "
+        "se rattache — c'est relancer_agent qui redémarre un processus. Pour vider toute la scène d'un coup, "
+        "c'est fermer_tout.",
+        {facultatif("cible",
+                    "Le nom de l'agent, de la conversation ou de la fenêtre. Vide = celle qu'on regarde.")}},
+       {"close_node", "close"},
+       [](Args a) { return C{C::fermer{.cible = premier(texte(a, "cible"), texte(a, "target"))}}; }},
+
+      {{"fermer_tout",
+        "FERME TOUT ce qui se ferme sur la scène visible — terminaux, conversations, documents, fenêtres du "
+        "crew — sauf les noms qu'on épargne. « ferme tout sauf Merlin », « fais le ménage ». Les sessions "
+        "tmux des agents SURVIVENT à leurs fenêtres : ce verbe range l'écran, il n'arrête AUCUN travail en "
+        "cours. Les autres scènes restent intactes. Pour une seule surface, c'est fermer.",
+        {facultatif(
+            "sauf",
+            "Les noms à ÉPARGNER, séparés par des virgules : « Merlin, Milan ». Vide = on ferme tout.")}},
+       {"close_all"},
+       [](Args a) { return C{C::fermerTout{.sauf = epargnes(a)}}; }},
+  };
+  return table;
+}
+
+}  // namespace tarnavelle
