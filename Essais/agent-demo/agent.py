@@ -1,0 +1,246 @@
+#!/usr/bin/env python3
+"""Plays an agent's whole session through the real bridge: agent.py BRIDGE TRIAL_DOOR
+
+Opens the trial door, starts the bridge as an agent would, shows each request and each reply, checks
+them, and ends with the configuration for real agents. Both programs get a home folder of their own,
+so the operator's endpoint file is neither read nor written. Exit status 1 when a reply is not the
+expected one.
+"""
+import json
+import os
+import pathlib
+import queue
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import textwrap
+import threading
+import time
+
+DELAI = 45  # seconds; the bridge itself waits 30 for the door
+LONGUEUR_MONTREE = 360
+COULEURS = sys.stdout.isatty() and "NO_COLOR" not in os.environ
+LARGEUR = min(shutil.get_terminal_size((100, 24)).columns, 110)
+
+
+class Echec(Exception):
+    """What happened is not what was expected; the message is for the operator."""
+
+
+def teinte(code, texte):
+    return f"\033[{code}m{texte}\033[0m" if COULEURS else texte
+
+
+def dire(texte):
+    print(textwrap.fill(texte, LARGEUR, initial_indent="   ", subsequent_indent="   "))
+
+
+def montrer(sens, texte):
+    octets = len(texte.encode())
+    suite = ""
+    if len(texte) > LONGUEUR_MONTREE:
+        texte, suite = texte[:LONGUEUR_MONTREE], teinte("2", f"… ({octets} octets en tout)")
+    fleche = teinte("36", " → ") if sens == "vers" else teinte("33", " ← ")
+    print(f"{fleche}{texte}{suite}", flush=True)
+
+
+class Enfant:
+    """A child process read line by line, with a time limit."""
+
+    def __init__(self, nom, commande, environnement):
+        self.nom = nom
+        self.processus = subprocess.Popen(
+            commande, stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environnement, encoding="utf-8")
+        self.lignes = queue.Queue()
+        threading.Thread(target=self._lire, daemon=True).start()
+
+    def _lire(self):
+        for ligne in self.processus.stdout:
+            self.lignes.put(ligne.rstrip("\n"))
+        self.lignes.put(None)
+
+    def ligne(self):
+        try:
+            lue = self.lignes.get(timeout=DELAI)
+        except queue.Empty:
+            raise Echec(f"{self.nom} n'a rien dit en {DELAI} s") from None
+        if lue is None:
+            raise Echec(f"{self.nom} s'est arrêté(e) sans répondre")
+        return lue
+
+    def ecrire(self, ligne):
+        self.processus.stdin.write(ligne + "\n")
+        self.processus.stdin.flush()
+
+    def attendre(self):
+        try:
+            return self.processus.wait(timeout=DELAI)
+        except subprocess.TimeoutExpired:
+            raise Echec(f"{self.nom} ne s'arrête pas") from None
+
+
+class Agent:
+    """The agent's side of the conversation: numbered requests, replies checked as they come."""
+
+    def __init__(self, pont):
+        self.pont = pont
+        self.etape = 0
+        self.prochain = 0
+
+    def titre(self, texte, commentaire):
+        self.etape += 1
+        print("\n" + teinte("1", f"{self.etape}. {texte}"))
+        dire(commentaire)
+
+    def notifier(self, methode):
+        ligne = json.dumps({"jsonrpc": "2.0", "method": methode}, ensure_ascii=False)
+        montrer("vers", ligne)
+        self.pont.ecrire(ligne)
+
+    def demander(self, methode, params=None):
+        requete = {"jsonrpc": "2.0", "id": self.prochain, "method": methode}
+        if params is not None:
+            requete["params"] = params
+        self.prochain += 1
+        ligne = json.dumps(requete, ensure_ascii=False)
+        montrer("vers", ligne)
+        depart = time.perf_counter()
+        self.pont.ecrire(ligne)
+        lue = self.pont.ligne()
+        duree = time.perf_counter() - depart
+        montrer("retour", lue)
+        reponse = json.loads(lue)
+        if reponse.get("id") != requete["id"]:
+            raise Echec(f"la réponse porte l'id {reponse.get('id')!r}, pas {requete['id']!r}")
+        return reponse, duree
+
+    def appeler(self, outil, arguments, erreur=False):
+        """The text of a tool's result; `erreur` says whether a refusal is expected."""
+        reponse, duree = self.demander("tools/call", {"name": outil, "arguments": arguments})
+        resultat = reponse.get("result", {})
+        verifier(resultat.get("isError") is erreur, f"isError vaut {str(erreur).lower()}", duree)
+        return resultat["content"][0]["text"]
+
+    def reussir(self, outil, arguments):
+        """The door's reply to a verb that it carries out."""
+        dite = json.loads(self.appeler(outil, arguments))
+        verifier(dite["ok"] is True, f"la porte dit : {dite['spoken_text']}")
+        return dite
+
+
+def verifier(vrai, constat, duree=None):
+    if not vrai:
+        raise Echec(f"attendu : {constat}")
+    mesure = f" ({duree * 1000:.2f} ms)".replace(".", ",") if duree else ""
+    print(teinte("32", f" ✓ {constat}") + teinte("2", mesure))
+
+
+def session(agent, porte, fichier):
+    agent.titre("Poignée de main", "L'agent se présente et demande une version récente du protocole ; "
+                "le pont annonce la sienne, la seule qu'il parle. La notification ne reçoit pas de réponse.")
+    reponse, duree = agent.demander("initialize", {
+        "protocolVersion": "2025-11-25", "capabilities": {},
+        "clientInfo": {"name": "agent-demo", "version": "1.0.0"}})
+    verifier(reponse["result"]["protocolVersion"] == "2024-11-05", "protocole 2024-11-05", duree)
+    agent.notifier("notifications/initialized")
+
+    agent.titre("Les outils", "Chaque verbe de la porte devient un outil « trv_… » ; le dernier, trv_guide, "
+                "est celui du pont.")
+    reponse, duree = agent.demander("tools/list")
+    outils = [outil["name"] for outil in reponse["result"]["tools"]]
+    verifier(len(outils) == 34 and outils[-1] == "trv_guide", "33 verbes, puis le guide", duree)
+    dire(", ".join(outils))
+
+    agent.titre("L'état du plateau", "Le pont trouve la porte par son fichier (adresse et jeton), lui poste le "
+                "verbe, et rend sa réponse telle quelle.")
+    agent.reussir("trv_etat", {})
+
+    agent.titre("Faire travailler un autre agent", "En ouvrir un, lui dicter une consigne, attendre qu'il ait "
+                "fini, lire son écran.")
+    autre = agent.reussir("trv_ouvrir_agent", {"cli": "codex", "dossier": "Sources"})["data"]["nom"]
+    consigne = "Relis « porte.md » et corrige l'accès à /action"
+    agent.reussir("trv_dicter", {"agent": autre, "texte": consigne})
+    agent.reussir("trv_attendre", {"agent": autre, "jusqu_a": "idle", "timeout_s": "20"})
+    ecran = agent.reussir("trv_lire", {"agent": autre})["data"]["texte"]
+    verifier(consigne in ecran, f"la consigne est à l'écran de {autre}, accents compris")
+
+    agent.titre("La fin du travail", "L'agent se déclare fini sans dire qui il est : le pont ajoute le nom de sa "
+                "tuile (TARNAVELLE_NODE_ID).")
+    fini = agent.reussir("trv_fini", {"note": "les tests passent"})
+    verifier(fini["data"]["agent"] == "Merlin", "la porte a su qu'il s'agissait de Merlin")
+
+    agent.titre("Le guide", "Le pont l'écrit lui-même, sans la porte.")
+    guide = agent.appeler("trv_guide", {})
+    verifier(guide.startswith("# ") and all(outil in guide for outil in outils[:-1]),
+             "un document Markdown qui nomme tous les verbes")
+    for paragraphe in guide.split("\n\n")[:3]:
+        dire(paragraphe)
+
+    agent.titre("Un refus", "Un verbe inconnu : la porte refuse, l'agent lit le refus comme un résultat.")
+    refus = json.loads(agent.appeler("trv_decoller", {}, erreur=True))
+    verifier(refus["ok"] is False and refus["error"], f"refus de la porte : {refus['error']}")
+
+    agent.titre("Une méthode que le pont n'a pas", "Les clients demandent aussi des « prompts » : c'est une erreur "
+                "du protocole, et la session continue.")
+    reponse, duree = agent.demander("prompts/list")
+    verifier(reponse.get("error", {}).get("code") == -32601, "erreur -32601", duree)
+
+    agent.titre("La porte se ferme", "Le cockpit s'en va : sa porte se ferme et retire son fichier. Le pont reste, "
+                "et le dit à l'agent.")
+    porte.processus.terminate()
+    porte.attendre()
+    verifier(not fichier.exists(), "le fichier de la porte a disparu")
+    perdu = json.loads(agent.appeler("trv_etat", {}, erreur=True))
+    verifier(perdu["ok"] is False and perdu["error"].startswith("Porte introuvable"), "porte introuvable")
+
+    agent.titre("Fin de session", "L'agent ferme l'entrée du pont, qui s'arrête.")
+    agent.pont.processus.stdin.close()
+    verifier(agent.pont.attendre() == 0, "statut de sortie 0")
+
+
+def configuration(pont):
+    serveur = {"mcpServers": {"tarnavelle": {"args": [], "command": pont, "env": {}}}}
+    chaine = json.dumps(pont, ensure_ascii=False)  # a JSON text is a TOML basic string for any path
+    reglage = f"mcp_servers.tarnavelle.command={chaine}"
+    print("\n" + teinte("1", "Brancher un vrai agent"))
+    dire("Le pont cherche la porte ouverte sur cette machine à chaque appel ; « env » peut rester vide. "
+         "Pour une porte précise : TARNAVELLE_CONTROL_URL, TARNAVELLE_CONTROL_TOKEN et TARNAVELLE_NODE_ID.")
+    print("\n" + teinte("1", "claude") + " : dans .mcp.json, ou dans un fichier donné par --mcp-config\n")
+    print(json.dumps(serveur, indent=2, separators=(",", " : "), ensure_ascii=False))
+    print("\n" + teinte("1", "codex") + " : dans ~/.codex/config.toml\n")
+    print(f"[mcp_servers.tarnavelle]\ncommand = {chaine}")
+    print(f"\nou pour une fois :\n\ncodex -c {shlex.quote(reglage)}")
+
+
+def main():
+    pont, porte = (str(pathlib.Path(p).resolve()) for p in sys.argv[1:3])
+    enfants = []
+    with tempfile.TemporaryDirectory(prefix="tarnavelle-demo-") as maison:
+        fichier = pathlib.Path(maison, "Library/Application Support/Tarnavelle/porte-commande.json")
+        monde = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")} | {"HOME": maison}
+        try:
+            enfants.append(Enfant("La porte d'essai", [porte], monde))
+            print(teinte("1", enfants[0].ligne()))
+            verifier(fichier.exists(), "la porte a écrit son fichier")
+            enfants.append(Enfant("Le pont", [pont], monde | {"TARNAVELLE_NODE_ID": "Merlin"}))
+            session(Agent(enfants[1]), enfants[0], fichier)
+        except (Echec, OSError, KeyError, IndexError, ValueError) as e:
+            print(teinte("31", f" ✗ {e if isinstance(e, Echec) else repr(e)}"), file=sys.stderr)
+            return 1
+        finally:
+            for enfant in enfants:
+                enfant.processus.kill()
+                enfant.processus.wait()
+    configuration(pont)
+    return 0
+
+
+if __name__ == "__main__":
+    for sortie in (sys.stdout, sys.stderr):
+        sortie.reconfigure(encoding="utf-8")
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        sys.exit(130)
