@@ -67,7 +67,7 @@ class Enfant:
         except queue.Empty:
             raise Echec(f"{self.nom} n'a rien dit en {DELAI} s") from None
         if lue is None:
-            raise Echec(f"{self.nom} s'est arrêté(e) sans répondre")
+            raise Echec(f"{self.nom} : arrêt sans réponse")
         return lue
 
     def ecrire(self, ligne):
@@ -227,7 +227,7 @@ def main():
             enfants.append(Enfant("Le pont", [pont], monde | {"TARNAVELLE_NODE_ID": "Merlin"}))
             session(Agent(enfants[1]), enfants[0], fichier)
         except (Echec, OSError, KeyError, IndexError, ValueError) as e:
-            print(teinte("31", f" ✗ {e if isinstance(e, Echec) else repr(e)}"), file=sys.stderr)
+            print(teinte("31", f" ✗ {e if isinstance(e, Echec) else f'réponse inattendue ({e!r})'}"), file=sys.stderr)
             return 1
         finally:
             for enfant in enfants:
