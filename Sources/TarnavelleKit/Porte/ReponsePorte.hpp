@@ -38,7 +38,8 @@ struct PorteJSON {
   };
   struct objet {
     std::map<std::string, PorteJSON, std::less<>> membres;
-    bool operator==(const objet&) const = default;
+    // Written out for clang 14, which would default it while PorteJSON is still incomplete.
+    bool operator==(const objet& autre) const { return membres == autre.membres; }
   };
   struct nul {
     bool operator==(const nul&) const = default;
