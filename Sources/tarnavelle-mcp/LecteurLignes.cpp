@@ -15,11 +15,11 @@ std::optional<LecteurLignes::Ligne> LecteurLignes::suivante() {
       const auto longueur = static_cast<std::size_t>(static_cast<const char*>(saut) - depart);
       debut_ += longueur + 1;
       vus_ = 0;
-      tropLongue = tropLongue || longueur > ligneMax;
+      tropLongue = tropLongue || longueur > maximum_;
       return Ligne{tropLongue ? std::string_view{} : std::string_view(depart, longueur), tropLongue};
     }
     vus_ = fin_ - debut_;
-    if (vus_ > ligneMax) {
+    if (vus_ > maximum_) {
       tropLongue = true;
       debut_ = fin_ = vus_ = 0;
     }

@@ -11,15 +11,16 @@ namespace tarnavelle {
 
 class LecteurLignes {
  public:
-  /// Longest line that is kept, in bytes.
+  /// Longest line that is kept, in bytes, unless the reader is told otherwise.
   static constexpr std::size_t ligneMax = 64 * 1024 * 1024;
 
   struct Ligne {
     std::string_view texte;   ///< without its line feed
-    bool tropLongue = false;  ///< beyond `ligneMax`: the text is dropped, the line is consumed
+    bool tropLongue = false;  ///< beyond the limit: the text is dropped, the line is consumed
   };
 
-  explicit LecteurLignes(int descripteur) : descripteur_(descripteur), tampon_(bloc) {}
+  explicit LecteurLignes(int descripteur, std::size_t maximum = ligneMax)
+      : descripteur_(descripteur), maximum_(maximum), tampon_(bloc) {}
 
   /// The next line; nothing at the end of input, or when it can no longer be read.
   std::optional<Ligne> suivante();
@@ -31,6 +32,7 @@ class LecteurLignes {
   void faireDeLaPlace();
 
   int descripteur_;
+  std::size_t maximum_;
   std::vector<char> tampon_;
   std::size_t debut_ = 0;  ///< first byte not yet given out
   std::size_t vus_ = 0;    ///< bytes from `debut_` known to hold no line feed

@@ -1,0 +1,139 @@
+// A TCP peer that misbehaves on purpose: a listening socket on loopback whose connections are handed,
+// one after the other, to the scripts a test gives. Raw sockets, so that any byte can be sent or held.
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tarnavelle::essai {
+
+/// One accepted connection. Reads give up after two seconds, so that a test cannot hang.
+class Connexion {
+ public:
+  explicit Connexion(int fd) : fd_(fd) {}
+
+  /// One request: its head and as many bytes of body as it announces; empty when the peer closed.
+  std::string lireRequete() {
+    std::string lu;
+    while (true) {
+      if (const auto fin = lu.find("\r\n\r\n"); fin != std::string::npos) {
+        const auto longueur = lu.find("Content-Length: ");
+        const auto corps = longueur == std::string::npos ? 0 : std::stoul(lu.substr(longueur + 16, 20));
+        if (lu.size() >= fin + 4 + corps) return lu;
+      }
+      char tampon[65536];
+      pollfd attente{fd_, POLLIN, 0};
+      if (::poll(&attente, 1, 2000) <= 0) return {};
+      const auto n = ::recv(fd_, tampon, sizeof tampon, 0);
+      if (n <= 0) return {};
+      lu.append(tampon, static_cast<std::size_t>(n));
+    }
+  }
+
+  /// False once the peer no longer listens.
+  bool envoyer(std::string_view octets) {
+    while (!octets.empty()) {
+      const auto n = ::send(fd_, octets.data(), octets.size(), MSG_NOSIGNAL);
+      if (n <= 0) return false;
+      octets.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+  }
+
+  /// Orderly end of the connection, or a reset after `couperNet`.
+  void fermer() {
+    if (net_) {
+      const int neuf = ::dup(STDERR_FILENO);
+      linger immediat{1, 0};
+      ::setsockopt(fd_, SOL_SOCKET, SO_LINGER, &immediat, sizeof immediat);
+      ::dup2(neuf, fd_);  // closes the socket and keeps its number taken
+      ::close(neuf);
+    } else {
+      ::shutdown(fd_, SHUT_RDWR);
+    }
+  }
+  void couperNet() { net_ = true; }
+
+  /// Waits for the client's end of the connection; false when it is still open after `ms`.
+  bool attendreFermeture(int ms) {
+    pollfd attente{fd_, POLLIN, 0};
+    char octet;
+    return ::poll(&attente, 1, ms) > 0 && ::recv(fd_, &octet, 1, MSG_PEEK) <= 0;
+  }
+
+ private:
+  int fd_;
+  bool net_ = false;
+};
+
+class PairTCP {
+ public:
+  using Script = std::function<void(Connexion&)>;
+
+  /// The n-th connection runs the n-th script in a thread of its own; later ones run the last script.
+  explicit PairTCP(std::vector<Script> scripts) : scripts_(std::move(scripts)) {
+    ecoute_ = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in adresse{};
+    adresse.sin_family = AF_INET;
+    adresse.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(ecoute_, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
+    ::listen(ecoute_, 16);
+    socklen_t taille = sizeof adresse;
+    ::getsockname(ecoute_, reinterpret_cast<sockaddr*>(&adresse), &taille);
+    port_ = ntohs(adresse.sin_port);
+    accueil_ = std::thread([this] { accueillir(); });
+  }
+
+  ~PairTCP() {
+    ::shutdown(ecoute_, SHUT_RDWR);
+    accueil_.join();
+    for (const int fd : ouvertes_) ::shutdown(fd, SHUT_RD);  // a script that still reads sees the end
+    for (auto& fil : fils_) fil.join();
+    for (const int fd : ouvertes_) ::close(fd);
+    ::close(ecoute_);
+  }
+  PairTCP(const PairTCP&) = delete;
+  PairTCP& operator=(const PairTCP&) = delete;
+
+  int port() const { return port_; }
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/action"; }
+  int connexions() const { return connexions_; }
+
+ private:
+  void accueillir() {
+    while (true) {
+      const int fd = ::accept(ecoute_, nullptr, nullptr);
+      if (fd < 0) return;
+      const auto rang = static_cast<std::size_t>(connexions_++);
+      const auto& script = scripts_[std::min(rang, scripts_.size() - 1)];
+      ouvertes_.push_back(fd);
+      fils_.emplace_back([fd, &script] {
+        Connexion connexion(fd);
+        script(connexion);
+        connexion.fermer();
+      });
+    }
+  }
+
+  std::vector<Script> scripts_;
+  int ecoute_ = -1;
+  int port_ = 0;
+  std::atomic<int> connexions_ = 0;
+  std::thread accueil_;
+  std::vector<std::thread> fils_;
+  std::vector<int> ouvertes_;  // closed last, so that no number is reused meanwhile
+};
+
+}  // namespace tarnavelle::essai
