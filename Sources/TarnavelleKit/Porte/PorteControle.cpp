@@ -13,7 +13,10 @@ constexpr std::size_t tailleEndpointMax = 64 * 1024;
 
 bool urlComplete(std::string_view texte) {
   const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
-  return url && !url->encoded_host().empty();
+  if (!url || url->encoded_host().empty()) return false;
+  // The parser takes a port that is no number as an empty port, then a path without its slash.
+  const auto chemin = url->encoded_path();
+  return chemin.empty() || chemin.starts_with('/');
 }
 
 std::string urlAction(std::string_view base) {
