@@ -29,6 +29,14 @@ struct Gestionnaire {
   bool on_comment(Morceau, Erreur&) { return true; }
 };
 
+/// The number that the text writes. The parser's own conversion may be off by one unit in the last
+/// place; this one is exact. An error when no double holds it.
+Json decimal(std::string_view texte, Erreur& e) {
+  Json exact = Json::parse(texte, nullptr, false);
+  if (exact.is_discarded()) e = boost::json::error::exponent_overflow;
+  return exact;
+}
+
 /// Builds a document. The containers that are still open are kept as pointers into it, which stay
 /// valid because a parent grows only once its child is closed.
 class Batisseur : public Gestionnaire {
@@ -56,14 +64,8 @@ class Batisseur : public Gestionnaire {
   bool on_int64(std::int64_t n, Morceau, Erreur&) { return nombre(n); }
   bool on_uint64(std::uint64_t n, Morceau, Erreur&) { return nombre(n); }
   bool on_double(double, Morceau m, Erreur& e) {
-    // The parser's own conversion may be off by one unit in the last place; this one is exact.
-    Json exact = Json::parse(achever(m), nullptr, false);
-    if (exact.is_discarded()) {
-      e = boost::json::error::exponent_overflow;
-      return false;
-    }
-    poser(std::move(exact));
-    return true;
+    poser(decimal(achever(m), e));
+    return !e;
   }
   bool on_bool(bool b, Erreur&) {
     poser(Json(b));
@@ -145,8 +147,8 @@ class ChercheurBooleen : public Gestionnaire {
   bool on_number_part(Morceau, Erreur&) { return true; }
   bool on_int64(std::int64_t, Morceau, Erreur&) { return autre(); }
   bool on_uint64(std::uint64_t, Morceau, Erreur&) { return autre(); }
-  bool on_double(double d, Morceau, Erreur& e) {
-    if (std::isinf(d)) e = boost::json::error::exponent_overflow;
+  bool on_double(double d, Morceau m, Erreur& e) {
+    if (!(std::abs(d) < 1e308)) decimal({m.data(), m.size()}, e);  // too close to the limit to trust
     return !e && autre();
   }
   bool on_bool(bool b, Erreur&) {

@@ -1,8 +1,8 @@
 // Reading JSON: strict parsing into documents, and lenient readers of one member.
 //
 // Strict means RFC 8259 and well-formed UTF-8: no comments, no trailing commas, no lone surrogates,
-// no number too large for a double, no nesting beyond `profondeurMax`. When a key is repeated the
-// last one wins. Failures are empty optionals; nothing here throws. Pure functions.
+// no number too large for a double, no exponent beyond 32 bits, no nesting beyond `profondeurMax`.
+// When a key is repeated the last one wins. Failures are empty optionals; nothing here throws. Pure functions.
 #pragma once
 
 #include <cstddef>
