@@ -1,0 +1,74 @@
+#include "Socle/EcritureJSON.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace tarnavelle {
+namespace {
+
+// The other direction, and every number, is the round trip of LectureJSONTest.
+TEST(EcritureJSON, StyleLisible) {
+  const auto valeur = LectureJSON::valeur(R"({"b":[1,[],{"x/y":{}},"é"],"a":{"t":"\n","s":null},"c":[[]]})");
+  EXPECT_EQ(EcritureJSON::lisible(valeur.value()), R"({
+  "a" : {
+    "s" : null,
+    "t" : "\n"
+  },
+  "b" : [
+    1,
+    [],
+    {
+      "x/y" : {}
+    },
+    "é"
+  ],
+  "c" : [
+    []
+  ]
+})");
+  for (const char* vide : {"{}", "[]", "\"\"", "true"})
+    EXPECT_EQ(EcritureJSON::lisible(LectureJSON::valeur(vide).value()), vide);
+}
+
+TEST(EcritureJSON, CaracteresASCII) {
+  const std::string courts = "\b\f\n\r\t\"\\";
+  const std::string lettres = "bfnrt\"\\";
+  for (int n = 0; n < 0x80; ++n) {
+    const char c = static_cast<char>(n);
+    char attendu[8] = {c};
+    if (const auto i = courts.find(c); i != std::string::npos)
+      std::snprintf(attendu, sizeof attendu, "\\%c", lettres[i]);
+    else if (n < 0x20)
+      std::snprintf(attendu, sizeof attendu, "\\u%04x", unsigned(n));
+    // At every place of a block, between characters of several bytes, and in a key.
+    for (std::size_t avant = 0; avant < 34; ++avant) {
+      const auto texte = std::string(avant, '/') + "é" + c + c + "€" + c;
+      const auto ecrit = '"' + std::string(avant, '/') + "é" + attendu + attendu + "€" + attendu + '"';
+      EXPECT_EQ(EcritureJSON::compacte(texte), ecrit);
+      EXPECT_EQ(EcritureJSON::compacte({{texte, texte}}), "{" + ecrit + ":" + ecrit + "}");
+    }
+  }
+}
+
+TEST(EcritureJSON, TexteMalForme) {
+  for (const std::string fautif : {"\x80", "\xC3", "\xC3z", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
+    for (const std::size_t avant : {0, 15, 16, 40, 100'000})
+      for (const Json& valeur :
+           {Json(std::string(avant, 'a') + fautif), Json({{std::string(avant, 'a') + fautif, 1}}),
+            Json({1, {{"a", {{"b", fautif}}}}, "suite"})}) {
+        EXPECT_EQ(EcritureJSON::compacte(valeur), std::nullopt);
+        EXPECT_EQ(EcritureJSON::lisible(valeur), std::nullopt);
+        std::string texte = "avant";
+        EXPECT_FALSE(EcritureJSON::ajouter(texte, valeur));
+        EXPECT_EQ(texte, "avant");
+      }
+  EXPECT_EQ(EcritureJSON::compacte(Json(Json::value_t::discarded)), std::nullopt);
+  EXPECT_EQ(EcritureJSON::compacte({1, Json::binary({1})}), std::nullopt);
+  std::string texte = "avant ";
+  EXPECT_TRUE(EcritureJSON::ajouter(texte, {{"a", 1}}));
+  EXPECT_EQ(texte, R"(avant {"a":1})");
+}
+
+}  // namespace
+}  // namespace tarnavelle

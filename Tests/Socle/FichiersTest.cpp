@@ -1,0 +1,70 @@
+#include "Socle/Fichiers.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "DossierTemporaire.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Fichiers, LectureBornee) {
+  const DossierTemporaire dossier;
+  for (const std::size_t taille : {0, 1, 16384, 16385, 100'000}) {
+    const auto contenu = std::string(taille / 2, '\0') + std::string(taille - taille / 2, '\xFF');
+    const auto chemin = dossier.ecrire("f", contenu);
+    EXPECT_EQ(lireFichier(chemin, taille), contenu) << taille;
+    EXPECT_EQ(lireFichier(chemin, taille + 1), contenu) << taille;
+    EXPECT_EQ(lireFichier(chemin, taille / 2), taille == 0 ? std::optional("") : std::nullopt) << taille;
+  }
+}
+
+// None of these may be read, nor make the reader wait for a writer.
+TEST(Fichiers, CeQuiNEstPasUnFichier) {
+  const DossierTemporaire dossier;
+  const auto tube = dossier.chemin() / "tube";
+  ASSERT_EQ(::mkfifo(tube.c_str(), 0600), 0);
+  std::filesystem::create_symlink(dossier.ecrire("f", "x"), dossier.chemin() / "lien");
+  std::filesystem::create_symlink("boucle", dossier.chemin() / "boucle");
+  for (const auto& chemin :
+       {tube, dossier.chemin(), dossier.chemin() / "absent", dossier.chemin() / "boucle",
+        dossier.chemin() / "f" / "f", std::filesystem::path("/dev/zero"), std::filesystem::path()})
+    EXPECT_EQ(lireFichier(chemin, 100), std::nullopt) << chemin;
+  EXPECT_EQ(lireFichier(dossier.chemin() / "lien", 100), "x");
+}
+
+TEST(Environnement, ValeurRognee) {
+  struct {
+    std::string brute;
+    std::optional<std::string> lue;
+  } const cas[] = {
+      {"x", "x"},     {" \tx y\r\n", "x y"}, {"\u2028\u00A0é\u3000", "é"}, {"", {}},
+      {" \n\t ", {}}, {"\u200B", "\u200B"},  {"\uFFFD ", "\uFFFD"},
+  };
+  for (const auto& c : cas) EXPECT_EQ(variable({{"NOM", c.brute}}, "NOM"), c.lue) << "«" << c.brute << "»";
+  EXPECT_EQ(variable({{"NOM", "x"}}, "AUTRE"), std::nullopt);
+  EXPECT_EQ(variable({}, "NOM"), std::nullopt);
+}
+
+TEST(Environnement, DuProcessus) {
+  ::setenv("TARNAVELLE_ESSAI", " a\xFF ", 1);
+  ::setenv("TARNAVELLE_VIDE", "", 1);
+  ::unsetenv("TARNAVELLE_ABSENTE");
+  const auto lu = environnementDuProcessus({"TARNAVELLE_ESSAI", "TARNAVELLE_VIDE", "TARNAVELLE_ABSENTE"});
+  EXPECT_EQ(lu, (Environnement{{"TARNAVELLE_ESSAI", " a\uFFFD "}, {"TARNAVELLE_VIDE", ""}}));
+}
+
+TEST(Fichiers, DossiersDeLUtilisateur) {
+  EXPECT_EQ(dossierPersonnel({{"HOME", " /maison/m \n"}}), "/maison/m");
+  EXPECT_EQ(dossierPersonnel({{"HOME", " "}}), dossierPersonnel({}));
+  EXPECT_TRUE(dossierPersonnel({}).is_absolute()) << dossierPersonnel({});
+  EXPECT_EQ(dossierApplicationSupport({{"HOME", "/maison/m"}}), "/maison/m/Library/Application Support");
+}
+
+}  // namespace
+}  // namespace tarnavelle
