@@ -1,19 +1,11 @@
 // First line: the action; the rest: the JSON text of its arguments.
-#include <cstdlib>
-#include <string_view>
-
+#include "Cible.hpp"
 #include "Porte/CommandeControle.hpp"
 
 using namespace tarnavelle;
 
-namespace {
-void exiger(bool vrai) {
-  if (!vrai) std::abort();
-}
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
-  const std::string_view entree(reinterpret_cast<const char*>(octets), taille);
+int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
+  const auto entree = vue(octets, taille);
   const auto action = entree.substr(0, entree.find('\n'));
   const auto arguments = entree.substr(action.size());
 

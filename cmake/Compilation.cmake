@@ -14,6 +14,14 @@ if(TARNAVELLE_SANITIZERS)
   add_link_options(-fsanitize=${TARNAVELLE_SANITIZERS})
 endif()
 
+# Every library is instrumented, so that libFuzzer sees the branches it takes.
+if(TARNAVELLE_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "TARNAVELLE_FUZZ demande clang.")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 add_compile_options(-ffunction-sections -fdata-sections)
 if(APPLE)
   add_link_options(LINKER:-dead_strip)

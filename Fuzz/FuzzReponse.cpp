@@ -1,0 +1,33 @@
+// One reply of the door: what the bridge makes of it, and what the kit reads in it.
+#include "AppelPorte.hpp"
+#include "Cible.hpp"
+#include "Porte/ReponsePorte.hpp"
+#include "Socle/EcritureJSON.hpp"
+#include "Socle/Texte.hpp"
+
+using namespace tarnavelle;
+
+int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
+  const std::string corps(vue(octets, taille));
+  const auto document = LectureJSON::valeur(corps);
+  const Json* ok = document ? Champ::membre(*document, "ok") : nullptr;
+  const auto lu = LectureJSON::booleenDeTete(corps, "ok");
+  exiger(lu.lisible == document.has_value());
+  if (ok && ok->is_boolean())
+    exiger(lu.valeur == ok->get<bool>());
+  else
+    exiger(!lu.valeur);
+
+  const Json contenu = contenuReponse({corps, 200});
+  const Json& texte = contenu["content"][0]["text"];
+  exiger(contenu["isError"] == !(document && document->is_object() && lu.valeur == true));
+  exiger(Texte::utf8Valide(corps) ? texte == corps
+                                  : texte == R"({"error":"La porte n'a pas répondu (HTTP 200).","ok":false})");
+  exiger(EcritureJSON::compacte(contenu).has_value());
+
+  if (const auto reponse = ReponsePorte::lire(corps)) {
+    exiger(ReponsePorte::lire(EcritureJSON::compacte(reponse->json()).value()) == reponse);
+    exiger(!ComptesRendusVoix::porteDit(*reponse).empty());
+  }
+  return 0;
+}
