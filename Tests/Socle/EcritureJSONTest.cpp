@@ -53,7 +53,7 @@ TEST(EcritureJSON, CaracteresASCII) {
 
 TEST(EcritureJSON, TexteMalForme) {
   for (const std::string fautif : {"\x80", "\xC3", "\xC3z", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
-    for (const std::size_t avant : {0, 15, 16, 40, 100'000})
+    for (const std::size_t avant : {0u, 15u, 16u, 40u, 100'000u})
       for (const Json& valeur :
            {Json(std::string(avant, 'a') + fautif), Json({{std::string(avant, 'a') + fautif, 1}}),
             Json({1, {{"a", {{"b", fautif}}}}, "suite"})}) {

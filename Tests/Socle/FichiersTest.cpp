@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 TEST(Fichiers, LectureBornee) {
   const DossierTemporaire dossier;
-  for (const std::size_t taille : {0, 1, 16384, 16385, 100'000}) {
+  for (const std::size_t taille : {0u, 1u, 16384u, 16385u, 100'000u}) {
     const auto contenu = std::string(taille / 2, '\0') + std::string(taille - taille / 2, '\xFF');
     const auto chemin = dossier.ecrire("f", contenu);
     EXPECT_EQ(lireFichier(chemin, taille), contenu) << taille;
