@@ -52,6 +52,11 @@ std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std:
   return contenu;
 }
 
+bool fichierExecutable(const std::filesystem::path& chemin) {
+  struct stat etat {};
+  return ::stat(chemin.c_str(), &etat) == 0 && S_ISREG(etat.st_mode) && ::access(chemin.c_str(), X_OK) == 0;
+}
+
 std::filesystem::path dossierPersonnel(const Environnement& environnement) {
   if (const auto home = variable(environnement, "HOME")) return *home;
   const passwd* compte = ::getpwuid(::getuid());

@@ -3,6 +3,8 @@
 #include <utf8proc.h>
 
 #include <array>
+#include <cstdlib>
+#include <memory>
 
 namespace tarnavelle::Texte {
 namespace {
@@ -107,6 +109,45 @@ std::string minuscules(std::string_view texte) {
     i += p.octets;
   }
   return resultat;
+}
+
+std::string sansAccents(std::string_view texte) {
+  constexpr auto options =
+      static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_STRIPMARK);
+  std::string resultat;
+  for (std::size_t i = 0; i < texte.size();) {
+    std::size_t n = 0;  // bytes of the well-formed run that starts at i
+    while (const auto longueur = longueurSequence(texte.substr(i + n))) n += longueur;
+    if (n == 0) {
+      resultat += texte[i++];
+      continue;
+    }
+    utf8proc_uint8_t* plage = nullptr;
+    const auto octets = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(texte.data() + i),
+                                     static_cast<utf8proc_ssize_t>(n), &plage, options);
+    const std::unique_ptr<utf8proc_uint8_t, void (*)(void*)> garde(plage, std::free);
+    if (octets < 0)  // out of memory or out of range, all that is left to fail
+      resultat.append(texte, i, n);
+    else
+      resultat.append(reinterpret_cast<const char*>(plage), static_cast<std::size_t>(octets));
+    i += n;
+  }
+  return resultat;
+}
+
+std::vector<std::string_view> mots(std::string_view texte) {
+  std::vector<std::string_view> pieces;
+  for (texte = rogner(texte); !texte.empty(); texte = rogner(texte)) {
+    std::size_t n = 0;
+    while (n < texte.size()) {
+      const Point p = premier(texte.substr(n));
+      if (estBlancOuSaut(p.point)) break;
+      n += p.octets;
+    }
+    pieces.push_back(texte.substr(0, n));
+    texte.remove_prefix(n);
+  }
+  return pieces;
 }
 
 std::size_t caracteres(std::string_view texte) {

@@ -1,4 +1,4 @@
-// Unicode text: trimming, lower case, user-perceived characters, UTF-8 validity.
+// Unicode text: trimming, lower case, accents, words, user-perceived characters, UTF-8 validity.
 //
 // Text is UTF-8 in std::string. Every function accepts invalid bytes: a byte that starts no valid
 // sequence counts as one character that is neither white space nor a letter, and is copied as it is.
@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarnavelle::Texte {
 
@@ -19,6 +20,13 @@ std::string_view rognerBlancs(std::string_view texte);
 
 /// Lower case, code point by code point (Unicode simple mapping).
 std::string minuscules(std::string_view texte);
+
+/// The same text without its accents: canonical decomposition, combining marks dropped, the rest
+/// composed again. An accent counts the same whether composed or not; "œ" and "ø" are letters, and stay.
+std::string sansAccents(std::string_view texte);
+
+/// The pieces between runs of white space and newlines (as `rogner` knows them), none of them empty.
+std::vector<std::string_view> mots(std::string_view texte);
 
 /// Number of user-perceived characters (extended grapheme clusters, UAX #29).
 std::size_t caracteres(std::string_view texte);
