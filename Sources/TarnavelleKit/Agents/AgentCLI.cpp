@@ -1,0 +1,202 @@
+#include "Agents/AgentCLI.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "Socle/Fichiers.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle {
+namespace {
+
+constexpr std::string_view commeEspaces[] = {"’", "'", "-", "_"};
+constexpr std::string_view omis[] = {"?", "!", ".", ",", ";", ":", "«", "»", "\""};
+
+bool parmi(const auto& caracteres, std::string_view caractere) {
+  return std::ranges::find(caracteres, caractere) != std::end(caracteres);
+}
+
+}  // namespace
+
+const AgentCLI& AgentCLI::claude() {
+  static const AgentCLI cli{
+      .id = "claude",
+      .titre = "Claude Code",
+      .editeur = "Anthropic",
+      .cheminsBinaires = {"~/.local/bin/claude", "/opt/homebrew/bin/claude", "/usr/local/bin/claude"},
+      .arguments = {},
+      .symbole = "sparkle",
+      .teinte = TeinteLanceur::accent,
+      .alias = {"claude code", "claude"},
+      .prefixeSession = "Claude"};
+  return cli;
+}
+
+const AgentCLI& AgentCLI::codex() {
+  static const AgentCLI cli{
+      .id = "codex",
+      .titre = "Codex",
+      .editeur = "OpenAI",
+      .cheminsBinaires = {"/opt/homebrew/bin/codex", "/usr/local/bin/codex", "~/.local/bin/codex"},
+      .arguments = {},
+      .symbole = "chevron.left.forwardslash.chevron.right",
+      .teinte = TeinteLanceur::forge,
+      .alias = {"codex", "open ai", "openai"},
+      .prefixeSession = "Codex"};
+  return cli;
+}
+
+const AgentCLI& AgentCLI::grok() {
+  static const AgentCLI cli{
+      .id = "grok",
+      .titre = "Grok CLI",
+      .editeur = "xAI",
+      .cheminsBinaires = {"/opt/homebrew/bin/grok", "/usr/local/bin/grok", "~/.local/bin/grok"},
+      .arguments = {},
+      .symbole = "bolt",
+      .teinte = TeinteLanceur::alerte,
+      .alias = {"grok cli", "grok"},
+      .prefixeSession = "Grok"};
+  return cli;
+}
+
+const AgentCLI& AgentCLI::gemini() {
+  static const AgentCLI cli{
+      .id = "gemini",
+      .titre = "Gemini CLI",
+      .editeur = "Google",
+      .cheminsBinaires = {"/opt/homebrew/bin/gemini", "/usr/local/bin/gemini", "~/.local/bin/gemini"},
+      .arguments = {},
+      .symbole = "circle.hexagongrid",
+      .teinte = TeinteLanceur::ok,
+      .alias = {"gemini cli", "gemini"},
+      .prefixeSession = "Gemini"};
+  return cli;
+}
+
+const AgentCLI& AgentCLI::hermes() {
+  static const AgentCLI cli{
+      .id = "hermes",
+      .titre = "Hermes Agent",
+      .editeur = "Nous Research",
+      .cheminsBinaires = {"~/.local/bin/hermes", "/opt/homebrew/bin/hermes", "/usr/local/bin/hermes"},
+      .arguments = {},
+      .symbole = "paperplane",
+      .teinte = TeinteLanceur::alerte,
+      .alias = {"hermes agent", "hermes"},
+      .prefixeSession = "Hermes"};
+  return cli;
+}
+
+const std::vector<AgentCLI>& AgentCLI::tous() {
+  static const std::vector<AgentCLI> catalogue = {claude(), codex(), grok(), gemini(), hermes()};
+  return catalogue;
+}
+
+const AgentCLI* AgentCLI::parId(std::string_view id) {
+  const auto entree = std::ranges::find(tous(), id, &AgentCLI::id);
+  return entree == tous().end() ? nullptr : &*entree;
+}
+
+const AgentCLI* AgentCLI::depuisPhrase(std::string_view phrase) {
+  const std::string espacee = " " + plier(phrase) + " ";
+  const AgentCLI* meilleur = nullptr;
+  std::size_t longueur = 0;
+  for (const AgentCLI& cli : tous())
+    for (const std::string& alias : cli.alias) {
+      const std::string plie = plier(alias);
+      const std::size_t n = Texte::caracteres(plie);
+      if (n <= longueur || espacee.find(" " + plie + " ") == std::string::npos) continue;
+      meilleur = &cli;
+      longueur = n;
+    }
+  return meilleur;
+}
+
+std::string AgentCLI::plier(std::string_view texte) {
+  const std::string sansAccents = Texte::sansAccents(Texte::minuscules(texte));
+  std::string resultat;
+  for (std::string_view reste = sansAccents; !reste.empty();) {
+    const auto n = std::max<std::size_t>(1, Texte::longueurSequence(reste));
+    const auto caractere = reste.substr(0, n);
+    reste.remove_prefix(n);
+    if (parmi(commeEspaces, caractere))
+      resultat += ' ';
+    else if (!parmi(omis, caractere))
+      resultat += caractere;
+  }
+  std::string plie;
+  for (const auto mot : Texte::mots(resultat)) plie.append(plie.empty() ? "" : " ").append(mot);
+  return plie;
+}
+
+std::string AgentCLI::sousTitrePalette() const { return "Terminal · " + editeur; }
+
+const AgentCLI::Machine& AgentCLI::Machine::reelle() {
+  // Kept: finding the home folder may ask the user database, which is not safe from several threads.
+  static const Machine machine{tarnavelle::dossierPersonnel(environnementDuProcessus({"HOME"})).string(),
+                               fichierExecutable};
+  return machine;
+}
+
+std::optional<std::filesystem::path> AgentCLI::binaire(const Machine& machine) const {
+  for (const std::string& candidat : cheminsBinaires) {
+    std::filesystem::path chemin =
+        candidat.starts_with('~') ? machine.dossierPersonnel + candidat.substr(1) : candidat;
+    if (machine.estExecutable(chemin)) return chemin;
+  }
+  return std::nullopt;
+}
+
+bool AgentCLI::disponibleSansCache(const Machine& machine) const { return binaire(machine).has_value(); }
+
+bool AgentCLI::disponible() const { return CacheDisponibiliteCLI::partage().valeur(*this); }
+
+CacheDisponibiliteCLI& CacheDisponibiliteCLI::partage() {
+  static CacheDisponibiliteCLI cache([](const AgentCLI& cli) { return cli.disponibleSansCache(); },
+                                     std::chrono::steady_clock::now);
+  return cache;
+}
+
+CacheDisponibiliteCLI::CacheDisponibiliteCLI(Sonde sonde, Horloge horloge)
+    : sonde_(std::move(sonde)), horloge_(std::move(horloge)) {}
+
+bool CacheDisponibiliteCLI::valeur(const AgentCLI& pour) {
+  const Instant maintenant = horloge_();
+  {
+    const std::lock_guard verrou(lock_);
+    if (const auto vue = vues_.find(pour.id); vue != vues_.end() && maintenant - vue->second.quand < ttl)
+      return vue->second.valeur;
+  }
+  const bool valeur = sonde_(pour);
+  const Instant obtenue = horloge_();
+  const std::lock_guard verrou(lock_);
+  vues_.insert_or_assign(pour.id, Vue{valeur, obtenue});
+  return valeur;
+}
+
+void CacheDisponibiliteCLI::oublier(const AgentCLI& cli) {
+  const std::lock_guard verrou(lock_);
+  vues_.erase(cli.id);
+}
+
+void CacheDisponibiliteCLI::oublier() {
+  const std::lock_guard verrou(lock_);
+  vues_.clear();
+}
+
+}  // namespace tarnavelle
+
+std::size_t std::hash<tarnavelle::AgentCLI>::operator()(const tarnavelle::AgentCLI& cli) const noexcept {
+  std::size_t graine = static_cast<std::size_t>(cli.teinte);
+  const auto meler = [&graine](std::size_t valeur) {
+    graine ^= valeur + 0x9e3779b9 + (graine << 6) + (graine >> 2);
+  };
+  for (const auto* texte : {&cli.id, &cli.titre, &cli.editeur, &cli.symbole, &cli.prefixeSession})
+    meler(std::hash<std::string>{}(*texte));
+  for (const auto* liste : {&cli.cheminsBinaires, &cli.arguments, &cli.alias}) {
+    meler(liste->size());
+    for (const std::string& texte : *liste) meler(std::hash<std::string>{}(texte));
+  }
+  return graine;
+}
