@@ -248,9 +248,14 @@ const Json* membre(const Json& objet, std::string_view cle) {
   return trouve == objet.end() ? nullptr : &*trouve;
 }
 
-std::string texte(const Json& objet, std::string_view cle) {
+const std::string* chaine(const Json& objet, std::string_view cle) {
   const Json* v = membre(objet, cle);
-  return v && v->is_string() ? v->get_ref<const std::string&>() : std::string{};
+  return v ? v->get_ptr<const std::string*>() : nullptr;
+}
+
+std::string texte(const Json& objet, std::string_view cle) {
+  const std::string* t = chaine(objet, cle);
+  return t ? *t : std::string{};
 }
 
 bool booleen(const Json& objet, std::string_view cle, bool defaut) {

@@ -47,6 +47,9 @@ namespace Champ {
 /// The member, or null when it is absent.
 const Json* membre(const Json& objet, std::string_view cle);
 
+/// A string as it stands, or null when the member is anything else or absent.
+const std::string* chaine(const Json& objet, std::string_view cle);
+
 /// A string as it stands (not trimmed), else the empty text.
 std::string texte(const Json& objet, std::string_view cle);
 

@@ -83,6 +83,25 @@ void parcourirGraphemes(std::string_view texte, Voir voir) {
   }
 }
 
+bool estLettre(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_LU && c <= UTF8PROC_CATEGORY_LO; }
+bool estMarque(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_MN && c <= UTF8PROC_CATEGORY_ME; }
+bool estNombre(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_ND && c <= UTF8PROC_CATEGORY_NO; }
+
+/// Whether one user-perceived character is a letter or a number with its marks. Its first code point
+/// does not decide: some letters (U+0D4E) take whatever follows them along, a quotation mark included.
+bool estLettreOuNombre(std::string_view caractere) {
+  for (std::size_t i = 0; i < caractere.size();) {
+    const Point p = premier(caractere.substr(i));
+    if (p.point < 0) return false;
+    const auto categorie = utf8proc_category(p.point);
+    const bool joint = p.point == 0x200C || p.point == 0x200D;  // shape the letters on either side
+    if (!estLettre(categorie) && !estNombre(categorie) && (i == 0 || !(estMarque(categorie) || joint)))
+      return false;
+    i += p.octets;
+  }
+  return !caractere.empty();
+}
+
 constexpr bool ordinaire(unsigned char c) { return (c >= 0x20) & (c != '"') & (c != '\\') & (c < 0x80); }
 
 constexpr auto ordinaires = [] {
@@ -157,6 +176,21 @@ std::size_t caracteres(std::string_view texte) {
     return true;
   });
   return n;
+}
+
+std::string lettresEtNombres(std::string_view texte, std::string_view aussi) {
+  std::string gardes;
+  std::size_t debut = 0;
+  const auto juger = [&](std::size_t fin) {
+    const auto caractere = texte.substr(debut, fin - debut);
+    if (estLettreOuNombre(caractere) || (caractere.size() == 1 && aussi.find(caractere) != aussi.npos))
+      gardes += caractere;
+    debut = fin;
+    return true;
+  };
+  parcourirGraphemes(texte, juger);
+  juger(texte.size());
+  return gardes;
 }
 
 std::string tronquer(std::string_view texte, std::size_t maximum) {

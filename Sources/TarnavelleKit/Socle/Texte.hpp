@@ -28,6 +28,10 @@ std::string sansAccents(std::string_view texte);
 /// The pieces between runs of white space and newlines (as `rogner` knows them), none of them empty.
 std::vector<std::string_view> mots(std::string_view texte);
 
+/// Keeps the user-perceived characters that are a letter or a number (Unicode L* or N*) with its
+/// combining marks, and those that are one of the ASCII characters of `aussi`.
+std::string lettresEtNombres(std::string_view texte, std::string_view aussi);
+
 /// Number of user-perceived characters (extended grapheme clusters, UAX #29).
 std::size_t caracteres(std::string_view texte);
 
