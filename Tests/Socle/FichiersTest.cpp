@@ -24,6 +24,25 @@ TEST(Fichiers, LectureBornee) {
   }
 }
 
+TEST(Fichiers, Executables) {
+  const DossierTemporaire dossier;
+  const auto lien = [&](const char* vers, const char* nom) {
+    std::filesystem::create_symlink(vers, dossier.chemin() / nom);
+  };
+  using std::filesystem::perms;
+  std::filesystem::permissions(dossier.ecrire("programme", "#!/bin/sh\n"), perms::owner_all);
+  dossier.ecrire("document", "#!/bin/sh\n");
+  std::filesystem::create_directory(dossier.chemin() / "dossier");
+  lien("programme", "lien");
+  lien("dossier", "lien-dossier");
+  lien("absent", "lien-mort");
+  for (const char* nom : {"programme", "lien", "dossier/../programme"})
+    EXPECT_TRUE(fichierExecutable(dossier.chemin() / nom)) << nom;
+  for (const char* nom : {"document", "dossier", "lien-dossier", "lien-mort", "absent", "programme/x", ""})
+    EXPECT_FALSE(fichierExecutable(dossier.chemin() / nom)) << nom;
+  EXPECT_FALSE(fichierExecutable(""));
+}
+
 // None of these may be read, nor make the reader wait for a writer.
 TEST(Fichiers, CeQuiNEstPasUnFichier) {
   const DossierTemporaire dossier;

@@ -92,6 +92,37 @@ TEST(Texte, Minuscules) {
             "b\xE2\x82");
 }
 
+TEST(Texte, SansAccents) {
+  const struct {
+    std::string texte;
+    std::string nu;
+  } cas[] = {
+      {"", ""},
+      {"À l'Épée, ça ôte\n", "A l'Epee, ca ote\n"},
+      {"e\u0301c\u0327o\u0302\u0323\u1ED9", "ecoo"},
+      {"œ Æ ø ß ı ’", "œ Æ ø ß ı ’"},
+      {"한국 \u1112\u1161\u11AB ﬁ", "한국 한 ﬁ"},  // composed again; compatibility forms stay
+      {"\u0301", ""},
+      {"👩🏽‍🚀 1\uFE0F\u20E3", "👩🏽‍🚀 1"},
+      {"é\xFF\xC3\0é\xE2\x82"s, "e\xFF\xC3\0e\xE2\x82"s},
+  };
+  for (const auto& c : cas) EXPECT_EQ(Texte::sansAccents(c.texte), c.nu) << testing::PrintToString(c.texte);
+}
+
+TEST(Texte, Mots) {
+  const struct {
+    std::string texte;
+    std::vector<std::string_view> mots;
+  } cas[] = {
+      {"", {}},
+      {" \t\r\n\u00A0\u2028", {}},
+      {"a", {"a"}},
+      {" l'é,\u00A0\u3000b\u2029c\n", {"l'é,", "b", "c"}},
+      {"a\u200Bb\xA0 \x85", {"a\u200Bb\xA0", "\x85"}},  // zero width; bytes, not code points
+  };
+  for (const auto& c : cas) EXPECT_EQ(Texte::mots(c.texte), c.mots) << testing::PrintToString(c.texte);
+}
+
 /// A text cut into the characters that a person sees.
 const std::vector<std::vector<std::string>> graphemes = {
     {},

@@ -38,9 +38,9 @@ std::string_view drapeauConfig(const AgentCLI& cli);
 
 /// What an agent must know of the door. An empty text is left out everywhere.
 struct Porte {
-  std::string url;     ///< base URL
-  std::string token;   ///< bearer token
-  std::string nodeId;  ///< the terminal tile that the agent runs in
+  std::string url = {};     ///< base URL
+  std::string token = {};   ///< bearer token
+  std::string nodeId = {};  ///< the terminal tile that the agent runs in
 };
 
 /// The MCP configuration file of a program that takes one, and its text, "{}" when a value is not

@@ -1,0 +1,107 @@
+// The values and the conditions. That programs of other makers read them alike is proven by injection.py.
+#include "Agents/InjectionPorte.hpp"
+
+#include <gtest/gtest.h>
+
+namespace tarnavelle {
+namespace {
+
+using namespace InjectionPorte;
+
+const Porte complete{.url = "http://127.0.0.1:4242/", .token = "jé\"ton", .nodeId = "tuile\n7"};
+
+TEST(InjectionPorte, Arguments) {
+  const std::string config = "/tmp/l'atelier/mcp.json";
+  const std::string pont = "/opt/mon pont";
+  const std::string commande = R"(mcp_servers.tarnavelle.command="/opt/mon pont")";
+  const std::string url = R"(mcp_servers.tarnavelle.env.TARNAVELLE_CONTROL_URL="http://127.0.0.1:4242/")";
+  const std::string token = R"(mcp_servers.tarnavelle.env.TARNAVELLE_CONTROL_TOKEN="jé\"ton")";
+  const std::string noeud = R"(mcp_servers.tarnavelle.env.TARNAVELLE_NODE_ID="tuile\n7")";
+  Porte sansJeton = complete;
+  sansJeton.token.clear();
+  const struct {
+    const AgentCLI& cli;
+    bool actif;
+    std::string config, pont;
+    Porte porte;
+    std::vector<std::string> attendus;
+  } cas[] = {
+      {AgentCLI::claude(), true, config, pont, complete, {"--mcp-config", config}},
+      {AgentCLI::claude(), true, config, "", {}, {"--mcp-config", config}},
+      {AgentCLI::claude(), true, "", pont, complete, {}},
+      {AgentCLI::codex(), true, "", pont, complete, {"-c", commande, "-c", url, "-c", token, "-c", noeud}},
+      {AgentCLI::codex(), true, config, pont, sansJeton, {"-c", commande, "-c", url, "-c", noeud}},
+      {AgentCLI::codex(), true, "", pont, {}, {"-c", commande}},
+      {AgentCLI::codex(), true, config, "", complete, {}},
+      {AgentCLI::claude(), false, config, pont, complete, {}},
+      {AgentCLI::codex(), false, config, pont, complete, {}},
+      {AgentCLI::grok(), true, config, pont, complete, {}},
+      {AgentCLI::gemini(), true, config, pont, complete, {}},
+      {AgentCLI::hermes(), true, config, pont, complete, {}},
+  };
+  for (const auto& c : cas)
+    EXPECT_EQ(
+        arguments(
+            {.cli = c.cli, .actif = c.actif, .cheminConfig = c.config, .binaireMCP = c.pont, .porte = c.porte}),
+        c.attendus)
+        << c.cli.id << " " << c.actif << " " << c.config << " " << c.pont;
+}
+
+TEST(InjectionPorte, Variables) {
+  const Environnement toutes = {{"TARNAVELLE_CONTROL_TOKEN", complete.token},
+                                {"TARNAVELLE_CONTROL_URL", complete.url},
+                                {"TARNAVELLE_NODE_ID", complete.nodeId}};
+  EXPECT_EQ(envPipe(complete), toutes);
+  EXPECT_EQ(envPipe({.url = "u"}), (Environnement{{"TARNAVELLE_CONTROL_URL", "u"}}));
+  EXPECT_EQ(envPipe({}), Environnement{});
+  for (const AgentCLI& cli : AgentCLI::tous()) {
+    EXPECT_EQ(environnement(cli, true, complete), idsMCP().contains(cli.id) ? toutes : Environnement{})
+        << cli.id;
+    EXPECT_EQ(environnement(cli, false, complete), Environnement{}) << cli.id;
+    EXPECT_EQ(parleMCP(cli), forme(cli).has_value()) << cli.id;
+  }
+  EXPECT_EQ(idsMCP(), (std::set<std::string, std::less<>>{"claude", "codex"}));
+}
+
+TEST(InjectionPorte, FichierDeConfiguration) {
+  EXPECT_EQ(configLigne("/opt/l'é \"pont\"", complete), R"({
+  "mcpServers" : {
+    "tarnavelle" : {
+      "args" : [],
+      "command" : "/opt/l'é \"pont\"",
+      "env" : {
+        "TARNAVELLE_CONTROL_TOKEN" : "jé\"ton",
+        "TARNAVELLE_CONTROL_URL" : "http://127.0.0.1:4242/",
+        "TARNAVELLE_NODE_ID" : "tuile\n7"
+      }
+    }
+  }
+})");
+  EXPECT_EQ(configLigne("", {}), R"({
+  "mcpServers" : {
+    "tarnavelle" : {
+      "args" : [],
+      "command" : "",
+      "env" : {}
+    }
+  }
+})");
+  EXPECT_EQ(configLigne("/pont\xFF", complete), "{}");
+}
+
+TEST(InjectionPorte, ChaineTOML) {
+  const struct {
+    const char* texte;
+    const char* chaine;
+  } cas[] = {
+      {"", R"("")"},
+      {R"(C:\l'"atelier"\)", R"("C:\\l'\"atelier\"\\")"},
+      {"a\n\tb\\n", R"("a\n\tb\\n")"},
+      {"a\r\x01\x7F", "\"a\r\x01\x7F\""},
+      {"é🦅/$`", "\"é🦅/$`\""},
+  };
+  for (const auto& c : cas) EXPECT_EQ(tomlChaine(c.texte), c.chaine) << c.texte;
+}
+
+}  // namespace
+}  // namespace tarnavelle
