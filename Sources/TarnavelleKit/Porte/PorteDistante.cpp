@@ -22,7 +22,8 @@ std::string entreGuillemets(std::string_view texte) { return "« " + std::string
 template <class Element, class Ecrire>
 std::string enumerer(const std::vector<Element>& elements, Ecrire ecrire) {
   std::string liste;
-  for (const Element& element : elements) liste.append(liste.empty() ? "" : ", ").append(ecrire(element));
+  for (const Element& element : elements)
+    liste.append(&element == &elements[0] ? "" : ", ").append(ecrire(element));
   return liste;
 }
 
