@@ -123,13 +123,9 @@ class ChercheurBooleen : public Gestionnaire {
   explicit ChercheurBooleen(std::string_view cle) : cherchee_(cle) {}
   std::optional<bool> trouve;
 
-  bool on_object_begin(Erreur&) { return ++profondeur_ == 1 ? (objet_ = true) : autre(); }
+  bool on_object_begin(Erreur&) { return monter(); }
   bool on_object_end(std::size_t, Erreur&) { return descendre(); }
-  bool on_array_begin(Erreur&) {
-    autre();
-    ++profondeur_;
-    return true;
-  }
+  bool on_array_begin(Erreur&) { return monter(); }
   bool on_array_end(std::size_t, Erreur&) { return descendre(); }
   bool on_key_part(Morceau m, std::size_t, Erreur&) {
     if (enTete()) cle_.append(m.data(), m.size());
@@ -159,11 +155,17 @@ class ChercheurBooleen : public Gestionnaire {
   bool on_null(Erreur&) { return autre(); }
 
  private:
-  bool enTete() const { return objet_ && profondeur_ == 1; }
+  /// Asked of a key or of its value: within a top-level array, keys stand deeper.
+  bool enTete() const { return profondeur_ == 1; }
   /// A value that is not a boolean: under the key looked for, it hides an earlier one.
   bool autre() {
     if (attendue_) trouve.reset();
     attendue_ = false;
+    return true;
+  }
+  bool monter() {
+    autre();
+    ++profondeur_;
     return true;
   }
   bool descendre() {
@@ -174,7 +176,6 @@ class ChercheurBooleen : public Gestionnaire {
   std::string_view cherchee_;
   std::string cle_;
   std::size_t profondeur_ = 0;
-  bool objet_ = false;
   bool attendue_ = false;
 };
 
