@@ -1,12 +1,9 @@
 #include "Noms.hpp"
 
-#include <utf8proc.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <sstream>
 
+#include "Agents/AgentCLI.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::PorteEssai {
@@ -15,36 +12,29 @@ namespace {
 constexpr std::size_t nomMax = 60;       ///< characters of a name
 constexpr std::size_t citationMax = 80;  ///< characters of an argument repeated in a message
 
-/// Further programs, and the model families that speech names like agents: « ouvre un opus » opens one,
-/// so it cannot also call one.
-constexpr std::string_view autresProgrammes[] = {"hermes", "sonnet", "opus",    "haiku",
-                                                 "gpt",    "llama",  "mistral", "qwen"};
+/// The model families that speech names like agents: « ouvre un opus » opens one, so it cannot also
+/// call one.
+constexpr std::string_view modeles[] = {"sonnet", "opus", "haiku", "gpt", "llama", "mistral", "qwen"};
 
 bool designeUnProgramme(const std::string& replie) {
   std::istringstream mots(replie);
   for (std::string mot; mots >> mot;) {
     if (std::ranges::find(lanceurs(), mot) != lanceurs().end()) return true;
-    if (std::ranges::find(autresProgrammes, mot) != std::end(autresProgrammes)) return true;
+    if (std::ranges::find(modeles, mot) != std::end(modeles)) return true;
   }
   return false;
 }
 
 }  // namespace
 
-std::string replier(std::string_view nom) {
-  const auto rogne = Texte::rogner(nom);
-  utf8proc_uint8_t* sortie = nullptr;
-  const auto options = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | UTF8PROC_COMPAT |
-                                                      UTF8PROC_CASEFOLD | UTF8PROC_STRIPMARK);
-  const auto octets = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(rogne.data()),
-                                   static_cast<utf8proc_ssize_t>(rogne.size()), &sortie, options);
-  const std::unique_ptr<utf8proc_uint8_t, void (*)(void*)> garde(sortie, std::free);
-  if (octets < 0) return std::string(rogne);
-  return {reinterpret_cast<const char*>(sortie), static_cast<std::size_t>(octets)};
-}
+std::string replier(std::string_view nom) { return Texte::sansAccents(Texte::minuscules(Texte::rogner(nom))); }
 
 const std::vector<std::string>& lanceurs() {
-  static const std::vector<std::string> ids = {"claude", "codex", "grok", "gemini"};
+  static const auto ids = [] {
+    std::vector<std::string> liste;
+    for (const AgentCLI& cli : AgentCLI::tous()) liste.push_back(cli.id);
+    return liste;
+  }();
   return ids;
 }
 

@@ -236,7 +236,7 @@ TEST_F(PlateauTest, NommageDistribueNumeroteEtRevientAuRoster) {
       {R"({"action":"nommage","noms":""})", "Retour aux noms d'usine : Merlin, Milan, Harfang…"},
       {R"({"action":"ouvrir_agent"})", "Faucon est ouvert : claude dans ~/Sources."},
       {R"({"action":"ouvrir_agent","cli":"vim"})",
-       "REFUS : Aucun CLI ne s'appelle « vim ». Connus : claude, codex, grok, gemini."},
+       "REFUS : Aucun CLI ne s'appelle « vim ». Connus : claude, codex, grok, gemini, hermes."},
   });
 }
 
