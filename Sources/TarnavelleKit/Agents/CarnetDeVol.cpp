@@ -245,6 +245,11 @@ Lecture lire(std::string_view data) {
   return lecture;
 }
 
+std::int64_t curseurSuivant(std::int64_t curseur, std::size_t octets, std::size_t consommes) {
+  const bool sansFin = consommes == 0 && octets >= static_cast<std::size_t>(lectureMax);
+  return curseur + static_cast<std::int64_t>(sansFin ? octets : consommes);
+}
+
 SansEcho sansEcho(std::vector<EvenementVol> recus, const std::optional<std::string>& echo) {
   SansEcho resultat{std::move(recus), false};
   if (!echo) return resultat;

@@ -144,10 +144,13 @@ struct Lecture {
   std::optional<std::string> transcript;  ///< the last path that the slice tells
 };
 
-/// Decodes a slice of the log. Only complete lines are decoded; unreadable ones are consumed. A slice of
-/// `lectureMax` bytes that consumes nothing is within one longer line, which no read will complete: the
-/// caller passes over it by moving its cursor on by the whole slice.
+/// Decodes a slice of the log. Only complete lines are decoded; unreadable ones are consumed.
 Lecture lire(std::string_view data);
+
+/// Where to read next after a slice of `octets` bytes, here as in a transcript: `consommes` further on. A
+/// full slice that holds no whole line is within one that no read can complete: it is passed over, and
+/// what remains of that line is consumed as an unreadable one.
+std::int64_t curseurSuivant(std::int64_t curseur, std::size_t octets, std::size_t consommes);
 
 struct SansEcho {
   std::vector<EvenementVol> evenements;

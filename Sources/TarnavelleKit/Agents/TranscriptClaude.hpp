@@ -27,7 +27,7 @@ struct Lecture {
   std::size_t consommes = 0;  ///< bytes by which the cursor moves on
 };
 
-/// The replies of a slice, by the rules of `CarnetDeVol::lire`.
+/// The replies of a slice, by the rules of `CarnetDeVol::lire` and `CarnetDeVol::curseurSuivant`.
 Lecture lire(std::string_view data);
 
 /// The reply that one line holds: its text parts, trimmed, one per line. Nothing when it holds none.
