@@ -30,7 +30,7 @@ inline std::ostream& operator<<(std::ostream& flux, const Sortie& sortie) {
 class FichierAnonyme {
  public:
   explicit FichierAnonyme(std::string_view contenu = {}) {
-    std::fwrite(contenu.data(), 1, contenu.size(), fichier_.get());
+    if (!contenu.empty()) std::fwrite(contenu.data(), 1, contenu.size(), fichier_.get());
     std::rewind(fichier_.get());
   }
   int descripteur() const { return ::fileno(fichier_.get()); }
