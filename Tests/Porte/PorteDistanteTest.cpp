@@ -21,8 +21,6 @@ using namespace PorteDistante;
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 
-constexpr auto endpointRelatif = "Library/Application Support/Tarnavelle/porte-commande.json";
-
 /// Each is one word, or one key, that a careless line would break or run.
 const std::vector<std::string> hostiles = {"l'atelier",
                                            "'",
