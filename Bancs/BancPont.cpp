@@ -59,7 +59,7 @@ BENCHMARK(ecrireReponse);
 
 /// A whole request that needs no door, from its text to its reply line.
 void servir(benchmark::State& etat, std::string_view ligne) {
-  Repartiteur repartiteur({.environnement = [](auto) { return Environnement{}; }, .binaireMCP = "mcp"});
+  Repartiteur repartiteur({.environnement = [] { return Variables({}); }, .binaireMCP = "mcp"});
   for (auto _ : etat) benchmark::DoNotOptimize(repartiteur.traiter(LectureJSON::objet(ligne).value()));
 }
 BENCHMARK_CAPTURE(servir, ping, ping);

@@ -9,8 +9,8 @@ using namespace tarnavelle;
 
 int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   static Repartiteur repartiteur({.environnement =
-                                      [](auto) {
-                                        return Environnement{{"HOME", "/dev/null"}};
+                                      [] {
+                                        return Variables{{"HOME", "/dev/null"}};
                                       },
                                   .binaireMCP = "mcp"});
   const auto objet = LectureJSON::objet(Texte::rogner(vue(octets, taille)));

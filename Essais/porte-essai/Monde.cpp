@@ -4,17 +4,13 @@
 #include <utility>
 
 #include "Noms.hpp"
+#include "Socle/Chemin.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::PorteEssai {
 namespace {
 
 bool memeNom(std::string_view nom, const std::string& replie) { return replier(nom) == replie; }
-
-std::string_view dernierElement(std::string_view chemin) {
-  while (chemin.size() > 1 && chemin.ends_with('/')) chemin.remove_suffix(1);
-  return chemin.substr(chemin.rfind('/') + 1);
-}
 
 bool demandeLaSortie(std::string_view consigne) {
   const std::string repliee = replier(consigne);
@@ -118,7 +114,8 @@ Monde Monde::depart() {
 Scene* Monde::scene(std::string_view nom) {
   const std::string replie = replier(nom);
   for (Scene& s : scenes)
-    if (memeNom(s.nom, replie) || memeNom(s.dossier, replie) || memeNom(dernierElement(s.dossier), replie))
+    if (memeNom(s.nom, replie) || memeNom(s.dossier, replie) ||
+        memeNom(Chemin::dernierComposant(s.dossier), replie))
       return &s;
   return nullptr;
 }

@@ -28,6 +28,7 @@ using asio::ip::tcp;
 using Erreur = boost::system::error_code;
 
 constexpr std::uint32_t entetesMax = 16 * 1024;  ///< bytes of a request's head
+constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes read ahead of what is understood
 constexpr std::chrono::seconds adieu{2};         ///< for a refused peer to finish sending
 
 constexpr std::string_view continuer = "HTTP/1.1 100 Continue\r\n\r\n";
@@ -122,7 +123,7 @@ class Connexion {
                  [&](auto suite) { http::async_read(flux_, tampon_, analyseur, std::move(suite)); });
   }
 
-  /// The refusals that the request's head decides. The token comes first: a stranger learns nothing else.
+  /// The refusals that a readable request's head decides, the token first.
   std::optional<Reponse> refuser(const Analyseur::value_type& requete) const {
     const auto jeton = requete[http::field::authorization];
     if (!autorise({jeton.data(), jeton.size()}, reglages_.jeton))
@@ -197,7 +198,8 @@ class Connexion {
   asio::io_context boucle_{1};
   boost::beast::tcp_stream flux_{boucle_};
   asio::steady_timer minuterie_{boucle_};
-  boost::beast::flat_buffer tampon_;
+  /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
+  boost::beast::flat_buffer tampon_{2 * entetesMax + lectureMax};
   bool arretee_ = false;
 };
 

@@ -50,8 +50,7 @@ int main(int argc, char** argv) {
     if (!jeton) return echouer("Le système n'a pas donné de hasard pour le jeton.", 1);
     options.serveur.jeton = *jeton;
   }
-  if (options.fichier.empty())
-    options.fichier = PorteControle::cheminEndpoint(environnementDuProcessus({"HOME"}));
+  if (options.fichier.empty()) options.fichier = PorteControle::cheminEndpoint(Variables::duProcessus());
 
   HorlogeReelle horloge;
   Plateau plateau(horloge);

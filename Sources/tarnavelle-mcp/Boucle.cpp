@@ -1,12 +1,15 @@
 #include "Boucle.hpp"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "Attente.hpp"
 #include "LecteurLignes.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Socle/LectureJSON.hpp"
@@ -18,7 +21,7 @@ namespace {
 void ecrire(int sortie, std::string_view octets) {
   while (!octets.empty()) {
     const auto ecrits = ::write(sortie, octets.data(), octets.size());
-    if (ecrits < 0 && errno == EINTR) continue;
+    if (ecrits < 0 && (errno == EINTR || attendreSiOccupe(sortie, POLLOUT))) continue;
     if (ecrits <= 0) return;
     octets.remove_prefix(static_cast<std::size_t>(ecrits));
   }
@@ -27,7 +30,10 @@ void ecrire(int sortie, std::string_view octets) {
 std::optional<std::string> repondre(const LecteurLignes::Ligne& ligne, Repartiteur& repartiteur) {
   const auto texte = Texte::rogner(ligne.texte);
   if (texte.empty() && !ligne.tropLongue) return std::nullopt;
-  if (auto message = LectureJSON::objet(texte)) return repartiteur.traiter(std::move(*message));
+  try {
+    if (auto message = LectureJSON::objet(texte)) return repartiteur.traiter(std::move(*message));
+  } catch (const std::bad_alloc&) {  // a line too large for this machine
+  }
   return PorteMCP::ligne(PorteMCP::erreur({}, PorteMCP::CodeErreur::illisible, "JSON illisible"));
 }
 

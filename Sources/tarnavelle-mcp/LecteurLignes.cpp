@@ -1,9 +1,13 @@
 #include "LecteurLignes.hpp"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <new>
+
+#include "Attente.hpp"
 
 namespace tarnavelle {
 
@@ -19,7 +23,7 @@ std::optional<LecteurLignes::Ligne> LecteurLignes::suivante() {
       return Ligne{tropLongue ? std::string_view{} : std::string_view(depart, longueur), tropLongue};
     }
     vus_ = fin_ - debut_;
-    if (vus_ > maximum_) {
+    if (vus_ > maximum_ || !faireDeLaPlace()) {
       tropLongue = true;
       debut_ = fin_ = vus_ = 0;
     }
@@ -33,15 +37,14 @@ std::optional<LecteurLignes::Ligne> LecteurLignes::suivante() {
 }
 
 bool LecteurLignes::lire() {
-  faireDeLaPlace();
   while (true) {
     const auto lus = ::read(descripteur_, tampon_.data() + fin_, tampon_.size() - fin_);
     if (lus > 0) fin_ += static_cast<std::size_t>(lus);
-    if (lus >= 0 || errno != EINTR) return lus > 0;
+    if (lus >= 0 || (errno != EINTR && !attendreSiOccupe(descripteur_, POLLIN))) return lus > 0;
   }
 }
 
-void LecteurLignes::faireDeLaPlace() {
+bool LecteurLignes::faireDeLaPlace() try {
   if (debut_ == fin_) {
     debut_ = fin_ = 0;
     // A buffer that one huge line has grown is given back.
@@ -52,6 +55,9 @@ void LecteurLignes::faireDeLaPlace() {
     debut_ = 0;
   }
   if (fin_ == tampon_.size()) tampon_.resize(2 * tampon_.size());
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace tarnavelle

@@ -16,7 +16,7 @@ class LecteurLignes {
 
   struct Ligne {
     std::string_view texte;   ///< without its line feed
-    bool tropLongue = false;  ///< beyond the limit: the text is dropped, the line is consumed
+    bool tropLongue = false;  ///< beyond the limit, or the memory: the text is dropped, the line is consumed
   };
 
   explicit LecteurLignes(int descripteur, std::size_t maximum = ligneMax)
@@ -29,7 +29,8 @@ class LecteurLignes {
   static constexpr std::size_t bloc = 64 * 1024;
 
   bool lire();
-  void faireDeLaPlace();
+  /// Makes room for more of the line; false when the machine has none left.
+  bool faireDeLaPlace();
 
   int descripteur_;
   std::size_t maximum_;

@@ -1,5 +1,6 @@
 #include "Repartiteur.hpp"
 
+#include <new>
 #include <utility>
 
 #include "Porte/GuideAgent.hpp"
@@ -41,19 +42,23 @@ std::optional<std::string> Repartiteur::traiter(Json message) {
   if (outil.empty())
     return PorteMCP::ligne(
         PorteMCP::erreur(std::move(id), CodeErreur::parametres, "tools/call sans nom d'outil"));
-  return PorteMCP::ligne(PorteMCP::resultat(std::move(id), appeler(outil, prendreObjet(params, "arguments"))));
+  try {
+    return PorteMCP::ligne(PorteMCP::resultat(id, appeler(outil, prendreObjet(params, "arguments"))));
+  } catch (const std::bad_alloc&) {  // a reply too large for this machine
+    return PorteMCP::ligne(PorteMCP::resultat(std::move(id), contenuReponse({})));
+  }
 }
 
 Json Repartiteur::appeler(const std::string& outil, Json arguments) {
   if (PorteMCP::estLocal(outil)) {
     const auto contexte = GuideAgent::Contexte::depuisEnvironnement(
-        monde_.environnement(GuideAgent::variables), {.binaireCtl = "", .binaireMCP = monde_.binaireMCP});
+        monde_.environnement(), {.binaireCtl = "", .binaireMCP = monde_.binaireMCP});
     return PorteMCP::contenuAppel(GuideAgent::markdown(contexte), true);
   }
-  const Environnement environnement = monde_.environnement(PorteControle::variables);
+  const Variables environnement = monde_.environnement();
   const auto porte = PorteControle::resoudrePorte(environnement);
   if (!porte) return PorteMCP::contenuAppel(PorteMCP::ligne(PorteMCP::refus(porteIntrouvable)), false);
-  const auto nodeId = variable(environnement, "TARNAVELLE_NODE_ID").value_or("");
+  const auto nodeId = environnement.texte("TARNAVELLE_NODE_ID").value_or("");
   return contenuReponse(appel_.posterPorte(PorteMCP::corpsAppel(outil, std::move(arguments), nodeId), *porte));
 }
 

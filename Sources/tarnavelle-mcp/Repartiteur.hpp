@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
 
@@ -18,8 +17,7 @@ class Repartiteur {
  public:
   /// What the dispatcher reads of the outside, asked afresh at every call.
   struct Monde {
-    /// The process environment, reduced to the named variables.
-    std::function<Environnement(std::initializer_list<const char*>)> environnement = environnementDuProcessus;
+    std::function<Variables()> environnement = Variables::duProcessus;
     std::string binaireMCP;  ///< the path this process was started by
     BornesHTTP bornes = AppelPorte::bornes;
   };

@@ -90,6 +90,9 @@ TEST(ClientHTTP, UneReponseCoupeeOuMalFormeeNEnEstPasUne) {
       "HTTP/1.1 200 OK\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\nab",
       "n'importe quoi\r\n\r\n",
       "HTTP/1.1 200 OK\r\nX: " + std::string(100'000, 'y') + "\r\n\r\n",
+      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;" + std::string(300'000, 'y') +
+          "\r\na\r\n0\r\n\r\n",
+      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\nT: " + std::string(300'000, 'y') + "\r\n\r\n",
       reponse(std::string((1 << 20) + 1, 'x')),
   };
   for (const auto& o : octets) {
@@ -171,6 +174,34 @@ TEST(ClientHTTP, UneRequetePeutEtreRecueNEstPasRenvoyee) {
   EXPECT_EQ(client.envoyer(poster(pair.url()), amples)->corps, "2");
 }
 
+TEST(ClientHTTP, UnPairQuiFermeSansLeDireNePerdQuUnAppel) {
+  PairTCP pair({[](Connexion& c) {
+                  for (int i = 0; i < 2; ++i) {  // the second request is read and dropped
+                    c.lireRequete();
+                    if (i == 0) c.envoyer(reponse("1"));
+                  }
+                },
+                repondre(reponse("2"))});
+  ClientHTTP client;
+  EXPECT_TRUE(client.envoyer(poster(pair.url()), amples));
+  EXPECT_FALSE(client.envoyer(poster(pair.url()), amples));
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(client.envoyer(poster(pair.url()), amples));
+  EXPECT_EQ(pair.connexions(), 4) << "its connections are no longer kept";
+}
+
+TEST(ClientHTTP, LitLeRefusDUnCorpsQueLePairNeLitPas) {
+  PairTCP pair({[](Connexion& c) {
+    c.envoyer("HTTP/1.1 413 Non\r\nContent-Length: 4\r\n\r\ntrop");
+    std::this_thread::sleep_for(50ms);
+    c.couperNet();
+  }});
+  ClientHTTP client;
+  const auto lue = client.envoyer(poster(pair.url(), std::string(32 << 20, 'x')), amples);
+  ASSERT_TRUE(lue);
+  EXPECT_EQ(lue->statut, 413);
+  EXPECT_EQ(lue->corps, "trop");
+}
+
 TEST(ClientHTTP, LaBorneTientQuoiQueFasseLePair) {
   std::atomic<bool> assez = false;
   const auto sansFin = [&assez](std::string debut, std::string suite, std::chrono::milliseconds pause) {
@@ -241,7 +272,7 @@ TEST(ClientHTTP, UnAppelEchuEstAbandonneASonTerme) {
 TEST(ClientHTTP, RefuseCeQuiNePeutPartir) {
   PairTCP pair({repondre(reponse("1"))});
   ClientHTTP client;
-  const std::string jetons[] = {"a\nb", "a\r\nX: y", "a\tb", {'a', '\0', 'b'}, "\x7f", "\x1b[0m"};
+  const std::string jetons[] = {"a\nb", "a\r\nX: y", "a\tb", {'a', '\0', 'b'}, "\x7f", "\x1b[0m", "a\u0085b"};
   for (const auto& jeton : jetons) {
     auto requete = poster(pair.url());
     requete.entetes[0].valeur = "Bearer " + jeton;

@@ -33,7 +33,7 @@ constexpr BornesHTTP breves{.attente = 150ms, .vie = 3s, .corpsMax = 1 << 20};
 struct Monde {
   Environnement table;
   Repartiteur repartiteur{
-      {.environnement = [this](auto) { return table; }, .binaireMCP = "/pont", .bornes = breves}};
+      {.environnement = [this] { return Variables(table); }, .binaireMCP = "/pont", .bornes = breves}};
 
   std::string appeler(std::string_view outil, Json arguments = Json::object()) {
     const auto ligne =
@@ -125,15 +125,18 @@ TEST(Pont, UneReponseTardiveNeGenePasLAppelSuivant) {
   EXPECT_EQ(monde.appeler("etat"), R"(ok {"ok":true})");
 }
 
-/// The real bridge, started with one environment variable and a throw-away home.
+/// The real bridge, started with one environment variable and a throw-away home. `drapeaux` are those of
+/// its own ends of the pipes.
 class Processus {
  public:
-  explicit Processus(const std::string& url) {
+  explicit Processus(const std::string& url, int drapeaux = 0) {
     std::signal(SIGPIPE, SIG_IGN);
     int entree[2];
     int sortie[2];
     EXPECT_EQ(::pipe2(entree, O_CLOEXEC), 0);
     EXPECT_EQ(::pipe2(sortie, O_CLOEXEC), 0);
+    ::fcntl(entree[0], F_SETFL, drapeaux);
+    ::fcntl(sortie[1], F_SETFL, O_WRONLY | drapeaux);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, entree[0], 0);
@@ -207,6 +210,17 @@ TEST(PontReel, SortAvecZeroEnFinDEntree) {
   pont.fermerEntree();
   EXPECT_EQ(pont.lireLigne(), R"({"id":3,"jsonrpc":"2.0","result":{}})");
   EXPECT_EQ(pont.attendre(5s), 0);
+}
+
+TEST(PontReel, SertAussiDesDescripteursNonBloquants) {
+  Processus pont("http://127.0.0.1:1", O_NONBLOCK);
+  std::string requetes;
+  for (int i = 0; i < 20; ++i) requetes += "{\"id\":1,\"method\":\"tools/list\"}\n";
+  pont.ecrire(requetes);
+  std::this_thread::sleep_for(50ms);  // the pipe is full, and empty on the other side
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(Json::accept(pont.lireLigne())) << i;
+  pont.ecrire(ping);
+  EXPECT_EQ(pont.lireLigne(), R"({"id":1,"jsonrpc":"2.0","result":{}})");
 }
 
 TEST(PontReel, UneSortieFermeeNArretePasLeService) {

@@ -17,9 +17,9 @@ std::string ligneOutil(const OutilVoix& outil) {
 
 }  // namespace
 
-Contexte Contexte::depuisEnvironnement(const Environnement& environnement, Defauts defauts) {
-  const auto lire = [&](std::string_view nom, std::string defaut = {}) {
-    return variable(environnement, nom).value_or(std::move(defaut));
+Contexte Contexte::depuisEnvironnement(const Variables& environnement, Defauts defauts) {
+  const auto lire = [&](const char* nom, std::string defaut = {}) {
+    return environnement.texte(nom).value_or(std::move(defaut));
   };
   Contexte c{.urlControle = lire("TARNAVELLE_CONTROL_URL"),
              .binaireCtl = lire("TARNAVELLECTL", std::move(defauts.binaireCtl)),

@@ -2,7 +2,6 @@
 // tools it has, and the house rules. Its list of tools comes from the verb table. Pure functions.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -28,13 +27,8 @@ struct Contexte {
     std::string binaireMCP;
   };
   /// Each field from its variable, trimmed; the two binaries fall back on `defauts`, taken as they are.
-  static Contexte depuisEnvironnement(const Environnement& environnement, Defauts defauts);
+  static Contexte depuisEnvironnement(const Variables& environnement, Defauts defauts);
 };
-
-/// The variables that `depuisEnvironnement` reads.
-inline constexpr std::initializer_list<const char*> variables = {
-    "TARNAVELLE_CONTROL_URL", "TARNAVELLECTL",          "TARNAVELLE_MCP_SERVER", "TARNAVELLE_NODE_ID",
-    "TARNAVELLE_SCENE",       "TARNAVELLE_AGENT_GUIDE", "TARNAVELLE_MCP_CONFIG"};
 
 /// The whole document, ending with a line feed.
 std::string markdown(const Contexte& contexte);

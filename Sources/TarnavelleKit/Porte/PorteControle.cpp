@@ -48,13 +48,15 @@ std::optional<EndpointPorte> EndpointPorte::lire(std::string_view texte) {
 
 Json EndpointPorte::json() const { return {{"host", host}, {"pid", pid}, {"port", port}, {"token", token}}; }
 
+std::string EndpointPorte::url() const { return "http://" + host + ":" + std::to_string(port) + "/action"; }
+
 namespace PorteControle {
 
-std::filesystem::path dossierSupport(const Environnement& environnement) {
+std::filesystem::path dossierSupport(const Variables& environnement) {
   return dossierApplicationSupport(environnement) / "Tarnavelle";
 }
 
-std::filesystem::path cheminEndpoint(const Environnement& environnement) {
+std::filesystem::path cheminEndpoint(const Variables& environnement) {
   return dossierSupport(environnement) / "porte-commande.json";
 }
 
@@ -63,13 +65,13 @@ std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin) {
   return texte ? EndpointPorte::lire(*texte) : std::nullopt;
 }
 
-std::optional<PorteResolue> resoudrePorte(const Environnement& environnement) {
-  if (const auto base = variable(environnement, "TARNAVELLE_CONTROL_URL")) {
+std::optional<PorteResolue> resoudrePorte(const Variables& environnement) {
+  if (const auto base = environnement.texte("TARNAVELLE_CONTROL_URL")) {
     if (std::string url = urlAction(*base); urlComplete(url))
-      return PorteResolue{std::move(url), variable(environnement, "TARNAVELLE_CONTROL_TOKEN").value_or("")};
+      return PorteResolue{std::move(url), environnement.texte("TARNAVELLE_CONTROL_TOKEN").value_or("")};
   }
   if (auto endpoint = lireEndpoint(cheminEndpoint(environnement))) {
-    std::string url = "http://" + endpoint->host + ":" + std::to_string(endpoint->port) + "/action";
+    std::string url = endpoint->url();
     if (urlComplete(url)) return PorteResolue{std::move(url), std::move(endpoint->token)};
   }
   return std::nullopt;

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +26,9 @@ struct EndpointPorte {
   /// Nothing when a key is missing or mistyped, or the text is unreadable; other keys are ignored.
   static std::optional<EndpointPorte> lire(std::string_view texte);
   Json json() const;
+
+  /// The door's action endpoint, always plain http.
+  std::string url() const;
 };
 
 /// A door that can be called. The token may be empty.
@@ -40,21 +42,17 @@ namespace PorteControle {
 
 /// The user's Application Support sub-folder "Tarnavelle"; located, never created. `environnement`
 /// gives HOME where the platform has no such folder of its own.
-std::filesystem::path dossierSupport(const Environnement& environnement);
+std::filesystem::path dossierSupport(const Variables& environnement);
 
 /// The endpoint file, "porte-commande.json" in that folder.
-std::filesystem::path cheminEndpoint(const Environnement& environnement);
+std::filesystem::path cheminEndpoint(const Variables& environnement);
 
 /// The file's record; nothing when it is missing, unreadable or larger than any real one.
 std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin);
 
 /// TARNAVELLE_CONTROL_URL and TARNAVELLE_CONTROL_TOKEN when the first is a complete URL, else the
 /// endpoint file, else nothing.
-std::optional<PorteResolue> resoudrePorte(const Environnement& environnement);
-
-/// The variables that a caller of the door reads: where it is, and who calls.
-inline constexpr std::initializer_list<const char*> variables = {
-    "TARNAVELLE_CONTROL_URL", "TARNAVELLE_CONTROL_TOKEN", "TARNAVELLE_NODE_ID", "HOME"};
+std::optional<PorteResolue> resoudrePorte(const Variables& environnement);
 
 }  // namespace PorteControle
 }  // namespace tarnavelle

@@ -91,8 +91,7 @@ std::optional<std::string> PorteDistante::corpsAction(const CommandeControle& co
 }
 
 std::string PorteDistante::commandeAction(const EndpointPorte& endpoint, std::string_view corps) {
-  const std::string url = "http://" + endpoint.host + ":" + std::to_string(endpoint.port) + "/action";
-  return parSh("curl -s -m 5 -X POST " + Shell::mot(url) + " -H " +
+  return parSh("curl -s -m 5 -X POST " + Shell::mot(endpoint.url()) + " -H " +
                Shell::mot("Authorization: Bearer " + endpoint.token) + " -H " +
                Shell::mot("Content-Type: application/json") + " --data-binary " + Shell::mot(corps));
 }

@@ -38,7 +38,10 @@ const OutilVoix& outilGuide() {
   return guide;
 }
 
-bool recoitNodeId(std::string_view verbe) { return verbe == "fini" || verbe == "bloque"; }
+const std::set<std::string, std::less<>>& verbesAvecNodeId() {
+  static const std::set<std::string, std::less<>> verbes = {"fini", "bloque"};
+  return verbes;
+}
 
 Json outil(const OutilVoix& outil) {
   return {{"name", std::string(prefixe) + outil.nom},
@@ -72,7 +75,8 @@ Json corpsAppel(std::string_view outil, Json arguments) {
 Json corpsAppel(std::string_view outil, Json arguments, std::string_view nodeId) {
   Json corps = corpsAppel(outil, std::move(arguments));
   nodeId = Texte::rogner(nodeId);
-  if (nodeId.empty() || !recoitNodeId(corps["action"].get_ref<const std::string&>())) return corps;
+  if (nodeId.empty() || !verbesAvecNodeId().contains(corps["action"].get_ref<const std::string&>()))
+    return corps;
   if (Texte::rogner(Champ::texte(corps, "agent")).empty()) corps["agent"] = nodeId;
   return corps;
 }

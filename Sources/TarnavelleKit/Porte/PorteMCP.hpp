@@ -4,6 +4,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,8 +28,8 @@ using Identifiant = std::optional<Json>;
 /// The bridge's own tool, answered without the door.
 const OutilVoix& outilGuide();
 
-/// Whether a verb declares the caller's own end or blockage ("fini", "bloque").
-bool recoitNodeId(std::string_view verbe);
+/// The verbs by which an agent declares its own end or blockage.
+const std::set<std::string, std::less<>>& verbesAvecNodeId();
 
 /// One MCP tool description: "name", "description", "inputSchema".
 Json outil(const OutilVoix& outil);

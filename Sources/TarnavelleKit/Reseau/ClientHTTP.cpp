@@ -28,13 +28,19 @@ using Horloge = std::chrono::steady_clock;
 constexpr std::uint32_t entetesMax = 64 * 1024;  ///< bytes of reply headers that are read
 constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes asked of the socket at a time
 
+/// C0 and C1 control characters, the second as the UTF-8 of U+0080 to U+009F.
 bool porteControle(std::string_view texte) {
-  return std::ranges::any_of(texte, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+  for (std::size_t i = 0; i < texte.size(); ++i) {
+    const auto c = static_cast<unsigned char>(texte[i]);
+    if (c < 0x20 || c == 0x7F) return true;
+    if (c == 0xC2 && i + 1 < texte.size() && static_cast<unsigned char>(texte[i + 1]) < 0xA0) return true;
+  }
+  return false;
 }
 
 }  // namespace
 
-/// Where a request goes. Two requests share a connection when their targets compare equal but for the path.
+/// Where a request goes. Two requests share a connection when they go to the same address.
 struct ClientHTTP::Cible {
   std::string url;
   bool tls = false;
@@ -95,6 +101,7 @@ class ClientHTTP::Liaison {
     requete_ = std::move(requete);
     corpsMax_ = corpsMax;
     envoyes_ = 0;
+    recu_ = false;
     fini_ = false;
     boucle_.restart();
     return avancer(echeance, [this] { connectee_ ? ecrire() : resoudre(); });
@@ -109,6 +116,12 @@ class ClientHTTP::Liaison {
 
   /// After a failed exchange: no byte of the request has left.
   bool rienEnvoye() const { return envoyes_ == 0; }
+
+  /// After a failed exchange: no byte of a reply has come.
+  bool rienRecu() const { return !recu_; }
+
+  /// Whether the last exchange left the connection open.
+  bool connectee() const { return connectee_; }
 
   /// Whether another exchange may follow: the peer keeps the connection and has sent nothing since.
   bool reutilisable() {
@@ -214,7 +227,8 @@ class ClientHTTP::Liaison {
     surFlux([this](auto& flux) {
       asio::async_write(flux, asio::buffer(requete_) + envoyes_, [this](Erreur erreur, std::size_t octets) {
         envoyes_ += octets;
-        if (erreur) return clore();
+        // A peer that refuses a large body may have said why before it closed.
+        if (erreur && envoyes_ == 0) return clore();
         lire();
       });
     });
@@ -231,6 +245,7 @@ class ClientHTTP::Liaison {
       }
       Erreur erreur;
       surFlux([&](auto& flux) { http::read_some(flux, tampon_, *analyseur_, erreur); });
+      recu_ = recu_ || analyseur_->got_some();
       if (erreur == asio::error::would_block) return attendreLecture();
       if (erreur) return clore();
       if (analyseur_->is_done()) {
@@ -251,7 +266,7 @@ class ClientHTTP::Liaison {
   }
 
   void terminer(int statut) {
-    connectee_ = analyseur_->keep_alive();
+    connectee_ = analyseur_->keep_alive() && envoyes_ == requete_.size();
     reponse_ = ReponseHTTP{statut, std::move(analyseur_->get().body())};
     finir();
   }
@@ -261,13 +276,15 @@ class ClientHTTP::Liaison {
   tcp::resolver resolveur_;
   std::optional<asio::ssl::context> contexte_;
   std::variant<Clair, Chiffre> flux_{std::in_place_type<Clair>, boucle_};
-  boost::beast::flat_buffer tampon_;
+  /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
+  boost::beast::flat_buffer tampon_{entetesMax + lectureMax};
   std::optional<Analyseur> analyseur_;
   std::string requete_;
   std::size_t corpsMax_ = 0;
   std::size_t envoyes_ = 0;
   Horloge::time_point echeance_;
   bool connectee_ = false;
+  bool recu_ = false;
   bool fini_ = false;
   std::optional<ReponseHTTP> reponse_;
 };
@@ -293,17 +310,19 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
     std::optional<ReponseHTTP> reponse;
     const bool reprise = liaison && liaison->cible().memeAdresse(*cible) && liaison->reutilisable();
     if (reprise) reponse = echanger();
+    const bool perdue = reprise && fini && !reponse;
+    if (perdue && !liaison->rienEnvoye() && liaison->rienRecu()) sansGarde_ = requete.url;
     // A kept connection that was already dead leaves the request whole in our hands.
-    if (!reprise || (fini && !reponse && liaison->rienEnvoye())) {
+    if (!reprise || (perdue && liaison->rienEnvoye())) {
       liaison = std::make_unique<Liaison>(*cible);
       reponse = echanger();
     }
-    if (fini)
-      gardee_ = std::move(liaison);
-    else
+    if (!fini)
       std::thread([orpheline = std::move(liaison), fin = debut + bornes.vie] {
         orpheline->poursuivre(fin);
       }).detach();
+    else if (liaison->connectee() && sansGarde_ != requete.url)
+      gardee_ = std::move(liaison);
     return reponse;
   } catch (const std::exception&) {  // no memory, descriptor or thread to be had
     return std::nullopt;

@@ -52,6 +52,8 @@ class ClientHTTP {
   struct Cible;
   class Liaison;
   std::unique_ptr<Liaison> gardee_;
+  /// A peer that closes without saying so, found out by a lost call: its connections are not kept.
+  std::string sansGarde_;
 };
 
 }  // namespace tarnavelle

@@ -6,17 +6,20 @@
 
 namespace tarnavelle {
 
-Environnement environnementDuProcessus(std::initializer_list<const char*> noms) {
-  Environnement lu;
-  for (const char* nom : noms)
-    if (const char* valeur = std::getenv(nom)) lu.emplace(nom, Texte::reparer(valeur));
-  return lu;
+std::optional<std::string> Variables::octets(const char* nom) const {
+  if (!table_) {
+    const char* valeur = std::getenv(nom);
+    return valeur ? std::optional<std::string>(valeur) : std::nullopt;
+  }
+  const auto trouvee = table_->find(nom);
+  return trouvee == table_->end() ? std::nullopt : std::optional(trouvee->second);
 }
 
-std::optional<std::string> variable(const Environnement& environnement, std::string_view nom) {
-  const auto trouvee = environnement.find(nom);
-  if (trouvee == environnement.end()) return std::nullopt;
-  const auto valeur = Texte::rogner(trouvee->second);
+std::optional<std::string> Variables::texte(const char* nom) const {
+  const auto brute = octets(nom);
+  if (!brute) return std::nullopt;
+  const std::string reparee = Texte::reparer(*brute);
+  const auto valeur = Texte::rogner(reparee);
   if (valeur.empty()) return std::nullopt;
   return std::string(valeur);
 }

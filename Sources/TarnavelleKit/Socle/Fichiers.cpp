@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 
 #if defined(__APPLE__)
 #include <sysdir.h>
@@ -57,13 +58,13 @@ bool fichierExecutable(const std::filesystem::path& chemin) {
   return ::stat(chemin.c_str(), &etat) == 0 && S_ISREG(etat.st_mode) && ::access(chemin.c_str(), X_OK) == 0;
 }
 
-std::filesystem::path dossierPersonnel(const Environnement& environnement) {
-  if (const auto home = variable(environnement, "HOME")) return *home;
+std::filesystem::path dossierPersonnel(const Variables& environnement) {
+  if (environnement.texte("HOME")) return *environnement.octets("HOME");  // a path: its bytes are kept
   const passwd* compte = ::getpwuid(::getuid());
   return compte && compte->pw_dir ? compte->pw_dir : "";
 }
 
-std::filesystem::path dossierApplicationSupport(const Environnement& environnement) {
+std::filesystem::path dossierApplicationSupport(const Variables& environnement) {
   const auto personnel = dossierPersonnel(environnement);
 #if defined(__APPLE__)
   if (auto support = supportDeLaPlateforme(personnel); !support.empty()) return support;

@@ -17,10 +17,10 @@ std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std:
 bool fichierExecutable(const std::filesystem::path& chemin);
 
 /// The user's home folder: HOME, else what the user database says. Empty when neither knows.
-std::filesystem::path dossierPersonnel(const Environnement& environnement);
+std::filesystem::path dossierPersonnel(const Variables& environnement);
 
 /// The user's Application Support folder: as macOS reports it; elsewhere the home folder's
 /// "Library/Application Support". Located, never created.
-std::filesystem::path dossierApplicationSupport(const Environnement& environnement);
+std::filesystem::path dossierApplicationSupport(const Variables& environnement);
 
 }  // namespace tarnavelle
