@@ -1,0 +1,61 @@
+// What a slice of a remote agent's log or transcript costs to decode, as large as one read gives it.
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "Agents/CarnetDeVol.hpp"
+#include "Agents/TranscriptClaude.hpp"
+#include "Socle/EcritureJSON.hpp"
+
+namespace tarnavelle {
+namespace {
+
+constexpr auto tranche = static_cast<std::size_t>(CarnetDeVol::lectureMax);
+
+/// A source file or a reply: accents now and then, an escape on every line.
+std::string longTexte(std::size_t taille) {
+  std::string texte;
+  while (texte.size() < taille) texte += "  if (l'été revient) dire(\"bonjour à tous\", 42);  // et à toutes\n";
+  return texte;
+}
+
+Json outil(const std::string& contenu) {
+  return {{"session_id", "9c008bb0-9aa5-4d03-a36c-d5c225c89132"},
+          {"transcript_path", "/home/moi/.claude/projects/-projet/9c008bb0-9aa5-4d03-a36c-d5c225c89132.jsonl"},
+          {"cwd", "/home/moi/projet"},
+          {"hook_event_name", "PreToolUse"},
+          {"tool_name", "Write"},
+          {"tool_input", {{"file_path", "/home/moi/projet/src/main.cpp"}, {"content", contenu}}}};
+}
+
+Json consigne(const std::string& texte) {
+  return {{"hook_event_name", "UserPromptSubmit"}, {"transcript_path", "/t.jsonl"}, {"prompt", texte}};
+}
+
+Json reponse(const std::string& texte) {
+  return {{"type", "assistant"},
+          {"uuid", "8b187fe3-61d8-4b9b-bf2d-b9a322ecbd0f"},
+          {"message", {{"role", "assistant"}, {"content", {{{"type", "text"}, {"text", texte}}}}}}};
+}
+
+std::size_t lireCarnet(std::string_view octets) { return CarnetDeVol::lire(octets).evenements.size(); }
+std::size_t lireTranscript(std::string_view octets) { return TranscriptClaude::lire(octets).textes.size(); }
+
+/// A slice of as many lines as one read prints, each with a text of that many bytes.
+template <Json (*ligne)(const std::string&), std::size_t (*lire)(std::string_view)>
+void lireTranche(benchmark::State& etat) {
+  const auto longueur = static_cast<std::size_t>(etat.range(0));
+  const std::string une = EcritureJSON::compacte(ligne(longTexte(longueur))).value() + "\n";
+  std::string octets;
+  std::size_t lignes = 0;
+  for (; octets.size() + une.size() <= tranche; ++lignes) octets += une;
+  for (auto _ : etat)
+    if (lire(octets) != lignes) return etat.SkipWithError("tranche mal lue");
+  etat.SetBytesProcessed(etat.iterations() * static_cast<std::int64_t>(octets.size()));
+}
+BENCHMARK(lireTranche<outil, lireCarnet>)->Arg(1024)->Arg(16 * 1024)->Arg(200 * 1024);
+BENCHMARK(lireTranche<consigne, lireCarnet>)->Arg(1024)->Arg(16 * 1024)->Arg(200 * 1024);
+BENCHMARK(lireTranche<reponse, lireTranscript>)->Arg(1024)->Arg(16 * 1024)->Arg(200 * 1024);
+
+}  // namespace
+}  // namespace tarnavelle
