@@ -298,23 +298,20 @@ TEST_P(VoliereReelle, AucunNomNAjouteDeMotNiDeCommande) {
                          "--",
                          "a && touch " + temoin + " &",
                          "*"};
-  std::vector<Mots> attendus;
-  for (const std::string& nom : hostiles) {
-    SCOPED_TRACE(nom);
-    for (const AgentCLI* cli : {&AgentCLI::claude(), &AgentCLI::codex()}) {
-      AgentCLI agent = *cli;
-      agent.arguments = {nom};
-      attendus.push_back(hostiles);
-      attendus.back().insert(attendus.back().begin(), nom);
-      if (agent.id == "claude")
-        attendus.back().insert(
-            attendus.back().end(),
-            {"--settings", (ailleurs.maison.chemin() / CarnetDeVol::reglagesDistant(agent.id + nom)).string()});
-      ailleurs.ouvrir(CarnetDeVol::commandeLancement(agent, agent.id + nom, hostiles));
-      ASSERT_TRUE(attendre([&] { return ailleurs.lancements().size() == attendus.size(); }));
-      EXPECT_EQ(ailleurs.lancements().back(), attendus.back());
-    }
-  }
+  std::size_t lances = 0;
+  const auto lancer = [&](AgentCLI agent, const std::string& nom) {
+    agent.arguments = {nom, "--"};
+    Mots attendus = {nom, "--"};
+    attendus.insert(attendus.end(), hostiles.begin(), hostiles.end());
+    if (agent.id == "claude")
+      attendus.insert(attendus.end(),
+                      {"--settings", (ailleurs.maison.chemin() / CarnetDeVol::reglagesDistant(nom)).string()});
+    ailleurs.ouvrir(CarnetDeVol::commandeLancement(agent, nom, hostiles));
+    ASSERT_TRUE(attendre([&] { return ailleurs.lancements().size() > lances; })) << nom;
+    EXPECT_EQ(ailleurs.lancements().at(lances++), attendus) << nom;
+  };
+  for (const std::string& nom : hostiles) lancer(AgentCLI::claude(), nom);
+  lancer(AgentCLI::codex(), hostiles[0] + "2");
   EXPECT_FALSE(std::filesystem::exists(temoin));
 }
 

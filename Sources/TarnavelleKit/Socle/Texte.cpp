@@ -73,9 +73,11 @@ void parcourirGraphemes(std::string_view texte, Voir voir) {
   bool debut = true;
   for (std::size_t i = 0; i < texte.size();) {
     const Point p = premier(texte.substr(i));
-    const bool coupure =
-        debut || p.point < 0 || precedent < 0 || utf8proc_grapheme_break_stateful(precedent, p.point, &etat);
-    if (p.point < 0) etat = 0;
+    // Nothing joins two ASCII characters but CR and LF: most texts need no more than that.
+    const bool isoles = precedent < 0x80 && p.point < 0x80 && p.point != '\n';
+    const bool coupure = debut || isoles || p.point < 0 || precedent < 0 ||
+                         utf8proc_grapheme_break_stateful(precedent, p.point, &etat);
+    if (isoles || p.point < 0) etat = 0;
     if (coupure && !voir(i)) return;
     debut = false;
     precedent = p.point;
@@ -83,23 +85,17 @@ void parcourirGraphemes(std::string_view texte, Voir voir) {
   }
 }
 
-bool estLettre(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_LU && c <= UTF8PROC_CATEGORY_LO; }
-bool estMarque(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_MN && c <= UTF8PROC_CATEGORY_ME; }
-bool estNombre(utf8proc_category_t c) { return c >= UTF8PROC_CATEGORY_ND && c <= UTF8PROC_CATEGORY_NO; }
+bool estLettreOuNombre(utf8proc_int32_t point) {
+  const auto categorie = utf8proc_category(point);
+  return (categorie >= UTF8PROC_CATEGORY_LU && categorie <= UTF8PROC_CATEGORY_LO) ||
+         (categorie >= UTF8PROC_CATEGORY_ND && categorie <= UTF8PROC_CATEGORY_NO);
+}
 
-/// Whether one user-perceived character is a letter or a number with its marks. Its first code point
-/// does not decide: some letters (U+0D4E) take whatever follows them along, a quotation mark included.
-bool estLettreOuNombre(std::string_view caractere) {
-  for (std::size_t i = 0; i < caractere.size();) {
-    const Point p = premier(caractere.substr(i));
-    if (p.point < 0) return false;
-    const auto categorie = utf8proc_category(p.point);
-    const bool joint = p.point == 0x200C || p.point == 0x200D;  // shape the letters on either side
-    if (!estLettre(categorie) && !estNombre(categorie) && (i == 0 || !(estMarque(categorie) || joint)))
-      return false;
-    i += p.octets;
-  }
-  return !caractere.empty();
+/// A combining mark, or a joiner that shapes the letters on either side of it.
+bool estMarque(utf8proc_int32_t point) {
+  const auto categorie = utf8proc_category(point);
+  return (categorie >= UTF8PROC_CATEGORY_MN && categorie <= UTF8PROC_CATEGORY_ME) || point == 0x200C ||
+         point == 0x200D;
 }
 
 constexpr bool ordinaire(unsigned char c) { return (c >= 0x20) & (c != '"') & (c != '\\') & (c < 0x80); }
@@ -179,21 +175,22 @@ std::size_t caracteres(std::string_view texte) {
 }
 
 std::string lettresEtNombres(std::string_view texte, std::string_view aussi) {
+  // By code points: as one user-perceived character, some letters (U+0D4E) take whatever follows along.
   std::string gardes;
-  std::size_t debut = 0;
-  const auto juger = [&](std::size_t fin) {
-    const auto caractere = texte.substr(debut, fin - debut);
-    if (estLettreOuNombre(caractere) || (caractere.size() == 1 && aussi.find(caractere) != aussi.npos))
-      gardes += caractere;
-    debut = fin;
-    return true;
-  };
-  parcourirGraphemes(texte, juger);
-  juger(texte.size());
+  bool lettre = false;  // a letter or number has been kept, and only marks since
+  for (std::size_t i = 0; i < texte.size();) {
+    const Point p = premier(texte.substr(i));
+    const auto suivant = premier(texte.substr(i + p.octets)).point;
+    lettre = estLettreOuNombre(p.point) || (lettre && estMarque(p.point));
+    if (lettre || (aussi.find(texte[i]) != aussi.npos && !estMarque(suivant)))
+      gardes.append(texte, i, p.octets);
+    i += p.octets;
+  }
   return gardes;
 }
 
 std::string tronquer(std::string_view texte, std::size_t maximum) {
+  if (texte.size() <= maximum) return std::string(texte);  // no character is shorter than a byte
   std::size_t vus = 0;
   std::size_t fin = texte.size();
   parcourirGraphemes(texte, [&](std::size_t debut) {

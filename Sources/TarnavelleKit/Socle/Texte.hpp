@@ -28,8 +28,8 @@ std::string sansAccents(std::string_view texte);
 /// The pieces between runs of white space and newlines (as `rogner` knows them), none of them empty.
 std::vector<std::string_view> mots(std::string_view texte);
 
-/// Keeps the user-perceived characters that are a letter or a number (Unicode L* or N*) with its
-/// combining marks, and those that are one of the ASCII characters of `aussi`.
+/// Keeps the letters and numbers (Unicode L* and N*) with the combining marks that follow them, and the
+/// ASCII characters of `aussi` that no mark follows. Twice does no more than once.
 std::string lettresEtNombres(std::string_view texte, std::string_view aussi);
 
 /// Number of user-perceived characters (extended grapheme clusters, UAX #29).
