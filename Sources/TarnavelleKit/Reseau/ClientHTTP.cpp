@@ -96,9 +96,16 @@ class ClientHTTP::Liaison {
 
   const Cible& cible() const { return cible_; }
 
+  /// Other requests to the same address.
+  void changerDeChemin(Cible cible) { cible_ = std::move(cible); }
+
+  /// Whether it has carried an exchange: a connection that failed is not tried again.
+  bool entamee() const { return entamee_; }
+
   /// One exchange, until it is over or `echeance`. Returns whether it is over.
-  bool echanger(std::string requete, std::size_t corpsMax, Horloge::time_point echeance) {
-    requete_ = std::move(requete);
+  bool echanger(const RequeteHTTP& requete, std::size_t corpsMax, Horloge::time_point echeance) {
+    requete_ = cible_.texte(requete);
+    entamee_ = true;
     corpsMax_ = corpsMax;
     envoyes_ = 0;
     recu_ = false;
@@ -283,6 +290,7 @@ class ClientHTTP::Liaison {
   std::size_t corpsMax_ = 0;
   std::size_t envoyes_ = 0;
   Horloge::time_point echeance_;
+  bool entamee_ = false;
   bool connectee_ = false;
   bool recu_ = false;
   bool fini_ = false;
@@ -294,27 +302,32 @@ ClientHTTP::~ClientHTTP() = default;
 
 std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
   const auto debut = Horloge::now();
-  const auto cible =
-      gardee_ && gardee_->cible().url == requete.url ? gardee_->cible() : Cible::depuis(requete.url);
-  if (!cible) return std::nullopt;
   for (const EnteteHTTP& entete : requete.entetes)
     if (porteControle(entete.valeur)) return std::nullopt;
 
   try {
     auto liaison = std::move(gardee_);
+    if (!liaison || liaison->cible().url != requete.url) {
+      auto cible = Cible::depuis(requete.url);
+      if (!cible) return std::nullopt;
+      if (!liaison || !liaison->cible().memeAdresse(*cible))
+        liaison = std::make_unique<Liaison>(std::move(*cible));
+      else
+        liaison->changerDeChemin(std::move(*cible));
+    }
     bool fini = false;
     const auto echanger = [&] {
-      fini = liaison->echanger(cible->texte(requete), bornes.corpsMax, debut + bornes.attente);
+      fini = liaison->echanger(requete, bornes.corpsMax, debut + bornes.attente);
       return liaison->prendreReponse();
     };
     std::optional<ReponseHTTP> reponse;
-    const bool reprise = liaison && liaison->cible().memeAdresse(*cible) && liaison->reutilisable();
+    const bool reprise = liaison->reutilisable();
     if (reprise) reponse = echanger();
     const bool perdue = reprise && fini && !reponse;
     if (perdue && !liaison->rienEnvoye() && liaison->rienRecu()) sansGarde_ = requete.url;
     // A kept connection that was already dead leaves the request whole in our hands.
     if (!reprise || (perdue && liaison->rienEnvoye())) {
-      liaison = std::make_unique<Liaison>(*cible);
+      if (liaison->entamee()) liaison = std::make_unique<Liaison>(liaison->cible());
       reponse = echanger();
     }
     if (!fini)
