@@ -44,6 +44,8 @@ class Ailleurs {
       std::filesystem::permissions(programme, std::filesystem::perms::owner_all);
     }
     std::filesystem::create_directory(dossier());
+    // A tmux that loses its last session ends, and the next terminal would find it ending.
+    operateur({"new-session", "-d", "cat"});
   }
   ~Ailleurs() {
     tmux({"kill-server"});
