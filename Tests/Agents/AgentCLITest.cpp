@@ -138,11 +138,11 @@ TEST(AgentCLI, CondenseTousSesChamps) {
     ajouter([](AgentCLI& c) { c.id += 'x'; });
     ajouter([](AgentCLI& c) { c.titre += 'x'; });
     ajouter([](AgentCLI& c) { c.editeur += 'x'; });
-    ajouter([](AgentCLI& c) { c.cheminsBinaires.pop_back(); });
+    ajouter([](AgentCLI& c) { c.cheminsBinaires[1] += 'x'; });
     ajouter([](AgentCLI& c) { c.arguments.emplace_back("-x"); });
     ajouter([](AgentCLI& c) { c.symbole += 'x'; });
     ajouter([](AgentCLI& c) { c.teinte = TeinteLanceur::ok; });
-    ajouter([](AgentCLI& c) { c.alias.pop_back(); });
+    ajouter([](AgentCLI& c) { c.alias[0] += 'x'; });
     ajouter([](AgentCLI& c) { c.prefixeSession += 'x'; });
   }
   EXPECT_EQ(variantes.size(), 10u);
