@@ -1,5 +1,5 @@
 // One reply of the door: what the bridge makes of it, and what the kit reads in it.
-#include "AppelPorte.hpp"
+#include "ContenuReponse.hpp"
 #include "Cible.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Socle/EcritureJSON.hpp"

@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "ContenuReponse.hpp"
 #include "Porte/GuideAgent.hpp"
 
 namespace tarnavelle {

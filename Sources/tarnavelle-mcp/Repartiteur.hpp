@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "AppelPorte.hpp"
+#include "Appel/AppelPorte.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Socle/Environnement.hpp"

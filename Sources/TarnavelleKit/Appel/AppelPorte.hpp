@@ -1,5 +1,5 @@
-// One call of the control door, as the bridge makes it: the body posted, the reply turned into the
-// result of an MCP tool. Serves one thread at a time.
+// One call of the control door: the body posted with the bearer token, what came back. What the reply
+// says is read elsewhere. Serves one thread at a time.
 #pragma once
 
 #include <optional>
@@ -32,9 +32,5 @@ class AppelPorte {
   ClientHTTP client_;
   BornesHTTP bornes_;
 };
-
-/// The door's reply as it stands, an error unless it is an object whose "ok" is true; without a
-/// readable reply, a refusal that gives the status.
-Json contenuReponse(Coffre coffre);
 
 }  // namespace tarnavelle

@@ -1,23 +1,11 @@
-#include "AppelPorte.hpp"
+#include "ContenuReponse.hpp"
 
 #include <utility>
 
 #include "Porte/PorteMCP.hpp"
-#include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {
-
-Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte) {
-  auto reponse = client_.envoyer(
-      {.methode = "POST",
-       .url = porte.url,
-       .entetes = {{"Authorization", "Bearer " + porte.jeton}, {"Content-Type", "application/json"}},
-       .corps = EcritureJSON::compacte(corps).value_or("")},
-      bornes_);
-  if (!reponse) return {};
-  return {std::move(reponse->corps), reponse->statut};
-}
 
 Json contenuReponse(Coffre coffre) {
   if (coffre.data) {

@@ -1,0 +1,20 @@
+#include "Appel/AppelPorte.hpp"
+
+#include <utility>
+
+#include "Socle/EcritureJSON.hpp"
+
+namespace tarnavelle {
+
+Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte) {
+  auto reponse = client_.envoyer(
+      {.methode = "POST",
+       .url = porte.url,
+       .entetes = {{"Authorization", "Bearer " + porte.jeton}, {"Content-Type", "application/json"}},
+       .corps = EcritureJSON::compacte(corps).value_or("")},
+      bornes_);
+  if (!reponse) return {};
+  return {std::move(reponse->corps), reponse->statut};
+}
+
+}  // namespace tarnavelle

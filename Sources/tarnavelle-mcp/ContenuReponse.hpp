@@ -1,0 +1,13 @@
+// What the agent is given of the door's reply: the result of an MCP tool call. Pure.
+#pragma once
+
+#include "Appel/AppelPorte.hpp"
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+/// The door's reply as it stands, an error unless it is an object whose "ok" is true; without a
+/// readable reply, a refusal that gives the status.
+Json contenuReponse(Coffre coffre);
+
+}  // namespace tarnavelle
