@@ -1,78 +1,36 @@
 #include "Reseau/ClientHTTP.hpp"
 
-#include <algorithm>
-#include <boost/asio/connect.hpp>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/ssl.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
-#include <boost/url/parse.hpp>
-#include <boost/url/url_view.hpp>
-#include <system_error>
 #include <thread>
 #include <utility>
-#include <variant>
+
+#include "Reseau/ConnexionInterne.hpp"
 
 namespace tarnavelle {
 namespace {
 
-namespace asio = boost::asio;
 namespace http = boost::beast::http;
-using asio::ip::tcp;
-using Erreur = boost::system::error_code;
+using namespace interne;
 using Horloge = std::chrono::steady_clock;
 
 constexpr std::uint32_t entetesMax = 64 * 1024;  ///< bytes of reply headers that are read
 constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes asked of the socket at a time
-
-/// C0 and C1 control characters, the second as the UTF-8 of U+0080 to U+009F.
-bool porteControle(std::string_view texte) {
-  for (std::size_t i = 0; i < texte.size(); ++i) {
-    const auto c = static_cast<unsigned char>(texte[i]);
-    if (c < 0x20 || c == 0x7F) return true;
-    if (c == 0xC2 && i + 1 < texte.size() && static_cast<unsigned char>(texte[i + 1]) < 0xA0) return true;
-  }
-  return false;
-}
 
 }  // namespace
 
 /// Where a request goes. Two requests share a connection when they go to the same address.
 struct ClientHTTP::Cible {
   std::string url;
-  bool tls = false;
-  std::string hote;  ///< name or address, without brackets
-  std::uint16_t port = 0;
-  std::string entete;  ///< the Host header
-  std::string chemin;  ///< path and query
-
-  bool memeAdresse(const Cible& autre) const {
-    return tls == autre.tls && hote == autre.hote && port == autre.port;
-  }
-
-  static std::optional<Cible> depuis(std::string_view texte) {
-    const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
-    if (!url || url->encoded_host().empty()) return std::nullopt;
-    const bool tls = url->scheme_id() == boost::urls::scheme::https;
-    if (!tls && url->scheme_id() != boost::urls::scheme::http) return std::nullopt;
-    if (!url->port().empty() && url->port_number() == 0) return std::nullopt;  // zero or beyond 65535
-    const std::uint16_t usuel = tls ? 443 : 80;
-    const std::string chemin(url->encoded_target());
-    return Cible{.url = std::string(texte),
-                 .tls = tls,
-                 .hote = std::string(url->host_address()),
-                 .port = url->port_number() ? url->port_number() : usuel,
-                 .entete = std::string(url->encoded_host_and_port()),
-                 .chemin = chemin.starts_with('/') ? chemin : "/" + chemin};
-  }
+  Adresse adresse;
 
   std::string texte(const RequeteHTTP& requete) const {
     std::string t;
     t.reserve(256 + requete.corps.size());
-    t.append(requete.methode).append(" ").append(chemin).append(" HTTP/1.1\r\nHost: ").append(entete);
+    t.append(requete.methode).append(" ").append(adresse.chemin).append(" HTTP/1.1\r\nHost: ");
+    t.append(adresse.entete);
     for (const EnteteHTTP& e : requete.entetes) t.append("\r\n").append(e.nom).append(": ").append(e.valeur);
     t.append("\r\nContent-Length: ").append(std::to_string(requete.corps.size()));
     return t.append("\r\n\r\n").append(requete.corps);
@@ -83,15 +41,8 @@ struct ClientHTTP::Cible {
 /// its caller no longer waits for can be carried to its end by another thread.
 class ClientHTTP::Liaison {
  public:
-  explicit Liaison(Cible cible) : cible_(std::move(cible)), resolveur_(boucle_) {
+  explicit Liaison(Cible cible) : cible_(std::move(cible)), connexion_(boucle_, cible_.adresse.tls) {
     tampon_.reserve(lectureMax);
-    if (cible_.tls) {
-      contexte_.emplace(asio::ssl::context::tls_client);
-      Erreur ignoree;  // without the system's store no certificate verifies, which is the safe outcome
-      contexte_->set_default_verify_paths(ignoree);
-      contexte_->set_verify_mode(asio::ssl::verify_peer, ignoree);
-      flux_.emplace<Chiffre>(boucle_, *contexte_);
-    }
   }
 
   const Cible& cible() const { return cible_; }
@@ -111,7 +62,7 @@ class ClientHTTP::Liaison {
     recu_ = false;
     fini_ = false;
     boucle_.restart();
-    return avancer(echeance, [this] { connectee_ ? ecrire() : resoudre(); });
+    return avancer(echeance, [this] { connectee_ ? ecrire() : ouvrir(); });
   }
 
   /// Carries an exchange on that `echanger` left unfinished.
@@ -135,7 +86,7 @@ class ClientHTTP::Liaison {
     if (!connectee_ || tampon_.size() != 0) return false;
     Erreur erreur;
     char octet;
-    socket().receive(asio::buffer(&octet, 1), tcp::socket::message_peek, erreur);
+    connexion_.next_layer().receive(asio::buffer(&octet, 1), tcp::socket::message_peek, erreur);
     return erreur == asio::error::would_block;
   }
 
@@ -152,22 +103,7 @@ class ClientHTTP::Liaison {
     return fini_;
   }
 
-  using Clair = tcp::socket;
-  using Chiffre = asio::ssl::stream<tcp::socket>;
   using Analyseur = http::response_parser<http::string_body>;
-
-  tcp::socket& socket() {
-    if (auto* chiffre = std::get_if<Chiffre>(&flux_)) return chiffre->next_layer();
-    return std::get<Clair>(flux_);
-  }
-
-  template <class Action>
-  void surFlux(Action action) {
-    if (auto* chiffre = std::get_if<Chiffre>(&flux_))
-      action(*chiffre);
-    else
-      action(std::get<Clair>(flux_));
-  }
 
   /// Ends the exchange without a reply.
   void clore() {
@@ -179,65 +115,29 @@ class ClientHTTP::Liaison {
     fini_ = true;
     requete_ = {};
     analyseur_.reset();
-    if (connectee_) return;
-    Erreur ignoree;
-    socket().close(ignoree);
+    if (!connectee_) connexion_.fermer();
   }
 
-  void resoudre() {
-    Erreur pasUneAdresse;
-    const auto adresse = asio::ip::make_address(cible_.hote, pasUneAdresse);
-    const std::string service = std::to_string(cible_.port);
-    if (!pasUneAdresse)
-      return connecter(tcp::resolver::results_type::create({adresse, cible_.port}, cible_.hote, service));
-    resolveur_.async_resolve(cible_.hote, service, [this](Erreur erreur, const auto& points) {
+  void ouvrir() {
+    connexion_.ouvrir(cible_.adresse, std::nullopt, [this](std::optional<ErreurReseau> erreur) {
       if (erreur) return clore();
-      connecter(points);
-    });
-  }
-
-  void connecter(const tcp::resolver::results_type& points) {
-    asio::async_connect(socket(), points, [this](Erreur erreur, const tcp::endpoint&) {
-      if (erreur) return clore();
-      Erreur ignoree;
-      socket().set_option(tcp::no_delay(true), ignoree);
-      socket().non_blocking(true, ignoree);
-      if (auto* chiffre = std::get_if<Chiffre>(&flux_)) return negocier(*chiffre);
-      connectee_ = true;
-      ecrire();
-    });
-  }
-
-  void negocier(Chiffre& chiffre) {
-    Erreur pasUneAdresse;
-    asio::ip::make_address(cible_.hote, pasUneAdresse);
-    // Server names are for host names only (RFC 6066, section 3).
-    if (pasUneAdresse && !SSL_set_tlsext_host_name(chiffre.native_handle(), cible_.hote.c_str()))
-      return clore();
-    Erreur erreur;
-    chiffre.set_verify_callback(asio::ssl::host_name_verification(cible_.hote), erreur);
-    if (erreur) return clore();
-    chiffre.async_handshake(asio::ssl::stream_base::client, [this](Erreur echec) {
-      if (echec) return clore();
       connectee_ = true;
       ecrire();
     });
   }
 
   void ecrire() {
-    if (auto* clair = std::get_if<Clair>(&flux_)) {  // at once, without a turn of the event loop
+    if (!connexion_.chiffree()) {  // at once, without a turn of the event loop
       Erreur erreur;
-      envoyes_ = clair->write_some(asio::buffer(requete_), erreur);
+      envoyes_ = connexion_.write_some(asio::buffer(requete_), erreur);
       if (erreur && erreur != asio::error::would_block) return clore();
       if (envoyes_ == requete_.size()) return lire();
     }
-    surFlux([this](auto& flux) {
-      asio::async_write(flux, asio::buffer(requete_) + envoyes_, [this](Erreur erreur, std::size_t octets) {
-        envoyes_ += octets;
-        // A peer that refuses a large body may have said why before it closed.
-        if (erreur && envoyes_ == 0) return clore();
-        lire();
-      });
+    asio::async_write(connexion_, asio::buffer(requete_) + envoyes_, [this](Erreur erreur, std::size_t octets) {
+      envoyes_ += octets;
+      // A peer that refuses a large body may have said why before it closed.
+      if (erreur && envoyes_ == 0) return clore();
+      lire();
     });
   }
 
@@ -251,7 +151,7 @@ class ClientHTTP::Liaison {
         analyseur_->header_limit(entetesMax);
       }
       Erreur erreur;
-      surFlux([&](auto& flux) { http::read_some(flux, tampon_, *analyseur_, erreur); });
+      http::read_some(connexion_, tampon_, *analyseur_, erreur);
       recu_ = recu_ || analyseur_->got_some();
       if (erreur == asio::error::would_block) return attendreLecture();
       if (erreur) return clore();
@@ -266,7 +166,7 @@ class ClientHTTP::Liaison {
   }
 
   void attendreLecture() {
-    socket().async_wait(tcp::socket::wait_read, [this](Erreur erreur) {
+    connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur erreur) {
       if (erreur) return clore();
       lire();
     });
@@ -280,9 +180,7 @@ class ClientHTTP::Liaison {
 
   Cible cible_;
   asio::io_context boucle_{1};
-  tcp::resolver resolveur_;
-  std::optional<asio::ssl::context> contexte_;
-  std::variant<Clair, Chiffre> flux_{std::in_place_type<Clair>, boucle_};
+  Connexion connexion_;
   /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
   boost::beast::flat_buffer tampon_{entetesMax + lectureMax};
   std::optional<Analyseur> analyseur_;
@@ -308,12 +206,13 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
   try {
     auto liaison = std::move(gardee_);
     if (!liaison || liaison->cible().url != requete.url) {
-      auto cible = Cible::depuis(requete.url);
-      if (!cible) return std::nullopt;
-      if (!liaison || !liaison->cible().memeAdresse(*cible))
-        liaison = std::make_unique<Liaison>(std::move(*cible));
+      auto adresse = Adresse::depuis(requete.url, "http");
+      if (!adresse) return std::nullopt;
+      Cible cible{.url = requete.url, .adresse = std::move(*adresse)};
+      if (!liaison || !liaison->cible().adresse.memeServeur(cible.adresse))
+        liaison = std::make_unique<Liaison>(std::move(cible));
       else
-        liaison->changerDeChemin(std::move(*cible));
+        liaison->changerDeChemin(std::move(cible));
     }
     bool fini = false;
     const auto echanger = [&] {

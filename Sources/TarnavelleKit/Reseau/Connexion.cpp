@@ -1,0 +1,168 @@
+#include <boost/asio/connect.hpp>
+#include <boost/asio/ssl/error.hpp>
+#include <boost/beast/core/error.hpp>
+#include <boost/beast/http/error.hpp>
+#include <boost/url/parse.hpp>
+#include <boost/url/url_view.hpp>
+
+#include "Reseau/ConnexionInterne.hpp"
+
+namespace tarnavelle::interne {
+namespace {
+
+bool parmi(const Erreur& erreur, std::initializer_list<Erreur> liste) {
+  for (const Erreur& e : liste)
+    if (erreur == e) return true;
+  return false;
+}
+
+ErreurReseau classerNom(const Erreur& erreur) {
+  if (parmi(erreur, {asio::error::host_not_found, asio::error::no_data})) return ErreurReseau::hoteIntrouvable;
+  return ErreurReseau::resolutionEchouee;
+}
+
+ErreurReseau classerConnexion(const Erreur& erreur) {
+  if (parmi(erreur, {asio::error::network_unreachable, asio::error::network_down}))
+    return ErreurReseau::reseauAbsent;
+  if (erreur == asio::error::timed_out) return ErreurReseau::delaiDepasse;
+  return ErreurReseau::connexionImpossible;
+}
+
+ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
+  switch (verification) {
+    case X509_V_OK: break;
+    case X509_V_ERR_CERT_HAS_EXPIRED:
+    case X509_V_ERR_ERROR_IN_CERT_NOT_BEFORE_FIELD:
+    case X509_V_ERR_ERROR_IN_CERT_NOT_AFTER_FIELD: return ErreurReseau::certificatPerime;
+    case X509_V_ERR_CERT_NOT_YET_VALID: return ErreurReseau::certificatPasEncoreValide;
+    case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
+    case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
+    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE: return ErreurReseau::racineInconnue;
+    default: return ErreurReseau::certificatNonFiable;
+  }
+  if (parmi(erreur, {asio::error::connection_reset, asio::error::timed_out})) return classer(erreur);
+  return ErreurReseau::tlsEchoue;
+}
+
+}  // namespace
+
+bool porteControle(std::string_view texte) {
+  for (std::size_t i = 0; i < texte.size(); ++i) {
+    const auto c = static_cast<unsigned char>(texte[i]);
+    if (c < 0x20 || c == 0x7F) return true;
+    // C1, as the UTF-8 of U+0080 to U+009F.
+    if (c == 0xC2 && i + 1 < texte.size() && static_cast<unsigned char>(texte[i + 1]) < 0xA0) return true;
+  }
+  return false;
+}
+
+std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view protocole) {
+  const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
+  if (!url || url->encoded_host().empty()) return std::nullopt;
+  using boost::urls::scheme;
+  const scheme clair = boost::urls::string_to_scheme({protocole.data(), protocole.size()});
+  const bool tls = url->scheme_id() == (clair == scheme::ws ? scheme::wss : scheme::https);
+  if (!tls && url->scheme_id() != clair) return std::nullopt;
+  if (!url->port().empty() && url->port_number() == 0) return std::nullopt;  // zero or beyond 65535
+  const std::uint16_t usuel = tls ? 443 : 80;
+  std::string hote(url->host_address());
+  if (porteControle(hote)) return std::nullopt;  // a percent-encoded NUL would name another host
+  const std::string chemin(url->encoded_target());
+  return Adresse{.tls = tls,
+                 .hote = std::move(hote),
+                 .port = url->port_number() ? url->port_number() : usuel,
+                 .entete = std::string(url->encoded_host_and_port()),
+                 .chemin = chemin.starts_with('/') ? chemin : "/" + chemin};
+}
+
+ErreurReseau classer(const Erreur& erreur) {
+  namespace beast = boost::beast;
+  if (parmi(erreur, {asio::error::eof, asio::error::connection_reset, asio::error::connection_aborted,
+                     asio::error::broken_pipe, asio::error::not_connected, asio::ssl::error::stream_truncated,
+                     beast::http::error::end_of_stream, beast::http::error::partial_message}))
+    return ErreurReseau::connexionPerdue;
+  if (parmi(erreur, {asio::error::network_unreachable, asio::error::network_down, asio::error::network_reset,
+                     asio::error::host_unreachable}))
+    return ErreurReseau::reseauAbsent;
+  if (parmi(erreur, {asio::error::timed_out, beast::error::timeout})) return ErreurReseau::delaiDepasse;
+  if (erreur == asio::error::operation_aborted) return ErreurReseau::annulee;
+  if (erreur.category() == asio::error::get_ssl_category()) return ErreurReseau::tlsEchoue;
+  return ErreurReseau::autre;
+}
+
+Connexion::Connexion(asio::io_context& boucle, bool tls)
+    : boucle_(boucle), resolveur_(boucle), minuterie_(boucle), clair_(boucle) {
+  if (!tls) return;
+  contexte_.emplace(asio::ssl::context::tls_client);
+  Erreur ignoree;  // without the system's store no certificate verifies, which is the safe outcome
+  contexte_->set_default_verify_paths(ignoree);
+  contexte_->set_verify_mode(asio::ssl::verify_peer, ignoree);
+  chiffre_.emplace(boucle, *contexte_);
+}
+
+void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::milliseconds> delai, Fini fini) {
+  hote_ = adresse.hote;
+  fini_ = std::move(fini);
+  if (delai) {
+    minuterie_.expires_after(*delai);
+    minuterie_.async_wait([this](Erreur erreur) {
+      if (erreur || !fini_) return;
+      const Fini suite = std::exchange(fini_, nullptr);
+      fermer();
+      suite(ErreurReseau::delaiDepasse);
+    });
+  }
+  Erreur pasUneAdresse;
+  const auto ip = asio::ip::make_address(hote_, pasUneAdresse);
+  const std::string service = std::to_string(adresse.port);
+  if (!pasUneAdresse) return connecter(tcp::resolver::results_type::create({ip, adresse.port}, hote_, service));
+  resolveur_.async_resolve(hote_, service, [this](Erreur erreur, const auto& points) {
+    if (!fini_) return;
+    if (erreur) return conclure(classerNom(erreur));
+    connecter(points);
+  });
+}
+
+void Connexion::connecter(const tcp::resolver::results_type& points) {
+  asio::async_connect(next_layer(), points, [this](Erreur erreur, const tcp::endpoint&) {
+    if (!fini_) return;
+    if (erreur) return conclure(classerConnexion(erreur));
+    Erreur ignoree;
+    next_layer().set_option(tcp::no_delay(true), ignoree);
+    next_layer().non_blocking(true, ignoree);
+    if (chiffre_) return negocier();
+    conclure(std::nullopt);
+  });
+}
+
+void Connexion::negocier() {
+  SSL* ssl = chiffre_->native_handle();
+  Erreur pasUneAdresse;
+  asio::ip::make_address(hote_, pasUneAdresse);
+  // Server names are for host names only (RFC 6066, section 3).
+  if (pasUneAdresse && !SSL_set_tlsext_host_name(ssl, hote_.c_str())) return conclure(ErreurReseau::tlsEchoue);
+  if (!SSL_set1_host(ssl, hote_.c_str())) return conclure(ErreurReseau::tlsEchoue);
+  chiffre_->async_handshake(asio::ssl::stream_base::client, [this](Erreur erreur) {
+    if (!fini_) return;
+    if (erreur) return conclure(classerNegociation(erreur, SSL_get_verify_result(chiffre_->native_handle())));
+    conclure(std::nullopt);
+  });
+}
+
+void Connexion::conclure(std::optional<ErreurReseau> erreur) {
+  minuterie_.cancel();
+  const Fini suite = std::exchange(fini_, nullptr);
+  suite(erreur);
+}
+
+void Connexion::fermer() {
+  resolveur_.cancel();
+  minuterie_.cancel();
+  Erreur ignoree;
+  next_layer().close(ignoree);
+  if (fini_) conclure(ErreurReseau::annulee);
+}
+
+}  // namespace tarnavelle::interne
