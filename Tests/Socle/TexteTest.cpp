@@ -123,6 +123,20 @@ TEST(Texte, Mots) {
   for (const auto& c : cas) EXPECT_EQ(Texte::mots(c.texte), c.mots) << testing::PrintToString(c.texte);
 }
 
+TEST(Texte, SuitesDeLettres) {
+  const struct {
+    std::string texte;
+    std::vector<std::string_view> suites;
+  } cas[] = {
+      {"", {}},
+      {" ,;’\u0301\xFF", {}},
+      {"l'été_n°2, fin", {"l", "été", "n", "2", "fin"}},
+      {"\u0301e\u0301t\u00E9\xC3!\u0301Ⅷ½", {"e\u0301t\u00E9", "Ⅷ½"}},
+  };
+  for (const auto& c : cas)
+    EXPECT_EQ(Texte::suitesDeLettres(c.texte), c.suites) << testing::PrintToString(c.texte);
+}
+
 /// A text cut into the characters that a person sees.
 const std::vector<std::vector<std::string>> graphemes = {
     {},
@@ -145,8 +159,12 @@ TEST(Texte, CaracteresVusEtCoupes) {
     for (const auto& g : attendus) texte += g;
     EXPECT_EQ(Texte::caracteres(texte), attendus.size()) << texte;
     std::string debut;
-    for (std::size_t n = 0; n < attendus.size(); debut += attendus[n++])
+    for (std::size_t n = 0; n < attendus.size(); debut += attendus[n++]) {
       EXPECT_EQ(Texte::tronquer(texte, n), debut + "…") << texte << " " << n;
+      EXPECT_EQ(Texte::premiers(texte, n), debut) << texte << " " << n;
+      EXPECT_EQ(Texte::derniers(texte, attendus.size() - n), texte.substr(debut.size())) << texte << " " << n;
+    }
+    EXPECT_EQ(Texte::derniers(texte, 0), "");
     EXPECT_EQ(Texte::tronquer(texte, attendus.size()), texte);
     EXPECT_EQ(Texte::tronquer(texte, attendus.size() + 1), texte);
   }

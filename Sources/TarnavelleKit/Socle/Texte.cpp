@@ -174,6 +174,24 @@ std::size_t caracteres(std::string_view texte) {
   return n;
 }
 
+std::vector<std::string_view> suitesDeLettres(std::string_view texte) {
+  std::vector<std::string_view> suites;
+  std::size_t debut = 0;
+  const auto clore = [&](std::size_t fin) {
+    if (fin > debut) suites.push_back(texte.substr(debut, fin - debut));
+  };
+  for (std::size_t i = 0; i < texte.size();) {
+    const Point p = premier(texte.substr(i));
+    if (!estLettreOuNombre(p.point) && !(i > debut && estMarque(p.point))) {
+      clore(i);
+      debut = i + p.octets;
+    }
+    i += p.octets;
+  }
+  clore(texte.size());
+  return suites;
+}
+
 std::string lettresEtNombres(std::string_view texte, std::string_view aussi) {
   // By code points: as one user-perceived character, some letters (U+0D4E) take whatever follows along.
   std::string gardes;
@@ -189,8 +207,8 @@ std::string lettresEtNombres(std::string_view texte, std::string_view aussi) {
   return gardes;
 }
 
-std::string tronquer(std::string_view texte, std::size_t maximum) {
-  if (texte.size() <= maximum) return std::string(texte);  // no character is shorter than a byte
+std::string_view premiers(std::string_view texte, std::size_t maximum) {
+  if (texte.size() <= maximum) return texte;  // no character is shorter than a byte
   std::size_t vus = 0;
   std::size_t fin = texte.size();
   parcourirGraphemes(texte, [&](std::size_t debut) {
@@ -201,8 +219,18 @@ std::string tronquer(std::string_view texte, std::size_t maximum) {
     ++vus;
     return true;
   });
-  std::string resultat(texte.substr(0, fin));
-  if (fin < texte.size()) resultat += "…";
+  return texte.substr(0, fin);
+}
+
+std::string_view derniers(std::string_view texte, std::size_t maximum) {
+  // What joins two characters may stand far before them: they are told from the start.
+  const auto tous = caracteres(texte);
+  return tous <= maximum ? texte : texte.substr(premiers(texte, tous - maximum).size());
+}
+
+std::string tronquer(std::string_view texte, std::size_t maximum) {
+  std::string resultat(premiers(texte, maximum));
+  if (resultat.size() < texte.size()) resultat += "…";
   return resultat;
 }
 

@@ -28,12 +28,19 @@ std::string sansAccents(std::string_view texte);
 /// The pieces between runs of white space and newlines (as `rogner` knows them), none of them empty.
 std::vector<std::string_view> mots(std::string_view texte);
 
+/// The longest runs of letters and numbers (Unicode L* and N*), with the combining marks that follow them.
+std::vector<std::string_view> suitesDeLettres(std::string_view texte);
+
 /// Keeps the letters and numbers (Unicode L* and N*) with the combining marks that follow them, and the
 /// ASCII characters of `aussi` that no mark follows. Twice does no more than once.
 std::string lettresEtNombres(std::string_view texte, std::string_view aussi);
 
 /// Number of user-perceived characters (extended grapheme clusters, UAX #29).
 std::size_t caracteres(std::string_view texte);
+
+/// The first, or the last, `maximum` user-perceived characters.
+std::string_view premiers(std::string_view texte, std::size_t maximum);
+std::string_view derniers(std::string_view texte, std::size_t maximum);
 
 /// The first `maximum` user-perceived characters, followed by "…" only when something was cut.
 std::string tronquer(std::string_view texte, std::size_t maximum);
