@@ -92,8 +92,7 @@ ErreurReseau classer(const Erreur& erreur) {
   return ErreurReseau::autre;
 }
 
-Connexion::Connexion(asio::io_context& boucle, bool tls)
-    : boucle_(boucle), resolveur_(boucle), minuterie_(boucle), clair_(boucle) {
+Connexion::Connexion(asio::io_context& boucle, bool tls) : boucle_(boucle), clair_(boucle) {
   if (!tls) return;
   contexte_.emplace(asio::ssl::context::tls_client);
   Erreur ignoree;  // without the system's store no certificate verifies, which is the safe outcome
@@ -106,8 +105,8 @@ void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::millis
   hote_ = adresse.hote;
   fini_ = std::move(fini);
   if (delai) {
-    minuterie_.expires_after(*delai);
-    minuterie_.async_wait([this](Erreur erreur) {
+    minuterie_.emplace(boucle_, *delai);
+    minuterie_->async_wait([this](Erreur erreur) {
       if (erreur || !fini_) return;
       const Fini suite = std::exchange(fini_, nullptr);
       fermer();
@@ -118,7 +117,8 @@ void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::millis
   const auto ip = asio::ip::make_address(hote_, pasUneAdresse);
   const std::string service = std::to_string(adresse.port);
   if (!pasUneAdresse) return connecter(tcp::resolver::results_type::create({ip, adresse.port}, hote_, service));
-  resolveur_.async_resolve(hote_, service, [this](Erreur erreur, const auto& points) {
+  resolveur_.emplace(boucle_);
+  resolveur_->async_resolve(hote_, service, [this](Erreur erreur, const auto& points) {
     if (!fini_) return;
     if (erreur) return conclure(classerNom(erreur));
     connecter(points);
@@ -152,14 +152,14 @@ void Connexion::negocier() {
 }
 
 void Connexion::conclure(std::optional<ErreurReseau> erreur) {
-  minuterie_.cancel();
+  if (minuterie_) minuterie_->cancel();
   const Fini suite = std::exchange(fini_, nullptr);
   suite(erreur);
 }
 
 void Connexion::fermer() {
-  resolveur_.cancel();
-  minuterie_.cancel();
+  if (resolveur_) resolveur_->cancel();
+  if (minuterie_) minuterie_->cancel();
   Erreur ignoree;
   next_layer().close(ignoree);
   if (fini_) conclure(ErreurReseau::annulee);

@@ -124,8 +124,8 @@ class Connexion {
   void conclure(std::optional<ErreurReseau> erreur);
 
   asio::io_context& boucle_;
-  tcp::resolver resolveur_;
-  asio::steady_timer minuterie_;
+  std::optional<tcp::resolver> resolveur_;       // made when needed: a bridge's start counts
+  std::optional<asio::steady_timer> minuterie_;  // the same
   std::optional<asio::ssl::context> contexte_;
   tcp::socket clair_;
   std::optional<Chiffre> chiffre_;
