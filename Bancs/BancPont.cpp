@@ -52,8 +52,8 @@ BENCHMARK_CAPTURE(analyser, appel, appel);
 
 void ecrireReponse(benchmark::State& etat) {
   for (auto _ : etat)
-    benchmark::DoNotOptimize(PorteMCP::ligne(PorteMCP::resultat(
-        7, PorteMCP::contenuAppel(R"({"ok":true,"spoken_text":"Merlin est au centre."})", true))));
+    benchmark::DoNotOptimize(PorteMCP::ligneAppel(
+        7, {.corpsJSON = R"({"ok":true,"spoken_text":"Merlin est au centre."})", .ok = true}));
 }
 BENCHMARK(ecrireReponse);
 

@@ -1,6 +1,6 @@
 // One reply of the door: what the bridge makes of it, and what the kit reads in it.
-#include "ContenuReponse.hpp"
 #include "Cible.hpp"
+#include "ContenuReponse.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
@@ -18,12 +18,12 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   else
     exiger(!lu.valeur);
 
-  const Json contenu = contenuReponse({corps, 200});
-  const Json& texte = contenu["content"][0]["text"];
-  exiger(contenu["isError"] == !(document && document->is_object() && lu.valeur == true));
-  exiger(Texte::utf8Valide(corps) ? texte == corps
-                                  : texte == R"({"error":"La porte n'a pas répondu (HTTP 200).","ok":false})");
-  exiger(EcritureJSON::compacte(contenu).has_value());
+  const auto appel = contenuReponse({corps, 200});
+  exiger(appel.ok == (document && document->is_object() && lu.valeur == true));
+  exiger(appel.corpsJSON ==
+         (Texte::utf8Valide(corps) ? corps : R"({"error":"La porte n'a pas répondu (HTTP 200).","ok":false})"));
+  const auto ligne = LectureJSON::objet(PorteMCP::ligneAppel(7, appel));
+  exiger(ligne && (*ligne)["result"] == PorteMCP::contenuAppel(appel.corpsJSON, appel.ok));
 
   if (const auto reponse = ReponsePorte::lire(corps)) {
     exiger(ReponsePorte::lire(EcritureJSON::compacte(reponse->json()).value()) == reponse);

@@ -2,12 +2,12 @@
 #pragma once
 
 #include "Appel/AppelPorte.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Porte/PorteMCP.hpp"
 
 namespace tarnavelle {
 
 /// The door's reply as it stands, an error unless it is an object whose "ok" is true; without a
 /// readable reply, a refusal that gives the status.
-Json contenuReponse(Coffre coffre);
+PorteMCP::ResultatAppel contenuReponse(Coffre coffre);
 
 }  // namespace tarnavelle

@@ -22,6 +22,12 @@ Json prendreObjet(Json& parent, std::string_view cle) {
 }  // namespace
 
 std::optional<std::string> Repartiteur::traiter(Json message) {
+  auto reponse = repondre(message);
+  message.clear();  // member by member: the destructor would first gather them in a list of its own
+  return reponse;
+}
+
+std::optional<std::string> Repartiteur::repondre(Json& message) {
   PorteMCP::Identifiant id;
   if (const auto membre = message.find("id"); membre != message.end()) id = std::move(*membre);
   const auto membre = message.find("method");
@@ -44,21 +50,21 @@ std::optional<std::string> Repartiteur::traiter(Json message) {
     return PorteMCP::ligne(
         PorteMCP::erreur(std::move(id), CodeErreur::parametres, "tools/call sans nom d'outil"));
   try {
-    return PorteMCP::ligne(PorteMCP::resultat(id, appeler(outil, prendreObjet(params, "arguments"))));
+    return PorteMCP::ligneAppel(id, appeler(outil, prendreObjet(params, "arguments")));
   } catch (const std::bad_alloc&) {  // a reply too large for this machine
-    return PorteMCP::ligne(PorteMCP::resultat(std::move(id), contenuReponse({})));
+    return PorteMCP::ligneAppel(id, contenuReponse({}));
   }
 }
 
-Json Repartiteur::appeler(const std::string& outil, Json arguments) {
+PorteMCP::ResultatAppel Repartiteur::appeler(const std::string& outil, Json arguments) {
   if (PorteMCP::estLocal(outil)) {
     const auto contexte = GuideAgent::Contexte::depuisEnvironnement(
         monde_.environnement(), {.binaireCtl = "", .binaireMCP = monde_.binaireMCP});
-    return PorteMCP::contenuAppel(GuideAgent::markdown(contexte), true);
+    return {.corpsJSON = GuideAgent::markdown(contexte), .ok = true};
   }
   const Variables environnement = monde_.environnement();
   const auto porte = PorteControle::resoudrePorte(environnement);
-  if (!porte) return PorteMCP::contenuAppel(PorteMCP::ligne(PorteMCP::refus(porteIntrouvable)), false);
+  if (!porte) return {.corpsJSON = PorteMCP::ligne(PorteMCP::refus(porteIntrouvable)), .ok = false};
   const auto nodeId = environnement.texte("TARNAVELLE_NODE_ID").value_or("");
   return contenuReponse(appel_.posterPorte(PorteMCP::corpsAppel(outil, std::move(arguments), nodeId), *porte));
 }

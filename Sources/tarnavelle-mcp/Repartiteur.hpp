@@ -28,7 +28,8 @@ class Repartiteur {
   std::optional<std::string> traiter(Json message);
 
  private:
-  Json appeler(const std::string& outil, Json arguments);
+  std::optional<std::string> repondre(Json& message);
+  PorteMCP::ResultatAppel appeler(const std::string& outil, Json arguments);
 
   Monde monde_;
   AppelPorte appel_;

@@ -96,7 +96,7 @@ TEST(PorteMCP, Lignes) {
   EXPECT_EQ(PorteMCP::ligne(PorteMCP::contenuAppel("\xFF", false)), "{}");
 }
 
-// The two shortcuts write the very line of the long way, whatever the id.
+// The shortcuts write the very line of the long way, whatever the id.
 TEST(PorteMCP, LignesDejaEcrites) {
   const PorteMCP::Identifiant identifiants[] = {{},
                                                 Json(),
@@ -111,6 +111,9 @@ TEST(PorteMCP, LignesDejaEcrites) {
                                                 Json::object()};
   for (const auto& id : identifiants) {
     EXPECT_EQ(PorteMCP::ligneListe(id), PorteMCP::ligne(PorteMCP::reponseListe(id)));
+    for (const std::string texte : {"", "{\"ok\":true}\n", "é\x01\\", "\xFF"})
+      EXPECT_EQ(PorteMCP::ligneAppel(id, {.corpsJSON = texte, .ok = texte.empty()}),
+                PorteMCP::ligne(PorteMCP::resultat(id, PorteMCP::contenuAppel(texte, texte.empty()))));
     EXPECT_EQ(PorteMCP::ligneResultat(id, "{}"), PorteMCP::ligne(PorteMCP::resultat(id, Json::object())));
   }
   EXPECT_EQ(PorteMCP::ligneResultat({}, "{}"), R"({"id":null,"jsonrpc":"2.0","result":{}})");

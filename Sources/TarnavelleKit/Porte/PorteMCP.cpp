@@ -23,6 +23,16 @@ Json enveloppe(Identifiant id, const char* cle, Json contenu) {
   return reponse;
 }
 
+/// The line of a result up to the result itself, with room for that many bytes more.
+std::string debutResultat(const Identifiant& id, std::size_t suite) {
+  std::string texte;
+  texte.reserve(suite + 128);
+  texte += R"({"id":)";
+  if (!id || !EcritureJSON::ajouter(texte, *id)) texte += "null";
+  texte += R"(,"jsonrpc":"2.0","result":)";
+  return texte;
+}
+
 Json contenuListe() { return {{"tools", outilsExposes()}}; }
 
 }  // namespace
@@ -113,11 +123,17 @@ Json reponseListe(Identifiant id) { return resultat(std::move(id), {{"tools", ou
 std::string ligne(const Json& objet) { return EcritureJSON::compacte(objet).value_or("{}"); }
 
 std::string ligneResultat(const Identifiant& id, std::string_view resultatEcrit) {
-  std::string texte;
-  texte.reserve(resultatEcrit.size() + 64);
-  texte += R"({"id":)";
-  if (!id || !EcritureJSON::ajouter(texte, *id)) texte += "null";
-  return texte.append(R"(,"jsonrpc":"2.0","result":)").append(resultatEcrit).append("}");
+  std::string texte = debutResultat(id, resultatEcrit.size());
+  texte.append(resultatEcrit).append("}");
+  return texte;
+}
+
+std::string ligneAppel(const Identifiant& id, const ResultatAppel& appel) {
+  std::string texte = debutResultat(id, appel.corpsJSON.size() + appel.corpsJSON.size() / 8);
+  texte += R"({"content":[{"text":)";
+  if (!EcritureJSON::ajouterTexte(texte, appel.corpsJSON)) return "{}";
+  texte.append(R"(,"type":"text"}],"isError":)").append(appel.ok ? "false}}" : "true}}");
+  return texte;
 }
 
 std::string ligneListe(const Identifiant& id) {

@@ -52,6 +52,12 @@ Json corpsAppel(std::string_view outil, Json arguments);
 /// The same; a verb that declares for its caller receives `nodeId` as "agent" when it names none.
 Json corpsAppel(std::string_view outil, Json arguments, std::string_view nodeId);
 
+/// What the agent reads of a tool call.
+struct ResultatAppel {
+  std::string corpsJSON;  ///< the content's text: the door's reply as it stands, or the guide
+  bool ok = false;
+};
+
 /// The result of a tool call: the text as content, and whether it is an error.
 Json contenuAppel(std::string corpsJSON, bool ok);
 
@@ -68,6 +74,10 @@ std::string ligne(const Json& objet);
 
 /// The line of `resultat` when the result is already written as compact JSON.
 std::string ligneResultat(const Identifiant& id, std::string_view resultatEcrit);
+
+/// The line of `resultat` for a tool call, written without a document; "{}" when the text is not
+/// well-formed UTF-8.
+std::string ligneAppel(const Identifiant& id, const ResultatAppel& appel);
 
 /// The line of `reponseListe`; the list, which never changes, is written once for the whole process.
 std::string ligneListe(const Identifiant& id);

@@ -17,13 +17,23 @@ class Ecrivain {
 
   /// Appends the value; false when some text in it is not well-formed UTF-8, the output as it was.
   bool ecrire(const Json& v) {
+    return tenter([&] { valeur(v); });
+  }
+
+  /// The same for one text.
+  bool ecrireTexte(std::string_view t) {
+    return tenter([&] { texte(t); });
+  }
+
+ private:
+  template <class Ecriture>
+  bool tenter(Ecriture ecriture) {
     const auto debut = sortie_.size();
-    valeur(v);
+    ecriture();
     if (!valide_) sortie_.resize(debut);
     return valide_;
   }
 
- private:
   void valeur(const Json& v) {
     switch (v.type()) {
       case Json::value_t::null: sortie_ += "null"; break;
@@ -136,6 +146,10 @@ std::optional<std::string> ecrire(const Json& valeur, Style style) {
 }  // namespace
 
 bool ajouter(std::string& texte, const Json& valeur) { return Ecrivain(texte, Style::compact).ecrire(valeur); }
+
+bool ajouterTexte(std::string& sortie, std::string_view texte) {
+  return Ecrivain(sortie, Style::compact).ecrireTexte(texte);
+}
 
 std::optional<std::string> compacte(const Json& valeur) { return ecrire(valeur, Style::compact); }
 

@@ -16,6 +16,9 @@ std::optional<std::string> compacte(const Json& valeur);
 /// Appends the same line to `texte`. False, with `texte` as it was, when there is none.
 bool ajouter(std::string& texte, const Json& valeur);
 
+/// Appends a text as a JSON string. False, with `sortie` as it was, when it is not well-formed UTF-8.
+bool ajouterTexte(std::string& sortie, std::string_view texte);
+
 /// Two-space indentation and `"key" : value`; empty containers stay on one line. Nothing when a text
 /// or a key is not well-formed UTF-8.
 std::optional<std::string> lisible(const Json& valeur);
