@@ -33,7 +33,8 @@ struct ClientHTTP::Cible {
     t.append(adresse.entete);
     for (const EnteteHTTP& e : requete.entetes) t.append("\r\n").append(e.nom).append(": ").append(e.valeur);
     t.append("\r\nContent-Length: ").append(std::to_string(requete.corps.size()));
-    return t.append("\r\n\r\n").append(requete.corps);
+    t.append("\r\n\r\n").append(requete.corps);
+    return t;
   }
 };
 
