@@ -116,7 +116,8 @@ TEST(LectureJSON, Refuse) {
   for (const auto& texte : refuses) {
     EXPECT_FALSE(LectureJSON::valeur(texte)) << apercu(texte);
     EXPECT_FALSE(LectureJSON::booleenDeTete(texte, "ok").lisible) << apercu(texte);
-    EXPECT_FALSE(LectureJSON::objet(R"({"ok":true,"a":)" + texte + "}")) << apercu(texte);
+    for (const auto& cles : {std::vector<std::string_view>{}, {"ok"}})  // built, or read and left out
+      EXPECT_FALSE(LectureJSON::objet(R"({"ok":true,"a":)" + texte + "}", cles)) << apercu(texte);
   }
   const std::string entier = R"({"é\n":[true,null,-1.5e3,"\ud83d\ude00"],"b":{"c":[]}})";
   for (std::size_t n = 0; n < entier.size(); ++n)
@@ -132,9 +133,33 @@ TEST(LectureJSON, TextesPlusLongsQuUnMorceau) {
       const auto lu = LectureJSON::objet("{\"" + texte + "\":[\"" + texte + "\"]}");
       ASSERT_TRUE(lu) << avant;
       EXPECT_EQ(*lu, Json({{attendu, {attendu}}})) << avant;
+      const std::vector<std::string_view> cles{attendu};
+      EXPECT_EQ(LectureJSON::objet("{\"x\":\"" + texte + "\",\"" + texte + "\":\"" + texte + "\"}", cles),
+                Json({{attendu, attendu}}))
+          << avant;
       const auto tete = LectureJSON::booleenDeTete("{\"" + texte + "\":true}", attendu);
       EXPECT_EQ(tete.valeur, true) << avant;
     }
+}
+
+TEST(LectureJSON, NeGardeQueLesMembresVoulus) {
+  const std::vector<std::string_view> cles{"a", "b"};
+  const struct {
+    std::string texte;
+    std::string garde;
+  } cas[] = {
+      {R"({"c":1,"a":2,"d":"é\n","e":-1.5,"f":null,"g":true,"h":18446744073709551615})", R"({"a":2})"},
+      {R"({"c":{"a":1,"d":[{"a":[]}]},"b":3})", R"({"b":3})"},
+      {R"({"a":[{"c":[],"b":[1,{}]},{"c":{}},"c",4],"c":{}})", R"({"a":[{"b":[1,{}]},{},"c",4]})"},
+      {R"({"a":1,"a":{"c":2,"\u0062":1},"aa":1,"":1})", R"({"a":{"b":1}})"},
+      {R"({"c":{}})", "{}"},
+  };
+  for (const auto& c : cas) {
+    const auto lu = LectureJSON::objet(c.texte, cles);
+    ASSERT_TRUE(lu) << c.texte;
+    EXPECT_EQ(EcritureJSON::compacte(*lu), c.garde) << c.texte;
+  }
+  EXPECT_FALSE(LectureJSON::objet("[]", cles));
 }
 
 TEST(LectureJSON, BooleenDeTete) {

@@ -1,5 +1,6 @@
 #include "Socle/LectureJSON.hpp"
 
+#include <algorithm>
 #include <array>
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/src.hpp>
@@ -37,42 +38,60 @@ Json decimal(std::string_view texte, Erreur& e) {
   return exact;
 }
 
-/// Builds a document. The containers that are still open are kept as pointers into it, which stay
-/// valid because a parent grows only once its child is closed.
+/// Whether a double holds the number that the parser converted to `d`; an error when none does.
+bool representable(double d, std::string_view texte, Erreur& e) {
+  if (!(std::abs(d) < 1e308)) decimal(texte, e);  // too close to the limit to trust
+  return !e;
+}
+
+/// Builds a document, of the wanted members alone when they are named. The containers that are still open are
+/// kept as pointers into it, which stay valid because a parent grows only once its child is closed.
 class Batisseur : public Gestionnaire {
  public:
   Json racine;
 
   // Written out, so that `ouverts_` is not zeroed for every document.
-  Batisseur() {}
+  explicit Batisseur(std::span<const std::string_view> voulues) : voulues_(voulues) {}
 
   bool on_object_begin(Erreur&) { return ouvrir(Json::value_t::object); }
   bool on_object_end(std::size_t, Erreur&) { return fermer(); }
   bool on_array_begin(Erreur&) { return ouvrir(Json::value_t::array); }
   bool on_array_end(std::size_t, Erreur&) { return fermer(); }
-  bool on_key_part(Morceau m, std::size_t, Erreur&) { return accumuler(m); }
+  bool on_key_part(Morceau m, std::size_t, Erreur&) { return ecartes_ || accumuler(m); }
   bool on_key(Morceau m, std::size_t, Erreur&) {
-    cle_ = achever(m);
+    if (ecartes_) return true;
+    std::string_view entiere(m.data(), m.size());
+    if (!partiel_.empty()) {
+      accumuler(m);
+      entiere = partiel_;
+    }
+    if (voulues_.empty() || std::ranges::binary_search(voulues_, entiere))
+      cle_ = entiere;
+    else
+      ecartes_ = 1;
+    partiel_.clear();
     return true;
   }
-  bool on_string_part(Morceau m, std::size_t, Erreur&) { return accumuler(m); }
+  bool on_string_part(Morceau m, std::size_t, Erreur&) { return ecartes_ || accumuler(m); }
   bool on_string(Morceau m, std::size_t, Erreur&) {
-    poser(Json(achever(m)));
+    if (!ecarter()) poser(Json(achever(m)));
     return true;
   }
   bool on_number_part(Morceau m, Erreur&) { return accumuler(m); }
   bool on_int64(std::int64_t n, Morceau, Erreur&) { return nombre(n); }
   bool on_uint64(std::uint64_t n, Morceau, Erreur&) { return nombre(n); }
-  bool on_double(double, Morceau m, Erreur& e) {
-    poser(decimal(achever(m), e));
+  bool on_double(double d, Morceau m, Erreur& e) {
+    const std::string texte = achever(m);
+    if (ecarter()) return representable(d, texte, e);
+    poser(decimal(texte, e));
     return !e;
   }
   bool on_bool(bool b, Erreur&) {
-    poser(Json(b));
+    if (!ecarter()) poser(Json(b));
     return true;
   }
   bool on_null(Erreur&) {
-    poser(Json(nullptr));
+    if (!ecarter()) poser(Json(nullptr));
     return true;
   }
 
@@ -90,8 +109,13 @@ class Batisseur : public Gestionnaire {
   template <class Entier>
   bool nombre(Entier n) {
     partiel_.clear();
-    poser(Json(n));
+    if (!ecarter()) poser(Json(n));
     return true;
+  }
+  /// Whether the value that was just read is of no use.
+  bool ecarter() {
+    if (ecartes_ > 1) return true;
+    return std::exchange(ecartes_, 0) == 1;
   }
   Json* poser(Json valeur) {
     if (profondeur_ == 0) return &(racine = std::move(valeur));
@@ -102,17 +126,26 @@ class Batisseur : public Gestionnaire {
                 .first->second;
   }
   bool ouvrir(Json::value_t genre) {
+    if (ecartes_) {
+      ++ecartes_;
+      return true;
+    }
     Json* conteneur = poser(Json(genre));
     ouverts_[profondeur_++] = conteneur;
     return true;
   }
   bool fermer() {
-    --profondeur_;
+    if (!ecartes_)
+      --profondeur_;
+    else if (--ecartes_ == 1)
+      ecartes_ = 0;
     return true;
   }
 
   std::array<Json*, LectureJSON::profondeurMax> ouverts_;  // the parser refuses to go deeper
   std::size_t profondeur_ = 0;
+  std::span<const std::string_view> voulues_;
+  std::size_t ecartes_ = 0;  ///< within an unwanted member: one, and one more for each container open there
   std::string cle_;
   std::string partiel_;
 };
@@ -144,8 +177,7 @@ class ChercheurBooleen : public Gestionnaire {
   bool on_int64(std::int64_t, Morceau, Erreur&) { return autre(); }
   bool on_uint64(std::uint64_t, Morceau, Erreur&) { return autre(); }
   bool on_double(double d, Morceau m, Erreur& e) {
-    if (!(std::abs(d) < 1e308)) decimal({m.data(), m.size()}, e);  // too close to the limit to trust
-    return !e && autre();
+    return representable(d, {m.data(), m.size()}, e) && autre();
   }
   bool on_bool(bool b, Erreur&) {
     if (enTete() && attendue_) trouve = b;
@@ -192,20 +224,22 @@ bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) 
   return !erreur && analyseur.done() && lus == texte.size();
 }
 
-}  // namespace
-
-namespace LectureJSON {
-
-std::optional<Json> valeur(std::string_view texte) {
-  boost::json::basic_parser<Batisseur> analyseur(options());
+std::optional<Json> document(std::string_view texte, std::span<const std::string_view> cles) {
+  boost::json::basic_parser<Batisseur> analyseur(options(), cles);
   if (!parcourir(analyseur, texte)) return std::nullopt;
   return std::move(analyseur.handler().racine);
 }
 
-std::optional<Json> objet(std::string_view texte) {
-  auto document = valeur(texte);
-  if (document && !document->is_object()) document.reset();
-  return document;
+}  // namespace
+
+namespace LectureJSON {
+
+std::optional<Json> valeur(std::string_view texte) { return document(texte, {}); }
+
+std::optional<Json> objet(std::string_view texte, std::span<const std::string_view> cles) {
+  auto lu = document(texte, cles);
+  if (lu && !lu->is_object()) lu.reset();
+  return lu;
 }
 
 BooleenDeTete booleenDeTete(std::string_view texte, std::string_view cle) {
