@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Reseau/ConnexionInterne.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -202,7 +203,7 @@ ClientHTTP::~ClientHTTP() = default;
 std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
   const auto debut = Horloge::now();
   for (const EnteteHTTP& entete : requete.entetes)
-    if (porteControle(entete.valeur)) return std::nullopt;
+    if (Texte::porteControle(entete.valeur)) return std::nullopt;
 
   try {
     auto liaison = std::move(gardee_);

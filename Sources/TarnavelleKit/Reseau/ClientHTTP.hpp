@@ -9,21 +9,10 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
+
+#include "Socle/RequeteHTTP.hpp"
 
 namespace tarnavelle {
-
-struct EnteteHTTP {
-  std::string nom;
-  std::string valeur;
-};
-
-struct RequeteHTTP {
-  std::string methode;
-  std::string url;                  ///< absolute, http or https
-  std::vector<EnteteHTTP> entetes;  ///< beside Host and Content-Length, which the client writes
-  std::string corps;
-};
 
 struct ReponseHTTP {
   int statut = 0;

@@ -6,6 +6,7 @@
 #include <boost/url/url_view.hpp>
 
 #include "Reseau/ConnexionInterne.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle::interne {
 namespace {
@@ -48,16 +49,6 @@ ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
 
 }  // namespace
 
-bool porteControle(std::string_view texte) {
-  for (std::size_t i = 0; i < texte.size(); ++i) {
-    const auto c = static_cast<unsigned char>(texte[i]);
-    if (c < 0x20 || c == 0x7F) return true;
-    // C1, as the UTF-8 of U+0080 to U+009F.
-    if (c == 0xC2 && i + 1 < texte.size() && static_cast<unsigned char>(texte[i + 1]) < 0xA0) return true;
-  }
-  return false;
-}
-
 std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view protocole) {
   const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
   if (!url || url->encoded_host().empty()) return std::nullopt;
@@ -68,7 +59,7 @@ std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view 
   if (!url->port().empty() && url->port_number() == 0) return std::nullopt;  // zero or beyond 65535
   const std::uint16_t usuel = tls ? 443 : 80;
   std::string hote(url->host_address());
-  if (porteControle(hote)) return std::nullopt;  // a percent-encoded NUL would name another host
+  if (Texte::porteControle(hote)) return std::nullopt;  // a percent-encoded NUL would name another host
   const std::string chemin(url->encoded_target());
   return Adresse{.tls = tls,
                  .hote = std::move(hote),

@@ -23,16 +23,13 @@
 #include <string_view>
 #include <utility>
 
-#include "Reseau/ErreurReseau.hpp"
+#include "Socle/ErreurReseau.hpp"
 
 namespace tarnavelle::interne {
 
 namespace asio = boost::asio;
 using asio::ip::tcp;
 using Erreur = boost::system::error_code;
-
-/// Whether the text holds a C0 or C1 control character: no header value may.
-bool porteControle(std::string_view texte);
 
 /// Where a URL leads.
 struct Adresse {

@@ -234,6 +234,16 @@ std::string tronquer(std::string_view texte, std::size_t maximum) {
   return resultat;
 }
 
+bool porteControle(std::string_view texte) {
+  for (std::size_t i = 0; i < texte.size(); ++i) {
+    const auto c = static_cast<unsigned char>(texte[i]);
+    if (c < 0x20 || c == 0x7F) return true;
+    // C1, as the UTF-8 of U+0080 to U+009F.
+    if (c == 0xC2 && i + 1 < texte.size() && static_cast<unsigned char>(texte[i + 1]) < 0xA0) return true;
+  }
+  return false;
+}
+
 std::size_t longueurSequence(std::string_view octets) {
   if (octets.empty()) return 0;
   const Point p = premier(octets);

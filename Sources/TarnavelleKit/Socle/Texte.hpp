@@ -45,6 +45,9 @@ std::string_view derniers(std::string_view texte, std::size_t maximum);
 /// The first `maximum` user-perceived characters, followed by "…" only when something was cut.
 std::string tronquer(std::string_view texte, std::size_t maximum);
 
+/// Whether the text holds a control character, C0 or C1 (U+0000 to U+001F, U+007F to U+009F).
+bool porteControle(std::string_view texte);
+
 /// Whether the bytes are well-formed UTF-8 (RFC 3629: no surrogates, no overlong forms).
 bool utf8Valide(std::string_view octets);
 

@@ -1,4 +1,4 @@
-#include "Reseau/ErreurReseau.hpp"
+#include "Socle/ErreurReseau.hpp"
 
 namespace tarnavelle {
 

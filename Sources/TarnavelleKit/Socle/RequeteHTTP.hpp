@@ -1,0 +1,29 @@
+// A request as its maker hands it to whoever sends it: a plain record, for those who know what to ask and
+// nothing of the network. `Reseau` holds the clients.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace tarnavelle {
+
+struct EnteteHTTP {
+  std::string nom;
+  std::string valeur;  ///< without control characters: clients send nothing otherwise
+
+  bool operator==(const EnteteHTTP&) const = default;
+};
+
+struct RequeteHTTP {
+  std::string methode;
+  std::string url;                  ///< absolute
+  std::vector<EnteteHTTP> entetes;  ///< beside those that the client writes: Host, Content-Length
+  std::string corps;
+  /// Longest silence of the peer, for a client that has no bounds of its own.
+  std::chrono::milliseconds delai = std::chrono::seconds(60);
+
+  bool operator==(const RequeteHTTP&) const = default;
+};
+
+}  // namespace tarnavelle
