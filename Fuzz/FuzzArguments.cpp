@@ -17,9 +17,9 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   exiger(CommandeControle::decoder(nom, arguments).cas.index() == commande.cas.index());
 
   for (const auto& piece : CommandeControle::listeTextes("noms", arguments)) exiger(!piece.empty());
-  const bool lu = RealtimeFrame::booleen("valider", arguments, false);
-  exiger(!lu || RealtimeFrame::booleen("valider", arguments, true));
+  const bool lu = CommandeControle::booleen("valider", arguments, false);
+  exiger(!lu || CommandeControle::booleen("valider", arguments, true));
   (void)CommandeControle::entier("limite", arguments, 5);
-  (void)RealtimeFrame::texte("texte", arguments);
+  (void)CommandeControle::texte("texte", arguments);
   return 0;
 }

@@ -215,7 +215,7 @@ TEST(CommandeControle, LectureDUneListe) {
   EXPECT_EQ(C::listeTextes("noms", "Mal,Zoe"), std::vector<std::string>{});
 }
 
-TEST(RealtimeFrame, LectureDUnBooleen) {
+TEST(CommandeControle, LectureDUnBooleen) {
   struct {
     const char* valeur;
     bool siFaux;  ///< what is read when the default is false
@@ -231,13 +231,13 @@ TEST(RealtimeFrame, LectureDUnBooleen) {
   };
   for (const auto& c : cas) {
     const auto arguments = std::string(R"({"b":)") + c.valeur + "}";
-    EXPECT_EQ(RealtimeFrame::booleen("b", arguments, false), c.siFaux) << c.valeur;
-    EXPECT_EQ(RealtimeFrame::booleen("b", arguments, true), c.siVrai) << c.valeur;
+    EXPECT_EQ(C::booleen("b", arguments, false), c.siFaux) << c.valeur;
+    EXPECT_EQ(C::booleen("b", arguments, true), c.siVrai) << c.valeur;
   }
-  EXPECT_TRUE(RealtimeFrame::booleen("b", "ok", true));
+  EXPECT_TRUE(C::booleen("b", "ok", true));
 }
 
-TEST(RealtimeFrame, LectureDUnTexte) {
+TEST(CommandeControle, LectureDUnTexte) {
   struct {
     const char* valeur;
     std::string attendu;
@@ -250,7 +250,7 @@ TEST(RealtimeFrame, LectureDUnTexte) {
       {R"(["x"])", ""},
   };
   for (const auto& c : cas)
-    EXPECT_EQ(RealtimeFrame::texte("t", std::string(R"({"t":)") + c.valeur + "}"), c.attendu) << c.valeur;
+    EXPECT_EQ(C::texte("t", std::string(R"({"t":)") + c.valeur + "}"), c.attendu) << c.valeur;
 }
 
 }  // namespace

@@ -69,11 +69,11 @@ std::int64_t CommandeControle::entier(std::string_view cle, std::string_view arg
   return Champ::entier(arguments(argsJSON), cle, defaut);
 }
 
-std::string RealtimeFrame::texte(std::string_view cle, std::string_view argsJSON) {
+std::string CommandeControle::texte(std::string_view cle, std::string_view argsJSON) {
   return Champ::texte(arguments(argsJSON), cle);
 }
 
-bool RealtimeFrame::booleen(std::string_view cle, std::string_view argsJSON, bool defaut) {
+bool CommandeControle::booleen(std::string_view cle, std::string_view argsJSON, bool defaut) {
   return Champ::booleen(arguments(argsJSON), cle, defaut);
 }
 

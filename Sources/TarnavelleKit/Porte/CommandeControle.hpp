@@ -215,12 +215,8 @@ struct CommandeControle {
   /// One argument of a call given as JSON text: the readers of `Champ`, parsing the text each time.
   static std::vector<std::string> listeTextes(std::string_view cle, std::string_view argsJSON);
   static std::int64_t entier(std::string_view cle, std::string_view argsJSON, std::int64_t defaut);
+  static std::string texte(std::string_view cle, std::string_view argsJSON);
+  static bool booleen(std::string_view cle, std::string_view argsJSON, bool defaut);
 };
-
-/// The readers of one text or boolean argument of a call given as JSON text, shared with the voice.
-namespace RealtimeFrame {
-std::string texte(std::string_view cle, std::string_view argsJSON);
-bool booleen(std::string_view cle, std::string_view argsJSON, bool defaut);
-}  // namespace RealtimeFrame
 
 }  // namespace tarnavelle

@@ -1,0 +1,38 @@
+// Calendar dates: the day an instant falls on where the user is, and date-times written in ISO 8601.
+// Pure functions, but for the time zone of `Calendrier::local`; safe from any thread.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarnavelle {
+
+/// The Gregorian calendar in one time zone.
+struct Calendrier {
+  /// How far local time is ahead of UTC at an instant.
+  std::function<std::chrono::seconds(std::chrono::sys_seconds)> avance;
+
+  /// The process's time zone, as it is at each question.
+  static Calendrier local();
+
+  /// The local day, written year-month-day with zero padding: "2026-03-09".
+  std::string jour(std::chrono::system_clock::time_point date) const;
+};
+
+namespace Date {
+
+/// Wide enough for any year that ISO 8601 writes.
+using Instant = std::chrono::sys_time<std::chrono::milliseconds>;
+
+/// Reads a whole text such as "2026-03-09T12:34:56Z" or "2026-03-09T12:34:56.789+02:00" (RFC 3339):
+/// "T", "t" or a space between date and time, "." or "," before a fraction of any length (cut to
+/// milliseconds), "Z", "z" or a mandatory offset ±hh:mm, ±hhmm or ±hh. Nothing else: no white space
+/// around it, no day that does not exist, no hour 24, no leap second.
+std::optional<Instant> lireISO(std::string_view texte);
+
+}  // namespace Date
+
+}  // namespace tarnavelle
