@@ -118,6 +118,48 @@ TEST(CommandeControle, Decodage) {
     EXPECT_TRUE(C::decoder(c.action, c.arguments) == c.attendue) << c.action << " " << c.arguments;
 }
 
+TEST(CommandeControle, ChargeDUneLigneDeCommande) {
+  struct {
+    const char* verbe;
+    MotsCLI mots;
+    const char* charge;
+  } const cas[] = {
+      {"souffler",
+       {{"Merlin", "bonjour", "surplus"}, {}, {}},
+       R"({"action":"souffler","agent":"Merlin","texte":"bonjour"})"},
+      // A required text is served before an optional one that stands, or has its words, ahead of it.
+      {"dicter", {{"lance"}, {}, {}}, R"({"action":"dicter","texte":"lance"})"},
+      {"bloque", {{"r", "Merlin"}, {}, {}}, R"({"action":"bloque","raison":"r","agent":"Merlin"})"},
+      {"souffler",
+       {{"bonjour"}, {{"agent", "A"}}, {}},
+       R"({"action":"souffler","agent":"A","texte":"bonjour"})"},
+      {" Lire-Terminal",
+       {{"Merlin"}, {}, {"depuis-prompt"}},
+       R"({"action":"lire_terminal","agent":"Merlin","depuis_prompt":true})"},
+      {"diffuser",
+       {{"t"}, {}, {"scene_seulement"}},
+       R"({"action":"diffuser","texte":"t","scene_seulement":true})"},
+      {"type", {{}, {{"valider", "FALSE"}}, {"valider"}}, R"({"action":"dicter","valider":false})"},
+      {"type", {{}, {{"valider", "non"}}, {}}, R"({"action":"dicter","valider":true})"},
+      {"wait",
+       {{"M"}, {{"timeout_s", "-3"}, {"timeout-s", "9"}, {"jusqu-a", ""}}, {}},
+       R"({"action":"attendre","agent":"M","jusqu_a":"","timeout_s":"-3"})"},
+      {"capture", {{}, {{"TIMEOUT", "1"}}, {"cible", "inconnu"}}, R"({"action":"capture"})"},
+      {"taches", {{"a"}, {}, {}}, R"({"action":"taches"})"},
+      {"Ouvre-Tout", {{"a"}, {{"b", "c"}}, {"d"}}, R"({"action":"ouvre_tout"})"},
+  };
+  for (const auto& c : cas) EXPECT_EQ(C::chargeGenerique(c.verbe, c.mots), Json::parse(c.charge)) << c.verbe;
+}
+
+TEST(CommandeControle, DrapeauxDUnVerbe) {
+  using Noms = std::set<std::string, std::less<>>;
+  const std::pair<const char*, Noms> cas[] = {{"capture", {"inline"}},
+                                              {"Read-Terminal", {"depuis_prompt", "depuis-prompt"}},
+                                              {"etat", {}},
+                                              {"ouvre_tout", {}}};
+  for (const auto& [verbe, noms] : cas) EXPECT_EQ(C::drapeauxBooleens(verbe), noms) << verbe;
+}
+
 // Whatever a model or the network sends as arguments, every field takes its default.
 TEST(CommandeControle, ArgumentsIllisibles) {
   const std::string profond(LectureJSON::profondeurMax + 1, '[');

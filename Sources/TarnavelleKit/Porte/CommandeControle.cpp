@@ -61,6 +61,19 @@ CommandeControle CommandeControle::decoderObjet(std::string_view action, const J
   return {inconnue{std::string(Texte::rogner(action))}};
 }
 
+Json CommandeControle::chargeGenerique(std::string_view verbe, const MotsCLI& mots) {
+  const std::string nom = canonique(verbe);
+  const OutilVoix* connu = outil(nom);
+  Json charge = connu ? connu->arguments(mots) : Json::object();
+  charge["action"] = nom;
+  return charge;
+}
+
+std::set<std::string, std::less<>> CommandeControle::drapeauxBooleens(std::string_view verbe) {
+  const OutilVoix* connu = outil(canonique(verbe));
+  return connu ? connu->drapeauxBooleens() : std::set<std::string, std::less<>>{};
+}
+
 std::vector<std::string> CommandeControle::listeTextes(std::string_view cle, std::string_view argsJSON) {
   return Champ::liste(arguments(argsJSON), cle);
 }

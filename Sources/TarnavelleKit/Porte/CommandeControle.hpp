@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -211,6 +212,13 @@ struct CommandeControle {
   /// The same from arguments already parsed; anything but an object reads as an empty one. Not an
   /// overload: a text converts to both parameters.
   static CommandeControle decoderObjet(std::string_view action, const Json& arguments);
+
+  /// The body that a command line posts: "action", then the verb's arguments. An unknown verb has no
+  /// arguments: the door will answer for it.
+  static Json chargeGenerique(std::string_view verbe, const MotsCLI& mots);
+
+  /// The options of the verb that a command line takes without a value; none for an unknown verb.
+  static std::set<std::string, std::less<>> drapeauxBooleens(std::string_view verbe);
 
   /// One argument of a call given as JSON text: the readers of `Champ`, parsing the text each time.
   static std::vector<std::string> listeTextes(std::string_view cle, std::string_view argsJSON);
