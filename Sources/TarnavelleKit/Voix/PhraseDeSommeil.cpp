@@ -1,0 +1,26 @@
+#include "Voix/PhraseDeSommeil.hpp"
+
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle::PhraseDeSommeil {
+
+const std::set<std::string, std::less<>>& corpusNormalise() {
+  static const auto normalise = [] {
+    std::set<std::string, std::less<>> phrases;
+    for (const auto phrase : corpus) phrases.insert(normaliser(phrase));
+    return phrases;
+  }();
+  return normalise;
+}
+
+std::string normaliser(std::string_view texte) {
+  const std::string plie = Texte::minuscules(Texte::sansAccents(texte));
+  std::string resultat;
+  for (const auto suite : Texte::suitesDeLettres(plie))
+    resultat.append(resultat.empty() ? "" : " ").append(suite);
+  return resultat;
+}
+
+bool correspond(std::string_view texte) { return corpusNormalise().contains(normaliser(texte)); }
+
+}  // namespace tarnavelle::PhraseDeSommeil
