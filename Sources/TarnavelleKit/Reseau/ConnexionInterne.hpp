@@ -11,9 +11,6 @@
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/stream.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core/role.hpp>
-#include <boost/beast/websocket/ssl.hpp>
-#include <boost/beast/websocket/teardown.hpp>
 #include <boost/system/system_error.hpp>
 #include <chrono>
 #include <cstdint>
@@ -103,14 +100,13 @@ class Connexion {
       clair_.async_write_some(tampons, std::forward<Suite>(suite));
   }
 
-  /// How Beast ends a WebSocket's connection.
-  template <class Suite>
-  friend void async_teardown(boost::beast::role_type role, Connexion& connexion, Suite&& suite) {
-    using boost::beast::websocket::async_teardown;
-    if (connexion.chiffre_)
-      async_teardown(role, *connexion.chiffre_, std::forward<Suite>(suite));
+  /// Calls with the stream that is spoken over: the socket, or TLS over it.
+  template <class Action>
+  void surFlux(Action action) {
+    if (chiffre_)
+      action(*chiffre_);
     else
-      async_teardown(role, connexion.clair_, std::forward<Suite>(suite));
+      action(clair_);
   }
 
  private:
