@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include "Attente.hpp"
+#include "Socle/Attente.hpp"
 
 namespace tarnavelle {
 

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 #include "DossierTemporaire.hpp"
@@ -55,6 +57,30 @@ TEST(Fichiers, CeQuiNEstPasUnFichier) {
         dossier.chemin() / "f" / "f", std::filesystem::path("/dev/zero"), std::filesystem::path()})
     EXPECT_EQ(lireFichier(chemin, 100), std::nullopt) << chemin;
   EXPECT_EQ(lireFichier(dossier.chemin() / "lien", 100), "x");
+}
+
+TEST(Fichiers, EcriturePrivee) {
+  const DossierTemporaire dossier;
+  const auto cible = dossier.ecrire("cible", "intacte");
+  const auto ancien = dossier.ecrire("ancien", "long contenu précédent");
+  std::filesystem::permissions(ancien, std::filesystem::perms::all);
+  std::filesystem::create_symlink("cible", dossier.chemin() / "lien");
+  std::filesystem::create_directory(dossier.chemin() / "dossier");
+  for (const char* nom : {"neuf", "ancien", "lien"}) {
+    const auto chemin = dossier.chemin() / nom;
+    EXPECT_TRUE(ecrireFichierPrive(chemin, "un\0deux"s)) << nom;
+    EXPECT_EQ(lireFichier(chemin, 100), "un\0deux"s) << nom;
+    struct stat etat {};
+    ASSERT_EQ(::lstat(chemin.c_str(), &etat), 0) << nom;
+    EXPECT_EQ(etat.st_mode, mode_t{S_IFREG | 0600}) << nom;
+  }
+  EXPECT_EQ(lireFichier(cible, 100), "intacte");
+  for (const char* nom : {"dossier", "absent/f", "cible/f", ""}) {
+    EXPECT_FALSE(ecrireFichierPrive(nom[0] ? dossier.chemin() / nom : nom, "x")) << nom;
+    EXPECT_NE(errno, 0) << nom;
+  }
+  // No temporary file is left.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dossier.chemin()), {}), 5);
 }
 
 TEST(Environnement, ValeurRognee) {

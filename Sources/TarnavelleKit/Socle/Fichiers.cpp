@@ -1,13 +1,18 @@
 #include "Socle/Fichiers.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pwd.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
+
+#include "Socle/Attente.hpp"
 
 #if defined(__APPLE__)
 #include <sysdir.h>
@@ -51,6 +56,28 @@ std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std:
   }
   ::close(fd);
   return contenu;
+}
+
+bool ecrireTout(int descripteur, std::string_view octets) {
+  while (!octets.empty()) {
+    const auto ecrits = ::write(descripteur, octets.data(), octets.size());
+    if (ecrits < 0 && (errno == EINTR || attendreSiOccupe(descripteur, POLLOUT))) continue;
+    if (ecrits <= 0) return false;
+    octets.remove_prefix(static_cast<std::size_t>(ecrits));
+  }
+  return true;
+}
+
+bool ecrireFichierPrive(const std::filesystem::path& chemin, std::string_view contenu) {
+  std::string provisoire = chemin.string() + ".XXXXXX";
+  const int fd = ::mkostemp(provisoire.data(), O_CLOEXEC);  // a new file, 0600
+  if (fd < 0) return false;
+  const bool ecrit = ecrireTout(fd, contenu) && ::fsync(fd) == 0;
+  if (::close(fd) == 0 && ecrit && ::rename(provisoire.c_str(), chemin.c_str()) == 0) return true;
+  const int erreur = errno;
+  ::unlink(provisoire.c_str());
+  errno = erreur;
+  return false;
 }
 
 bool fichierExecutable(const std::filesystem::path& chemin) {

@@ -1,10 +1,11 @@
-// Reading whole files, telling executable ones, and finding the user's folders.
+// Reading and writing whole files, telling executable ones, and finding the user's folders.
 #pragma once
 
 #include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Socle/Environnement.hpp"
 
@@ -12,6 +13,14 @@ namespace tarnavelle {
 
 /// The file's bytes; nothing when it cannot be read, is not a regular file or exceeds `tailleMax` bytes.
 std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std::size_t tailleMax);
+
+/// Writes every byte to a descriptor, waiting for one that is non-blocking; false once a write fails.
+bool ecrireTout(int descripteur, std::string_view octets);
+
+/// Puts a file with that content at that path, in one step, readable by its owner alone (0600): a reader
+/// finds the old file or the new one, whole. A link at that path is replaced, never followed. False, with
+/// nothing changed, when that cannot be done; the folder must be there.
+bool ecrireFichierPrive(const std::filesystem::path& chemin, std::string_view contenu);
 
 /// Whether a regular file that this user may execute stands at that path, links followed.
 bool fichierExecutable(const std::filesystem::path& chemin);
