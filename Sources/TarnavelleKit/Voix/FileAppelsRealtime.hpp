@@ -23,8 +23,8 @@ struct FileAppelsRealtime {
   static constexpr std::string_view sortieAbandon =
       "interrompu — n'attends pas ce résultat, réponds à ce qui vient d'être dit.";
 
-  std::optional<Appel> courant;  ///< being executed
-  std::deque<Appel> attente;
+  std::optional<Appel> courant = {};  ///< being executed
+  std::deque<Appel> attente = {};
   std::int64_t executes = 0;  ///< calls finished
 
   bool operator==(const FileAppelsRealtime&) const = default;
