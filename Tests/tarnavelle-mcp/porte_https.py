@@ -15,22 +15,10 @@ import sys
 import tempfile
 import threading
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
+from autorite import fabriquer
+
 REFUS = '{"error":"La porte n\'a pas répondu (HTTP -1).","ok":false}'
-
-
-def openssl(*mots, dossier):
-    subprocess.run(["openssl", *mots], cwd=dossier, check=True, capture_output=True)
-
-
-def fabriquer(dossier):
-    openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2",
-            "-subj", "/CN=Autorite d'essai", "-keyout", "ca.key", "-out", "ca.pem", dossier=dossier)
-    for nom in ("localhost", "ailleurs.example"):
-        openssl("req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-subj", f"/CN={nom}",
-                "-keyout", f"{nom}.key", "-out", f"{nom}.csr", dossier=dossier)
-        (dossier / "ext").write_text(f"subjectAltName=DNS:{nom}\n")
-        openssl("x509", "-req", "-in", f"{nom}.csr", "-CA", "ca.pem", "-CAkey", "ca.key", "-CAcreateserial",
-                "-days", "2", "-extfile", "ext", "-out", f"{nom}.pem", dossier=dossier)
 
 
 class Porte(http.server.BaseHTTPRequestHandler):
