@@ -64,7 +64,7 @@ Json OutilVoix::arguments(const MotsCLI& mots) const {
     else if (!booleen)
       ouverts.push_back(&p);
   }
-  std::ranges::stable_partition(ouverts, [](const ParamVoix* p) { return p->requis; });
+  std::stable_partition(ouverts.begin(), ouverts.end(), [](const ParamVoix* p) { return p->requis; });
   for (std::size_t i = 0; i < ouverts.size() && i < mots.positionnels.size(); ++i)
     charge[ouverts[i]->nom] = mots.positionnels[i];
   return charge;
