@@ -9,9 +9,6 @@
 namespace tarnavelle {
 namespace {
 
-constexpr std::string_view porteIntrouvable =
-    "Porte introuvable : l'app Tarnavelle tourne-t-elle, la porte de commande est-elle ouverte ?";
-
 /// The member when it is an object, taken out of its parent; else an empty object.
 Json prendreObjet(Json& parent, std::string_view cle) {
   const auto membre = parent.find(cle);

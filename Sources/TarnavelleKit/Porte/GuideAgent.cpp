@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Porte/CommandeControle.hpp"
+#include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 
 namespace tarnavelle::GuideAgent {
@@ -28,8 +29,7 @@ Contexte Contexte::depuisEnvironnement(const Variables& environnement, Defauts d
              .scene = lire("TARNAVELLE_SCENE"),
              .cheminGuide = lire("TARNAVELLE_AGENT_GUIDE"),
              .cheminConfigMCP = lire("TARNAVELLE_MCP_CONFIG")};
-  constexpr std::string_view suffixe = "/action";
-  if (c.urlControle.ends_with(suffixe)) c.urlControle.resize(c.urlControle.size() - suffixe.size());
+  c.urlControle.resize(PorteControle::urlBase(c.urlControle).size());
   return c;
 }
 
@@ -92,24 +92,33 @@ std::string sectionMCP(const Contexte& contexte) {
   return texte + ligneOutil(PorteMCP::outilGuide());
 }
 
+const std::vector<std::string_view>& exemplesCLI() {
+  static const std::vector<std::string_view> exemples = {
+      "etat --json",
+      "focus Merlin",
+      "dicter \"lance les tests\" --agent Milan",
+      "lire_terminal Merlin --depuis-prompt",
+      "attendre Merlin --jusqu-a fini --timeout-s 120",
+      "shell \"npm test\"",
+      "ouvrir_web example.com",
+      "ouvrir_web ./rapport.html",
+      "capture --chemin /tmp/canvas.png",
+      "retiens \"le port dev est 5173\"",
+      "rappelle port --limite 3",
+      "fini --note \"lot C livré\"",
+      "bloque \"il me faut le mot de passe staging\"",
+  };
+  return exemples;
+}
+
 std::string sectionRepliCLI() {
+  std::string exemples;
+  for (const auto exemple : exemplesCLI()) exemples.append("- `$TARNAVELLECTL ").append(exemple).append("`\n");
   return "## Repli CLI\n\n"
          "Sans outils MCP (gemini, grok, un simple shell), tout passe par `$TARNAVELLECTL` — les mêmes verbes, "
          "les "
-         "mêmes arguments, la sortie humaine par défaut et `--json` pour le corps brut :\n\n"
-         "- `$TARNAVELLECTL etat --json`\n"
-         "- `$TARNAVELLECTL focus Merlin`\n"
-         "- `$TARNAVELLECTL dicter \"lance les tests\" --agent Milan`\n"
-         "- `$TARNAVELLECTL lire_terminal Merlin --depuis-prompt`\n"
-         "- `$TARNAVELLECTL attendre Merlin --jusqu-a fini --timeout-s 120`\n"
-         "- `$TARNAVELLECTL shell \"npm test\"`\n"
-         "- `$TARNAVELLECTL ouvrir_web example.com`\n"
-         "- `$TARNAVELLECTL ouvrir_web ./rapport.html`\n"
-         "- `$TARNAVELLECTL capture --chemin /tmp/canvas.png`\n"
-         "- `$TARNAVELLECTL retiens \"le port dev est 5173\"`\n"
-         "- `$TARNAVELLECTL rappelle port --limite 3`\n"
-         "- `$TARNAVELLECTL fini --note \"lot C livré\"`\n"
-         "- `$TARNAVELLECTL bloque \"il me faut le mot de passe staging\"`\n"
+         "mêmes arguments, la sortie humaine par défaut et `--json` pour le corps brut :\n\n" +
+         exemples +
          "\n`$TARNAVELLECTL --help` liste TOUS les verbes, générés depuis la même table que les outils "
          "ci-dessus. Le "
          "code de sortie est ≠ 0 dès que la porte refuse : de quoi enchaîner dans un script.\n";

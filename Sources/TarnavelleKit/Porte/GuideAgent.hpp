@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Socle/Environnement.hpp"
 
@@ -35,6 +36,9 @@ std::string markdown(const Contexte& contexte);
 
 /// File name of a guide kept for one session.
 std::string nomFichier(std::string_view session);
+
+/// Examples of the command-line client's use, each the words that follow its name.
+const std::vector<std::string_view>& exemplesCLI();
 
 /// The sections of the document, each ending with a line feed.
 std::string enTete(const Contexte& contexte);

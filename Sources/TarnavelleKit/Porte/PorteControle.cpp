@@ -11,6 +11,8 @@ namespace {
 /// Far above any endpoint file; keeps a wrong file from being read whole.
 constexpr std::size_t tailleEndpointMax = 64 * 1024;
 
+constexpr std::string_view cheminAction = "/action";
+
 bool urlComplete(std::string_view texte) {
   const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
   if (!url || url->encoded_host().empty()) return false;
@@ -20,10 +22,10 @@ bool urlComplete(std::string_view texte) {
 }
 
 std::string urlAction(std::string_view base) {
-  if (base.ends_with("/action")) return std::string(base);
+  if (base.ends_with(cheminAction)) return std::string(base);
   while (base.starts_with('/')) base.remove_prefix(1);
   while (base.ends_with('/')) base.remove_suffix(1);
-  return std::string(base) + "/action";
+  return std::string(base).append(cheminAction);
 }
 
 std::optional<std::int64_t> entierExact(const Json* membre) {
@@ -51,6 +53,11 @@ Json EndpointPorte::json() const { return {{"host", host}, {"pid", pid}, {"port"
 std::string EndpointPorte::url() const { return "http://" + host + ":" + std::to_string(port) + "/action"; }
 
 namespace PorteControle {
+
+std::string_view urlBase(std::string_view url) {
+  if (url.ends_with(cheminAction)) url.remove_suffix(cheminAction.size());
+  return url;
+}
 
 std::filesystem::path dossierSupport(const Variables& environnement) {
   return dossierApplicationSupport(environnement) / "Tarnavelle";

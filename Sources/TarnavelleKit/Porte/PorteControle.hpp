@@ -31,6 +31,10 @@ struct EndpointPorte {
   std::string url() const;
 };
 
+/// What the caller of a door that cannot be found is told.
+inline constexpr std::string_view porteIntrouvable =
+    "Porte introuvable : l'app Tarnavelle tourne-t-elle, la porte de commande est-elle ouverte ?";
+
 /// A door that can be called. The token may be empty.
 struct PorteResolue {
   std::string url;  ///< absolute URL of the door's action endpoint
@@ -39,6 +43,9 @@ struct PorteResolue {
 };
 
 namespace PorteControle {
+
+/// The door's base URL: without the "/action" that may end it.
+std::string_view urlBase(std::string_view url);
 
 /// The user's Application Support sub-folder "Tarnavelle"; located, never created. `environnement`
 /// gives HOME where the platform has no such folder of its own.

@@ -53,6 +53,12 @@ const std::set<std::string, std::less<>>& verbesAvecNodeId() {
   return verbes;
 }
 
+void completerAgent(Json& corps, std::string_view nodeId) {
+  nodeId = Texte::rogner(nodeId);
+  if (nodeId.empty() || !verbesAvecNodeId().contains(Champ::texte(corps, "action"))) return;
+  if (Texte::rogner(Champ::texte(corps, "agent")).empty()) corps["agent"] = nodeId;
+}
+
 Json outil(const OutilVoix& outil) {
   return {{"name", std::string(prefixe) + outil.nom},
           {"description", outil.description},
@@ -84,10 +90,7 @@ Json corpsAppel(std::string_view outil, Json arguments) {
 
 Json corpsAppel(std::string_view outil, Json arguments, std::string_view nodeId) {
   Json corps = corpsAppel(outil, std::move(arguments));
-  nodeId = Texte::rogner(nodeId);
-  if (nodeId.empty() || !verbesAvecNodeId().contains(corps["action"].get_ref<const std::string&>()))
-    return corps;
-  if (Texte::rogner(Champ::texte(corps, "agent")).empty()) corps["agent"] = nodeId;
+  completerAgent(corps, nodeId);
   return corps;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Porte/OutilVoix.hpp"
+#include "Porte/Version.hpp"
 #include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::PorteMCP {
@@ -17,7 +18,7 @@ namespace tarnavelle::PorteMCP {
 inline constexpr std::string_view prefixe = "trv_";
 inline constexpr std::string_view versionProtocole = "2024-11-05";
 inline constexpr std::string_view nomServeur = "tarnavelle-mcp";
-inline constexpr std::string_view versionServeur = "1.0.0";
+inline constexpr std::string_view versionServeur = versionTarnavelle;
 
 /// JSON-RPC error codes: the whole set that the bridge produces.
 enum class CodeErreur { illisible = -32700, methodeInconnue = -32601, parametres = -32602 };
@@ -30,6 +31,9 @@ const OutilVoix& outilGuide();
 
 /// The verbs by which an agent declares its own end or blockage.
 const std::set<std::string, std::less<>>& verbesAvecNodeId();
+
+/// Gives `nodeId` as "agent" to a body whose verb declares for its caller and names none.
+void completerAgent(Json& corps, std::string_view nodeId);
 
 /// One MCP tool description: "name", "description", "inputSchema".
 Json outil(const OutilVoix& outil);
@@ -49,7 +53,7 @@ std::string verbe(std::string_view depuisOutil);
 /// The body to post to the door: the arguments plus "action".
 Json corpsAppel(std::string_view outil, Json arguments);
 
-/// The same; a verb that declares for its caller receives `nodeId` as "agent" when it names none.
+/// The same, with `completerAgent`.
 Json corpsAppel(std::string_view outil, Json arguments, std::string_view nodeId);
 
 /// What the agent reads of a tool call.
