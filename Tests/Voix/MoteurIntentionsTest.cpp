@@ -13,35 +13,31 @@ using I = IntentionTarnavelle;
 using Commandes = std::vector<I>;
 namespace M = MoteurIntentions;
 
+// Only the board, the programs and the last block change.
 TEST(MoteurIntentions, Prompt) {
-  const auto vide = M::prompt({}, {}, AdresseVoix::microOuvert);
-  const auto plein = M::prompt({.recit = "SCÈNE « API ».", .nomsAgents = {"Merlin"}}, {"claude", "codex"},
-                               AdresseVoix::pressionTouche);
-  const auto jusqua = [](const std::string& texte, AdresseVoix adresse) {
-    EXPECT_TRUE(texte.ends_with(M::queue(adresse)));
-    return texte.substr(0, texte.size() - M::queue(adresse).size());
-  };
-  // What the two have in common is fixed; what they have not is the board, the programs and the last block.
+  using enum AdresseVoix;
+  const auto vide = M::prompt({}, {}, microOuvert);
+  const auto debut =
+      vide.find(".\n\nRENDS EXACTEMENT CE JSON, sans prose, sans balises de code :\n{\"adressee\": <bool>");
+  ASSERT_NE(debut, vide.npos);
+  const auto regles = vide.substr(debut, vide.size() - debut - M::queue(microOuvert).size());
   const std::string tete =
       "Tu es le MOTEUR D'INTENTIONS de Tarnavelle, un cockpit d'agents de code piloté à la voix. Tu convertis "
       "UNE phrase parlée (déjà transcrite, parfois mal) en commandes du cockpit. Tu ne parles à personne : tu "
       "ne rends que du JSON.\n\nLE PLATEAU, MAINTENANT. ";
-  const std::string debutVide = tete + "Le plateau est vide.\nCLIs d'agents installés : aucun.\n\nRENDS";
-  const std::string debutPlein = tete + "SCÈNE « API ».\nCLIs d'agents installés : claude, codex.\n\nRENDS";
-  ASSERT_TRUE(vide.starts_with(debutVide)) << vide;
-  ASSERT_TRUE(plein.starts_with(debutPlein)) << plein;
-  const auto regles = jusqua(vide, AdresseVoix::microOuvert).substr(debutVide.size());
-  EXPECT_EQ(jusqua(plein, AdresseVoix::pressionTouche).substr(debutPlein.size()), regles);
-
+  EXPECT_EQ(vide, tete + "Le plateau est vide.\nCLIs d'agents installés : aucun" + regles +
+                      std::string(M::queue(microOuvert)));
+  EXPECT_EQ(
+      M::prompt({.recit = "SCÈNE « API ».", .nomsAgents = {"Merlin"}}, {"claude", "codex"}, pressionTouche),
+      tete + "SCÈNE « API ».\nCLIs d'agents installés : claude, codex" + regles +
+          std::string(M::queue(pressionTouche)));
   std::size_t i = 0;
   for (const char* morceau :
-       {" EXACTEMENT CE JSON, sans prose, sans balises de code :\n{\"adressee\": <bool>, ",
-        "Les commandes possibles", "RÈGLES QUI COMPTENT :\n- DICTER EXIGE UNE ADRESSE.",
-        "tu es le microphone, pas l'auteur", "\n- LES NOMS SONT CEUX DU PLATEAU", "\n- PLUSIEURS CONSIGNES",
-        "\n- CE QUI N'A PAS DE COMMANDE DÉDIÉE",
-        "Le repli n'est pas un échec : c'est la porte de l'orchestrateur.", "\n- LES QUESTIONS",
-        "\n- TU N'INVENTES NI CHEMIN, NI URL, NI NOM. Dans le doute, \"repli\".\n- AUCUNE "
-        "prose, AUCUN commentaire, AUCUNE balise ```.\n\n"}) {
+       {"RÈGLES QUI COMPTENT :\n- DICTER EXIGE UNE ADRESSE.", "tu es le microphone, pas l'auteur",
+        "\n- LES NOMS SONT CEUX DU PLATEAU (Merlin, Milan…), JAMAIS le nom du CLI.", "\n- PLUSIEURS CONSIGNES",
+        "Le repli n'est pas un échec : c'est la porte de l'orchestrateur.\n- LES QUESTIONS",
+        "\n- TU N'INVENTES NI CHEMIN, NI URL, NI NOM.",
+        "\n- AUCUNE prose, AUCUN commentaire, AUCUNE balise ```.\n"}) {
     i = regles.find(morceau, i);
     ASSERT_NE(i, regles.npos) << morceau;
   }
