@@ -6,6 +6,7 @@
 #include <boost/url/url_view.hpp>
 
 #include "Reseau/ConnexionInterne.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::interne {
@@ -56,14 +57,16 @@ std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view 
   const scheme clair = boost::urls::string_to_scheme({protocole.data(), protocole.size()});
   const bool tls = url->scheme_id() == (clair == scheme::ws ? scheme::wss : scheme::https);
   if (!tls && url->scheme_id() != clair) return std::nullopt;
-  if (!url->port().empty() && url->port_number() == 0) return std::nullopt;  // zero or beyond 65535
-  const std::uint16_t usuel = tls ? 443 : 80;
+  std::int64_t port = tls ? 443 : 80;
+  if (const auto ecrit = url->port(); !ecrit.empty())  // the parser's own number wraps around
+    port = entierDecimal({ecrit.data(), ecrit.size()}).value_or(0);
+  if (port < 1 || port > 65535) return std::nullopt;
   std::string hote(url->host_address());
   if (Texte::porteControle(hote)) return std::nullopt;  // a percent-encoded NUL would name another host
   const std::string chemin(url->encoded_target());
   return Adresse{.tls = tls,
                  .hote = std::move(hote),
-                 .port = url->port_number() ? url->port_number() : usuel,
+                 .port = static_cast<std::uint16_t>(port),
                  .entete = std::string(url->encoded_host_and_port()),
                  .chemin = chemin.starts_with('/') ? chemin : "/" + chemin};
 }
