@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 namespace tarnavelle {
@@ -75,6 +77,27 @@ TEST(Date, RefuseCeQuiNEnEstPasUne) {
       "2026-03-09T12:34:5" + std::string(100, '6') + "Z",
   };
   for (const auto& texte : cas) EXPECT_FALSE(Date::lireISO(texte)) << texte;
+}
+
+TEST(Date, DepuisSecondes) {
+  constexpr double infini = std::numeric_limits<double>::infinity();
+  struct {
+    double secondes;
+    Date::Instant attendu;
+  } const cas[] = {
+      {0, {}},
+      {1700000000, sys_days(2023y / November / 14) + 22h + 13min + 20s},
+      {1.0005, Date::Instant(1001ms)},
+      {-1.5, Date::Instant(-1500ms)},
+      {9007199254740.0, Date::Instant(9007199254740000ms)},
+      {9223372036854776.0, Date::Instant::max()},
+      {1e300, Date::Instant::max()},
+      {infini, Date::Instant::max()},
+      {-9223372036854776.0, Date::Instant::min()},
+      {-infini, Date::Instant::min()},
+      {std::nan(""), {}},
+  };
+  for (const auto& c : cas) EXPECT_EQ(Date::depuisSecondes(c.secondes), c.attendu) << c.secondes;
 }
 
 TEST(Calendrier, JourLocal) {

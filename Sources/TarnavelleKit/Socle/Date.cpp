@@ -1,5 +1,7 @@
 #include "Socle/Date.hpp"
 
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 
@@ -105,6 +107,14 @@ std::optional<Date::Instant> Date::lireISO(std::string_view texte) {
                             day(static_cast<unsigned>(quantieme))};
   if (!jour.ok()) return std::nullopt;
   return sys_days(jour) + hours(h) + minutes(m) + seconds(s) + fraction - avance;
+}
+
+Date::Instant Date::depuisSecondes(double secondes) {
+  constexpr double borne = 9223372036854775808.0;  // 2^63, the first double that does not fit
+  const double ms = std::round(secondes * 1000);
+  if (ms >= borne) return Instant::max();
+  if (ms < -borne) return Instant::min();
+  return Instant(milliseconds(std::isnan(ms) ? 0 : static_cast<std::int64_t>(ms)));
 }
 
 }  // namespace tarnavelle

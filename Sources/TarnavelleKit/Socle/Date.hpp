@@ -33,6 +33,10 @@ using Instant = std::chrono::sys_time<std::chrono::milliseconds>;
 /// around it, no day that does not exist, no hour 24, no leap second.
 std::optional<Instant> lireISO(std::string_view texte);
 
+/// That many seconds after 1970-01-01 00:00:00 UTC, to the nearest millisecond; the first or last instant
+/// there is when they are out of range, 1970 when they are no number.
+Instant depuisSecondes(double secondes);
+
 }  // namespace Date
 
 }  // namespace tarnavelle
