@@ -1,0 +1,94 @@
+#include "Hermes/AbonnementNtfy.hpp"
+
+#include <algorithm>
+#include <boost/url/parse.hpp>
+#include <boost/url/url.hpp>
+#include <cmath>
+
+#include "Socle/Selon.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle::AbonnementNtfy {
+namespace {
+
+std::string avecSince(const std::string& texte, const std::string& depuis) {
+  const auto lue = boost::urls::parse_uri(texte);
+  if (!lue) return texte;
+  boost::urls::url url(*lue);
+  url.params().append({"since", depuis});
+  return url.buffer();
+}
+
+std::string arrondiEn(double nombre, char unite) {
+  return std::to_string(static_cast<int>(std::ceil(nombre))) + unite;
+}
+
+}  // namespace
+
+bool doitSAbonner(const ReglageNtfy& reglage, bool headless, bool demo) {
+  return !headless && !demo && reglage.urlFlux();
+}
+
+std::optional<RequeteHTTP> requete(const ReglageNtfy& reglage, const std::optional<std::string>& depuis) {
+  auto url = reglage.urlFlux();
+  if (!url) return std::nullopt;
+  if (depuis && !depuis->empty()) url = avecSince(*url, *depuis);
+  RequeteHTTP requete{.methode = "GET",
+                      .url = std::move(*url),
+                      .entetes = {{"Accept", "text/event-stream"}, {"Cache-Control", "no-cache"}},
+                      .corps = "",
+                      .delai = std::chrono::duration_cast<std::chrono::milliseconds>(silenceTolere)};
+  const auto jeton = Texte::rognerBlancs(reglage.jeton);
+  if (!jeton.empty() && !Texte::porteControle(jeton))
+    requete.entetes.push_back({"Authorization", std::string("Bearer ").append(jeton)});
+  return requete;
+}
+
+std::optional<std::string> depuis(std::optional<Secondes> secondesDepuisDernierSigne) {
+  if (!secondesDepuisDernierSigne || !std::isfinite(secondesDepuisDernierSigne->count())) return std::nullopt;
+  const double secondes = secondesDepuisDernierSigne->count();
+  if (secondes < 1) return "1s";
+  if (secondes < 60) return arrondiEn(secondes, 's');
+  return arrondiEn(std::min(secondes, rattrapageMax.count()) / 60, 'm');
+}
+
+Secondes recul(int tentative) { return std::min(Secondes(std::exp2(std::clamp(tentative, 1, 16))), reculMax); }
+
+Verdict verdict(const EchecNtfy& echec, int tentative, bool dejaRepris) {
+  const Verdict plusTard{Verdict::reprendre{recul(tentative), true}};
+  return std::visit(
+      Selon{[&](const EchecNtfy::http& e) -> Verdict {
+              if (e.statut == 400 && !dejaRepris) return {Verdict::reprendre{Secondes(0), false}};
+              if (e.statut == 400)
+                return {Verdict::abandonner{"L'oreille d'Hermès se tait : le serveur refuse la demande."}};
+              if (e.statut == 401 || e.statut == 403)
+                return {
+                    Verdict::abandonner{"L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal."}};
+              if (e.statut == 429) return {Verdict::reprendre{reculMax, true}};
+              return plusTard;
+            },
+            [&](const EchecNtfy::transport&) { return plusTard; },
+            [&](const EchecNtfy::flotEnLoques&) { return plusTard; }},
+      echec.cas);
+}
+
+std::string_view phrase(ErreurReseau code) {
+  switch (code) {
+    case ErreurReseau::reseauAbsent:
+    case ErreurReseau::connexionPerdue: return "la liaison réseau a été coupée";
+    case ErreurReseau::delaiDepasse: return "le serveur n'a plus rien dit";
+    case ErreurReseau::hoteIntrouvable:
+    case ErreurReseau::connexionImpossible:
+    case ErreurReseau::resolutionEchouee: return "le serveur ntfy est injoignable";
+    case ErreurReseau::tlsEchoue:
+    case ErreurReseau::certificatNonFiable:
+    case ErreurReseau::certificatPerime:
+    case ErreurReseau::certificatPasEncoreValide:
+    case ErreurReseau::racineInconnue: return "la liaison chiffrée a échoué";
+    case ErreurReseau::annulee: return "l'écoute a été interrompue";
+    case ErreurReseau::autre: break;
+  }
+  return "la liaison a lâché";
+}
+
+}  // namespace tarnavelle::AbonnementNtfy

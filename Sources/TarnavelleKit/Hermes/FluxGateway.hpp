@@ -1,0 +1,54 @@
+// How a chat stream with the gateway can fail, and what to do then. TourHermes carries a turn out. Pure.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "Socle/ErreurReseau.hpp"
+
+namespace tarnavelle {
+
+struct ErreurFluxGateway {
+  struct http {
+    int statut = 0;
+    bool operator==(const http&) const = default;
+  };
+  struct transport {
+    std::string phrase;  ///< as `phrase` says it
+    bool operator==(const transport&) const = default;
+  };
+  /// The stream ended before its end marker.
+  struct fluxTronque {
+    bool operator==(const fluxTronque&) const = default;
+  };
+
+  std::variant<http, transport, fluxTronque> cas;
+
+  bool operator==(const ErreurFluxGateway&) const = default;
+
+  /// Whether the gateway no longer accepts the session that was sent.
+  bool sentLaSessionRefusee() const;
+
+  /// In French, for the operator.
+  static std::string_view phrase(ErreurReseau code);
+};
+
+namespace RepliApresCoupure {
+
+enum class Decision {
+  rejouerEnCLI,       ///< give the user's message to the agent's command-line program instead
+  annoncerSeulement,  ///< the agent may have acted: only tell the user that the stream was cut
+};
+
+/// What the stream showed before it was cut.
+struct Vus {
+  bool aVuUnOutil = false;
+  bool aVuDuTexte = false;
+  bool aVuUnFeuVert = false;  ///< an approval was given
+};
+
+Decision decider(const Vus& vus);
+
+}  // namespace RepliApresCoupure
+}  // namespace tarnavelle

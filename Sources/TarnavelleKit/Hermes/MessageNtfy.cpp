@@ -1,0 +1,32 @@
+#include "Hermes/MessageNtfy.hpp"
+
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+LectureNtfy MessageNtfy::lire(std::string_view ligne, std::optional<std::string_view> topicAttendu) {
+  const auto objet = LectureJSON::objet(ligne);
+  if (!objet) return {LectureNtfy::rien{}};
+  std::string topic = Champ::texte(*objet, "topic");
+  if (topicAttendu && !topicAttendu->empty() && *topicAttendu != topic) return {LectureNtfy::rien{}};
+
+  const std::string evenement = Champ::texte(*objet, "event");
+  if (evenement == "open" || evenement == "keepalive") return {LectureNtfy::vivant{}};
+  if (evenement != "message") return {LectureNtfy::rien{}};
+
+  std::string id = Champ::texte(*objet, "id");
+  std::string titre = Champ::texte(*objet, "title");
+  std::string texte = Champ::texte(*objet, "message");
+  if (texte.empty()) texte = titre;
+  if (id.empty() || texte.empty()) return {LectureNtfy::rien{}};
+
+  const Json* time = Champ::membre(*objet, "time");
+  return {
+      LectureNtfy::message{{.id = std::move(id),
+                            .date = Date::depuisSecondes(time && time->is_number() ? time->get<double>() : 0),
+                            .topic = std::move(topic),
+                            .titre = titre.empty() ? std::nullopt : std::optional(std::move(titre)),
+                            .texte = std::move(texte)}}};
+}
+
+}  // namespace tarnavelle

@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "Hermes/AbonnementNtfy.hpp"
+#include "Hermes/Dire.hpp"
+#include "Hermes/JournalIdsNtfy.hpp"
+#include "Hermes/MessageNtfy.hpp"
+#include "Hermes/ReglageNtfy.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using essai::dire;
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+
+const std::string topic22 = "abcdefghijklmnopqrst-_";
+constexpr const char* court21 =
+    "Le topic ntfy fait 21 caractères ; il en faut au moins 22 — c'est un mot de passe, pas un nom.";
+constexpr const char* admis = "Le topic ntfy n'admet que des lettres, des chiffres, « - » et « _ ».";
+constexpr const char* illisible = "Le serveur ntfy n'est pas une adresse lisible.";
+constexpr const char* enClair =
+    "Le serveur ntfy doit être en https:// (http:// n'est toléré que sur la machine même).";
+
+TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
+  const std::string e21 = std::string(20, 'a') + "e\u0301";  // 21 characters in 23 bytes
+  const struct {
+    std::string serveur, topic;
+    std::string attendu;  ///< the refusal, or the stream's root
+  } cas[] = {
+      {"nonsense", "", "Aucun topic ntfy n'est réglé : l'oreille reste fermée."},
+      {"nonsense", " \t\u00A0", "Aucun topic ntfy n'est réglé : l'oreille reste fermée."},
+      {"nonsense", ".",
+       "Le topic ntfy fait 1 caractères ; il en faut au moins 22 — c'est un mot de passe, pas un nom."},
+      {"https://h", topic22.substr(1), court21},
+      {"https://h", e21, court21},
+      {"nonsense", e21 + "a", admis},
+      {"https://h", topic22 + ".", admis},
+      {"https://h", topic22 + "\n", admis},
+      {"nonsense", topic22, illisible},
+      {"", topic22, illisible},
+      {"https://", topic22, illisible},
+      {"https:///chemin", topic22, illisible},
+      {"https://h:port", topic22, illisible},
+      {"https://h:99999", topic22, illisible},
+      {"https://deux mots", topic22, illisible},
+      {"ftp://h", topic22, enClair},
+      {"//h", topic22, enClair},
+      {"HTTPS://h", topic22, enClair},
+      {"HTTP://localhost", topic22, enClair},
+      {"http://192.168.1.2", topic22, enClair},
+      {"http://localhost.example", topic22, enClair},
+      {"http://127.0.0.1:8080", topic22, "http://127.0.0.1:8080"},
+      {"http://LOCALHOST", topic22, "http://LOCALHOST"},
+      {"http://[::1]:80/x", topic22, "http://[::1]:80/x"},
+      {" \thttps://h.example/ntfy/// ", topic22, "https://h.example/ntfy"},
+      {"https://h//", "\u00A0" + topic22 + " ", "https://h"},
+      {ReglageNtfy{}.serveur, topic22, "https://ntfy.sh"},
+  };
+  for (const auto& c : cas) {
+    const ReglageNtfy reglage{c.serveur, c.topic, "jeton"};
+    const auto refus = reglage.refus();
+    const bool admise = c.attendu.starts_with("http");
+    EXPECT_EQ(refus.value_or(c.attendu), c.attendu) << c.serveur << ' ' << c.topic;
+    EXPECT_EQ(refus.has_value(), !admise) << c.serveur << ' ' << c.topic;
+    EXPECT_EQ(reglage.pret(), admise) << c.serveur;
+    EXPECT_EQ(reglage.urlFlux(), admise ? std::optional(c.attendu + "/" + topic22 + "/sse") : std::nullopt);
+    EXPECT_EQ(AbonnementNtfy::doitSAbonner(reglage, false, false), admise);
+    EXPECT_FALSE(AbonnementNtfy::doitSAbonner(reglage, true, false));
+    EXPECT_FALSE(AbonnementNtfy::doitSAbonner(reglage, false, true));
+  }
+}
+
+TEST(ReglageNtfy, Loopback) {
+  for (const char* hote : {"localhost", "LocalHost", "::1", "[::1]", "127.0.0.1", "127.1"})
+    EXPECT_TRUE(ReglageNtfy::estLoopback(hote)) << hote;
+  for (const char* hote : {"", "localhost.", "::2", "128.0.0.1", "1127.0.0.1", "0.0.0.0"})
+    EXPECT_FALSE(ReglageNtfy::estLoopback(hote)) << hote;
+  EXPECT_FALSE(ReglageNtfy::estLoopback({}));
+}
+
+TEST(ReglageNtfy, TopicMasque) {
+  EXPECT_EQ((ReglageNtfy{"", " " + topic22 + "yz ", ""}.topicMasque()), "abcd…(24)");
+  EXPECT_EQ((ReglageNtfy{"", topic22.substr(1), ""}.topicMasque()), "…(21)");
+  EXPECT_EQ(ReglageNtfy{}.topicMasque(), "…(0)");
+}
+
+TEST(MessageNtfy, Lire) {
+  const struct {
+    std::string ligne;
+    std::string attendu;
+    std::optional<std::string> topic = {};
+  } cas[] = {
+      {R"({"event":"message","id":"x","message":"m","time":1700000000})", "x|1700000000000||∅|m"},
+      {R"({"event":"message","id":"x","message":"m","title":"t","topic":"a","time":1.5})", "x|1500|a|t|m", "a"},
+      {R"({"event":"message","id":"x","title":"T"})", "x|0||T|T"},
+      {R"({"event":"message","id":"x","title":"T","message":""})", "x|0||T|T"},
+      {R"({"event":"message","id":"x","title":"","message":"m","time":"7"})", "x|0||∅|m"},
+      {R"({"event":"message","id":"x","title":null,"message":"m","time":true})", "x|0||∅|m"},
+      {R"({"event":"message","id":"x","message":"m","time":-2})", "x|-2000||∅|m"},
+      {R"({"event":"message","id":"x","message":"m","time":1e300})", "x|9223372036854775807||∅|m"},
+      {R"({"event":"message","id":"x","message":"m","time":-1e300})", "x|-9223372036854775808||∅|m"},
+      {R"({"event":"message","id":"x","message":"m","time":18446744073709551615})",
+       "x|9223372036854775807||∅|m"},
+      {R"({"event":"message","id":"x","message":" ","topic":7})", "x|0||∅| ", ""},
+      {R"({"event":"message","id":"x","title":""})", "rien"},
+      {R"({"event":"message","id":"x"})", "rien"},
+      {R"({"event":"message","id":"","message":"m"})", "rien"},
+      {R"({"event":"message","message":"m"})", "rien"},
+      {R"({"event":"message","id":7,"message":"m"})", "rien"},
+      {R"({"event":"message_delete","id":"x","message":"m"})", "rien"},
+      {R"({"event":"Message","id":"x","message":"m"})", "rien"},
+      {R"({"id":"x","message":"m"})", "rien"},
+      {R"({"event":"open","topic":"mine"})", "vivant", "mine"},
+      {R"({"event":"keepalive","topic":"other"})", "vivant"},
+      {R"({"event":"keepalive","topic":"other"})", "rien", "mine"},
+      {R"({"event":"keepalive"})", "rien", "mine"},
+      {R"({"event":"message","id":"x","message":"m","topic":"Mine"})", "rien", "mine"},
+      {R"([{"event":"open"}])", "rien"},
+      {R"({"event":"open")", "rien"},
+      {"open", "rien"},
+      {"", "rien"},
+  };
+  for (const auto& c : cas) EXPECT_EQ(dire(MessageNtfy::lire(c.ligne, c.topic)), c.attendu) << c.ligne;
+}
+
+TEST(AbonnementNtfy, Requete) {
+  const auto entetes = [](const RequeteHTTP& requete) {
+    std::string texte;
+    for (const auto& e : requete.entetes) texte += e.nom + ": " + e.valeur + "\n";
+    return texte;
+  };
+  const std::string fixes = "Accept: text/event-stream\nCache-Control: no-cache\n";
+  const std::string flux = "https://h/" + topic22 + "/sse";
+  const struct {
+    std::string jeton;
+    std::optional<std::string> depuis;
+    std::string url, entetes;
+  } cas[] = {
+      {"", {}, flux, fixes},
+      {" \t", "", flux, fixes},
+      {" tk_1 ", "30m", flux + "?since=30m", fixes + "Authorization: Bearer tk_1\n"},
+      {"tk\r\nX: y", "a&b", flux + "?since=a%26b", fixes},
+      {"tk\u0085", {}, flux, fixes},
+  };
+  for (const auto& c : cas) {
+    const auto requete = AbonnementNtfy::requete({"https://h/", topic22, c.jeton}, c.depuis);
+    ASSERT_TRUE(requete) << c.url;
+    EXPECT_EQ(requete->methode + " " + requete->url, "GET " + c.url);
+    EXPECT_EQ(entetes(*requete), c.entetes) << testing::PrintToString(c.jeton);
+    EXPECT_EQ(requete->delai, 120s);
+  }
+  EXPECT_EQ(AbonnementNtfy::requete({"http://[::1]/a?b=c", topic22, ""}, "1s")->url,
+            "http://[::1]/a?b=c/" + topic22 + "/sse&since=1s");
+  EXPECT_FALSE(AbonnementNtfy::requete({"http://h", topic22, ""}, {}));
+}
+
+TEST(AbonnementNtfy, RattrapageEtRecul) {
+  constexpr double infini = std::numeric_limits<double>::infinity();
+  const struct {
+    double secondes;
+    std::string depuis;
+  } cas[] = {
+      {-infini, ""},   {-5, "1s"},     {0, "1s"},      {0.2, "1s"},        {0.999, "1s"}, {1, "1s"},
+      {1.2, "2s"},     {59, "59s"},    {59.01, "60s"}, {59.999, "60s"},    {60, "1m"},    {60.5, "2m"},
+      {61, "2m"},      {120, "2m"},    {1740, "29m"},  {1741, "30m"},      {1800, "30m"}, {1801, "30m"},
+      {100000, "30m"}, {1e300, "30m"}, {infini, ""},   {std::nan(""), ""},
+  };
+  for (const auto& c : cas)
+    EXPECT_EQ(AbonnementNtfy::depuis(AbonnementNtfy::Secondes(c.secondes)).value_or(""), c.depuis)
+        << c.secondes;
+  EXPECT_EQ(AbonnementNtfy::depuis({}), std::nullopt);
+
+  const std::pair<int, double> reculs[] = {{std::numeric_limits<int>::min(), 2},
+                                           {-3, 2},
+                                           {0, 2},
+                                           {1, 2},
+                                           {2, 4},
+                                           {3, 8},
+                                           {4, 16},
+                                           {5, 32},
+                                           {6, 60},
+                                           {16, 60},
+                                           {1000, 60},
+                                           {std::numeric_limits<int>::max(), 60}};
+  for (const auto& [tentative, secondes] : reculs)
+    EXPECT_EQ(AbonnementNtfy::recul(tentative).count(), secondes) << tentative;
+}
+
+TEST(AbonnementNtfy, Verdict) {
+  const std::string demande = "L'oreille d'Hermès se tait : le serveur refuse la demande.";
+  const std::string acces = "L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.";
+  const auto http = [](int statut) { return EchecNtfy{EchecNtfy::http{statut}}; };
+  const struct {
+    EchecNtfy echec;
+    int tentative;
+    std::string neuve, reprise;  ///< what is decided of a first failure, of one right after a refusal
+  } cas[] = {
+      {http(400), 3, "0s", demande},
+      {http(401), 0, acces, acces},
+      {http(403), 0, acces, acces},
+      {http(429), 0, "60s, rattrapage", "60s, rattrapage"},
+      {http(500), 0, "2s, rattrapage", "2s, rattrapage"},
+      {http(404), 4, "16s, rattrapage", "16s, rattrapage"},
+      {{EchecNtfy::transport{"x"}}, 2, "4s, rattrapage", "4s, rattrapage"},
+      {{EchecNtfy::flotEnLoques{}}, 9, "60s, rattrapage", "60s, rattrapage"},
+  };
+  for (const auto& c : cas) {
+    EXPECT_EQ(dire(AbonnementNtfy::verdict(c.echec, c.tentative, false)), c.neuve);
+    EXPECT_EQ(dire(AbonnementNtfy::verdict(c.echec, c.tentative, true)), c.reprise);
+  }
+}
+
+TEST(JournalIdsNtfy, OublieDansLOrdreDArrivee) {
+  const struct {
+    int capacite;
+    std::string ids, neufs;
+    std::size_t compte;
+  } cas[] = {{2, "abaca", "oonoo", 2},
+             {0, "aabba", "onono", 1},
+             {-7, "ab", "oo", 1},
+             {3, "abcabc", "ooonnn", 3},
+             // Seen again, "a" is no younger: "c" evicts it.
+             {2, "abacb", "oonon", 2}};
+  for (const auto& c : cas) {
+    JournalIdsNtfy journal(c.capacite);
+    EXPECT_FALSE(journal.neuf(""));
+    std::string neufs;
+    for (const char id : c.ids) neufs += journal.neuf({id}) ? 'o' : 'n';
+    EXPECT_EQ(neufs, c.neufs) << c.ids;
+    EXPECT_EQ(journal.compte(), c.compte) << c.ids;
+  }
+}
+
+}  // namespace
+}  // namespace tarnavelle
