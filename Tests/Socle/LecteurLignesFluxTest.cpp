@@ -1,0 +1,63 @@
+#include "Socle/LecteurLignesFlux.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tarnavelle {
+namespace {
+
+using namespace std::string_literals;
+using Lignes = std::vector<std::string>;
+
+/// Feeds pieces of that size, the first one of another; "…" stands for a line too long.
+Lignes lire(std::string_view octets, std::size_t premier, std::size_t taille, std::size_t maximum) {
+  LecteurLignesFlux lecteur(maximum);
+  Lignes lignes;
+  for (std::size_t n = premier; !octets.empty() || n == 0; n = taille) {
+    const std::string morceau(octets.substr(0, n));  // a buffer of its own, for the sanitizers
+    octets.remove_prefix(morceau.size());
+    lecteur.ajouter(morceau);
+    while (const auto ligne = lecteur.suivante()) lignes.emplace_back(*ligne);
+  }
+  if (const auto ligne = lecteur.derniere()) lignes.emplace_back(*ligne);
+  if (lecteur.tropLongue()) lignes.emplace_back("…");
+  return lignes;
+}
+
+TEST(LecteurLignesFlux, MemesLignesOuQuOnCoupe) {
+  const struct {
+    std::string octets;
+    Lignes lignes;
+  } cas[] = {
+      {"", {}},
+      {"a", {"a"}},
+      {"a\n", {"a"}},
+      {"a\rb\r\nc\nd", {"a", "b", "c", "d"}},
+      {"\n\r\r\n\n\r", {"", "", "", "", ""}},
+      {"a\n\r\n\rb", {"a", "", "", "b"}},
+      {"\uFEFF", {""}},
+      {"\uFEFFdata: é\r\n\uFEFFb\n", {"data: é", "\uFEFFb"}},
+      {"\xEF\xBBx\n", {"\uFFFD\uFFFDx"}},
+      {"a\xC3\nb\x80", {"a\uFFFD", "b\uFFFD"}},
+      {"\u0085\u2028\v\f\0\n"s, {"\u0085\u2028\v\f\0"s}},
+      {"123456789abc\n123456789a€\n", {"123456789abc", "…"}},
+      {"123456789abc\r123456789abcd", {"123456789abc", "…"}},
+      {"a\n123456789abcd\nb\n", {"a", "…"}},
+  };
+  for (const auto& c : cas)
+    for (std::size_t taille = 1; taille <= c.octets.size() + 1; ++taille)
+      for (std::size_t premier = 0; premier <= taille; ++premier)
+        EXPECT_EQ(lire(c.octets, premier, taille, 12), c.lignes)
+            << testing::PrintToString(c.octets) << ' ' << premier << ' ' << taille;
+}
+
+TEST(LecteurLignesFlux, LongueLigneEnPetitsMorceaux) {
+  const std::string longue(LecteurLignesFlux::ligneMax, 'x');
+  EXPECT_TRUE(lire(longue + "\r\na\n", 1, 1000, LecteurLignesFlux::ligneMax) == (Lignes{longue, "a"}));
+  EXPECT_EQ(lire(longue + "x", 0, 64 * 1024, LecteurLignesFlux::ligneMax), Lignes{"…"});
+}
+
+}  // namespace
+}  // namespace tarnavelle
