@@ -1,0 +1,291 @@
+#include "Reseau/WebSocket.hpp"
+
+#include <boost/asio/post.hpp>
+#include <boost/beast/core/buffers_prefix.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/websocket.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+#include <deque>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "Reseau/BoucleInterne.hpp"
+#include "Reseau/ConnexionInterne.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle {
+namespace {
+
+namespace beast = boost::beast;
+namespace websocket = beast::websocket;
+using namespace interne;
+using Horloge = std::chrono::steady_clock;
+
+constexpr std::size_t ecritureMax = 64 * 1024;  ///< bytes of a message written at a time
+constexpr std::size_t refusMax = 500;           ///< characters shown of a server's words
+/// Bytes read at a time during the handshake. What comes with the server's answer must fit Beast's own
+/// buffer (1536 bytes), or the connection would fail for having been answered too quickly.
+constexpr std::size_t lecturePoignee = 1024;
+constexpr std::size_t tamponGarde = 256 * 1024;  ///< bytes of reading buffer kept between messages
+
+/// The connection as Beast's WebSocket is to see it.
+class Couche : public Connexion {
+ public:
+  Couche(asio::io_context& boucle, bool tls, std::chrono::milliseconds patience)
+      : Connexion(boucle, tls), attente_(boucle), patience_(patience) {}
+
+  void lireSansBorne() { lectureMax_ = std::numeric_limits<std::size_t>::max(); }
+
+  void fermer() {
+    attente_.cancel();
+    Connexion::fermer();
+  }
+
+  template <class Tampons, class Suite>
+  void async_read_some(const Tampons& tampons, Suite&& suite) {
+    Connexion::async_read_some(beast::buffers_prefix(lectureMax_, tampons), std::forward<Suite>(suite));
+  }
+
+  /// Beast gives a connection up at the first failed write. The failure is told late, so that what the
+  /// server said before it closed, and why it did, is read first.
+  template <class Tampons, class Suite>
+  void async_write_some(const Tampons& tampons, Suite&& suite) {
+    Connexion::async_write_some(
+        tampons, [this, suite = std::forward<Suite>(suite)](Erreur erreur, std::size_t octets) mutable {
+          if (!erreur || !next_layer().is_open()) return suite(erreur, octets);
+          attente_.expires_after(patience_);
+          attente_.async_wait(
+              [suite = std::move(suite), erreur, octets](Erreur) mutable { suite(erreur, octets); });
+        });
+  }
+
+  /// However the connection itself ends, the reason that Beast has for ending it stays.
+  template <class Suite>
+  friend void async_teardown(beast::role_type role, Couche& couche, Suite&& suite) {
+    couche.surFlux([&](auto& flux) {
+      using websocket::async_teardown;
+      async_teardown(role, flux, [suite = std::forward<Suite>(suite)](Erreur) mutable { suite({}); });
+    });
+  }
+
+ private:
+  std::size_t lectureMax_ = lecturePoignee;
+  asio::steady_timer attente_;
+  std::chrono::milliseconds patience_;
+};
+
+/// The server's words, for the operator.
+std::string citer(std::string_view intitule, std::string_view paroles) {
+  const std::string lisible = Texte::tronquer(Texte::rogner(Texte::reparer(paroles)), refusMax);
+  std::string texte(intitule);
+  return lisible.empty() ? texte : texte.append(" : ").append(lisible);
+}
+
+std::string raison(const Erreur& erreur) {
+  if (erreur == websocket::error::message_too_big || erreur == websocket::error::buffer_overflow)
+    return "le serveur a envoyé un message de plus de 16 Mio";
+  if (erreur == websocket::error::closed) return "le serveur a fermé la connexion";
+  if (erreur == websocket::condition::handshake_failed) return "le serveur ne parle pas WebSocket";
+  if (erreur == websocket::condition::protocol_violation)
+    return "le serveur ne respecte pas le protocole WebSocket";
+  return std::string(description(classer(erreur)));
+}
+
+}  // namespace
+
+struct WebSocket::Etat {
+  explicit Etat(ReglageWebSocket r, Adresse a) : reglage(std::move(r)), adresse(std::move(a)), fin(boucle) {}
+
+  const ReglageWebSocket reglage;
+  const Adresse adresse;
+
+  // Any thread, under the lock.
+  std::mutex verrou;
+  std::deque<std::string> file;
+  std::size_t octets = 0;  ///< of the queue and of the message being written
+  bool demarre = false;
+  bool ferme = false;     ///< by the owner: nothing is called any more
+  bool finie = false;     ///< the connection is over
+  bool reveil = false;    ///< the loop has been told of the queue
+  bool engorgee = false;  ///< a refused message has been told
+
+  // The loop's thread only.
+  asio::io_context boucle{1};
+  RappelsWebSocket rappels;
+  std::optional<websocket::stream<Couche, false>> flux;
+  websocket::response_type reponse;
+  beast::flat_buffer tampon;
+  std::string enCours;  ///< the message being written
+  bool ouverte = false;
+  bool ecriture = false;
+  Horloge::time_point echeance;
+  asio::steady_timer fin;
+
+  bool muet() {
+    const std::lock_guard garde(verrou);
+    return ferme || finie;
+  }
+
+  void ouvrir() {
+    if (muet()) return;
+    echeance = Horloge::now() + reglage.ouverture;
+    flux.emplace(boucle, adresse.tls, reglage.adieu);
+    flux->next_layer().ouvrir(adresse, reglage.ouverture, [this](std::optional<ErreurReseau> erreur) {
+      if (erreur) return chuter(std::string(description(*erreur)));
+      saluer();
+    });
+  }
+
+  void delais(std::chrono::steady_clock::duration reponseMax) {
+    flux->set_option(websocket::stream_base::timeout{reponseMax, reglage.silence, true});
+  }
+
+  void saluer() {
+    delais(std::max<Horloge::duration>(echeance - Horloge::now(), std::chrono::milliseconds(1)));
+    flux->set_option(websocket::stream_base::decorator([this](websocket::request_type& requete) {
+      for (const EnteteHTTP& e : reglage.entetes) requete.set(e.nom, e.valeur);
+    }));
+    flux->read_message_max(messageMax);
+    flux->write_buffer_bytes(ecritureMax);
+    flux->auto_fragment(false);
+    flux->text(true);
+    flux->async_handshake(reponse, adresse.entete, adresse.chemin, [this](Erreur erreur) {
+      if (erreur == websocket::error::upgrade_declined)
+        return chuter(
+            citer("le serveur a refusé la connexion (HTTP " + std::to_string(reponse.result_int()) + ")",
+                  reponse.body()));
+      if (erreur) return chuter(raison(erreur));
+      if (muet()) return finir();
+      ouverte = true;
+      delais(reglage.adieu);
+      flux->next_layer().lireSansBorne();
+      lire();
+      ecrire();
+    });
+  }
+
+  void lire() {
+    flux->async_read(tampon, [this](Erreur erreur, std::size_t) {
+      if (erreur) return perdre(erreur);
+      const std::string_view vue(static_cast<const char*>(tampon.data().data()), tampon.size());
+      if ((flux->got_text() || Texte::utf8Valide(vue)) && !muet()) rappels.surTexte(vue);
+      tampon.consume(tampon.size());
+      if (tampon.capacity() > tamponGarde) tampon = {};
+      lire();
+    });
+  }
+
+  void perdre(const Erreur& erreur) {
+    const websocket::close_reason& dite = flux->reason();
+    if (dite.code == websocket::close_code::none) return chuter(raison(erreur));
+    chuter(citer("le serveur a fermé la connexion (" + std::to_string(dite.code) + ")",
+                 {dite.reason.data(), dite.reason.size()}));
+  }
+
+  void ecrire() {
+    if (!ouverte || ecriture) return;
+    {
+      const std::lock_guard garde(verrou);
+      reveil = false;
+      if (file.empty() || ferme || finie) return;
+      enCours = std::move(file.front());
+      file.pop_front();
+    }
+    ecriture = true;
+    flux->async_write(asio::buffer(enCours), [this](Erreur erreur, std::size_t) {
+      ecriture = false;
+      {
+        const std::lock_guard garde(verrou);
+        octets -= enCours.size();
+        engorgee = engorgee && octets > 0;
+      }
+      if (erreur == asio::error::operation_aborted) return;  // whoever ended the connection tells why
+      if (erreur) return perdre(erreur);
+      ecrire();
+    });
+  }
+
+  void refuser() {
+    if (!muet()) rappels.surErreurEnvoi("le serveur ne lit plus : envoi refusé");
+  }
+
+  void chuter(std::string cause) {
+    const bool tue = muet();
+    finir();
+    if (!tue) rappels.surChute(std::move(cause));
+  }
+
+  /// The owner's end of the connection.
+  void quitter() {
+    if (!ouverte || !flux->is_open()) return finir();
+    fin.expires_after(reglage.adieu);
+    fin.async_wait([this](Erreur annulee) {
+      if (!annulee) finir();
+    });
+    flux->async_close(websocket::close_code::going_away, [this](Erreur) { finir(); });
+  }
+
+  /// Leaves the loop nothing to wait for.
+  void finir() {
+    {
+      const std::lock_guard garde(verrou);
+      finie = true;
+      file.clear();
+    }
+    fin.cancel();
+    if (!flux) return;
+    flux->next_layer().fermer();
+    flux->set_option(
+        websocket::stream_base::timeout{websocket::stream_base::none(), websocket::stream_base::none(), false});
+  }
+};
+
+std::unique_ptr<WebSocket> WebSocket::creer(ReglageWebSocket reglage) {
+  for (const EnteteHTTP& entete : reglage.entetes)
+    if (Texte::porteControle(entete.valeur)) return nullptr;
+  auto adresse = Adresse::depuis(reglage.url, "ws");
+  if (!adresse) return nullptr;
+  return std::unique_ptr<WebSocket>(
+      new WebSocket(std::make_shared<Etat>(std::move(reglage), std::move(*adresse))));
+}
+
+WebSocket::WebSocket(std::shared_ptr<Etat> etat) : etat_(std::move(etat)) {}
+
+WebSocket::~WebSocket() { fermer(); }
+
+void WebSocket::demarrer(RappelsWebSocket rappels) {
+  {
+    const std::lock_guard garde(etat_->verrou);
+    if (std::exchange(etat_->demarre, true) || etat_->ferme) return;
+    etat_->rappels = std::move(rappels);
+  }
+  Etat* etat = etat_.get();
+  asio::post(etat->boucle, [etat] { etat->ouvrir(); });
+  const auto echec = [etat] { etat->chuter(std::string(description(ErreurReseau::autre))); };
+  if (!lancerBoucle(etat->boucle, etat_, echec)) echec();
+}
+
+void WebSocket::envoyer(std::string texte) {
+  Etat* etat = etat_.get();
+  const std::lock_guard garde(etat->verrou);
+  if (etat->ferme || etat->finie) return;
+  if (etat->octets + texte.size() > enAttenteMax) {
+    if (!std::exchange(etat->engorgee, true)) asio::post(etat->boucle, [etat] { etat->refuser(); });
+    return;
+  }
+  etat->octets += texte.size();
+  etat->file.push_back(std::move(texte));
+  if (!std::exchange(etat->reveil, true)) asio::post(etat->boucle, [etat] { etat->ecrire(); });
+}
+
+void WebSocket::fermer() {
+  Etat* etat = etat_.get();
+  const std::lock_guard garde(etat->verrou);
+  if (std::exchange(etat->ferme, true)) return;
+  etat->file.clear();
+  if (etat->demarre) asio::post(etat->boucle, [etat] { etat->quitter(); });
+}
+
+}  // namespace tarnavelle
