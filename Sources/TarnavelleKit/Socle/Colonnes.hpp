@@ -1,0 +1,30 @@
+// Text for a terminal: how many columns it takes, cut or folded to fit, and made harmless. Widths are
+// those of Unicode: nothing for combining marks, two columns for wide characters. Pure functions.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnavelle::Colonnes {
+
+/// The text with whatever could drive or mislead a terminal written out as JSON would ("\u001b", "\n"):
+/// control characters, line separators, invisible formatting such as writing direction. A byte of no
+/// character is written "\xff". The characters of `gardes` stand; so do the joiners of letters and emoji.
+std::string montrable(std::string_view texte, std::string_view gardes = {});
+
+/// Columns that the text takes; what `montrable` would write out counts for nothing.
+std::size_t largeur(std::string_view texte);
+
+/// The text when it fits; else the beginning that fits with the "…" that ends it.
+std::string couper(std::string_view texte, std::size_t colonnes);
+
+/// The text, then spaces up to that many columns.
+std::string completer(std::string_view texte, std::size_t colonnes);
+
+/// The text's words on lines of at most that many columns; a longer word has a line of its own. No line
+/// breaks at the spaces of French punctuation.
+std::vector<std::string> plier(std::string_view texte, std::size_t colonnes);
+
+}  // namespace tarnavelle::Colonnes

@@ -1,0 +1,40 @@
+// What the client says of itself and of each command, derived from the catalogue. Pure.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Catalogue.hpp"
+#include "Flux.hpp"
+
+namespace tarnavelle::Aide {
+
+/// How a command is called; null gives the client's own usage.
+std::string usage(const OutilVoix* outil);
+
+/// Every command with its first sentence, and the common options. Texts are folded to `colonnes`, when
+/// given, and stand on one line each otherwise.
+Page generale(std::optional<std::size_t> colonnes);
+
+/// All there is to know of one command.
+Page deCommande(const OutilVoix& outil, std::optional<std::size_t> colonnes);
+
+/// Up to the first full stop that ends a sentence, included.
+std::string_view premierePhrase(std::string_view texte);
+
+/// How a command line is read and what is printed, a paragraph each.
+const std::vector<std::string_view>& principes();
+
+/// What each exit status means, in order.
+const std::vector<std::pair<int, std::string_view>>& statuts();
+
+/// The environment variables that are read, and what for.
+const std::vector<std::pair<std::string_view, std::string_view>>& variables();
+
+/// A parameter with what it takes: "--agent AGENT", "--valider=false".
+std::string formeOption(const ParamVoix& parametre);
+
+}  // namespace tarnavelle::Aide

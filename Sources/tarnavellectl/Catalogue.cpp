@@ -1,0 +1,78 @@
+#include "Catalogue.hpp"
+
+#include <algorithm>
+
+#include "Commandes.hpp"
+#include "Porte/CommandeControle.hpp"
+#include "Porte/TableVerbes.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using Genre = ParamVoix::Genre;
+
+}  // namespace
+
+const std::vector<CommandeLocale>& commandesLocales() {
+  static const std::vector<CommandeLocale> commandes = {
+      {{"aide",
+        "Montre l'aide d'un verbe, ou l'aide générale.",
+        {{"verbe", Genre::texte, "Le verbe, ou la commande, dont on veut tout savoir.", false}}},
+       Commandes::aide},
+      {{"mcp-config",
+        "Donne la configuration MCP prête à coller, celle de claude. Le jeton de la porte y est : c'est un "
+        "secret.",
+        {{"codex", Genre::booleen, "true pour les mots « -c » de codex.", false},
+         {"fichier", Genre::texte, "Où l'écrire, lisible de son seul propriétaire. Vide = la sortie.", false}}},
+       Commandes::configurationMCP},
+      {{"guide",
+        "Donne le guide de l'agent Tarnavelle, en Markdown. Le jeton n'y est jamais.",
+        {{"fichier", Genre::booleen,
+          "true pour l'écrire dans guide-SESSION.md, à côté du guide de TARNAVELLE_AGENT_GUIDE, sinon dans le "
+          "dossier courant.",
+          false}}},
+       Commandes::guide},
+      {{"completions",
+        "Donne le script qui complète les verbes, les options et les noms d'agents. À charger ainsi : « source "
+        "<(tarnavellectl completions bash) », de même pour zsh ; « tarnavellectl completions fish | source ».",
+        {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
+       Commandes::completions},
+      {{"man", "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - ».", {}},
+       Commandes::manuel},
+  };
+  return commandes;
+}
+
+CommandeNommee commande(std::string_view mot) {
+  const std::string nom = CommandeControle::normaliserAction(mot);
+  for (const CommandeLocale& c : commandesLocales())
+    if (CommandeControle::normaliserAction(c.outil.nom) == nom) return {&c.outil, &c};
+  return {CommandeControle::outil(CommandeControle::canonique(mot)), nullptr};
+}
+
+std::vector<std::string> nomsDesCommandes() {
+  std::vector<std::string> noms;
+  for (const OutilVoix& outil : CommandeControle::outilsPorte()) noms.push_back(outil.nom);
+  for (const CommandeLocale& c : commandesLocales()) noms.push_back(c.outil.nom);
+  return noms;
+}
+
+std::vector<std::string_view> autresNoms(const OutilVoix& outil) {
+  for (const LigneVerbe& ligne : tableVerbes())
+    if (ligne.outil.nom == outil.nom) return ligne.alias;
+  return {};
+}
+
+std::string commeOption(const ParamVoix& parametre) {
+  std::string option = "--" + parametre.nom;
+  std::ranges::replace(option, '_', '-');
+  return option;
+}
+
+bool nomme(std::string_view nom, const ParamVoix& parametre) {
+  std::string forme(nom);
+  std::ranges::replace(forme, '-', '_');
+  return forme == parametre.nom;
+}
+
+}  // namespace tarnavelle

@@ -1,0 +1,41 @@
+// What the client can be asked for: the verbs of the door, and the commands that it carries out by itself,
+// described as verbs are. Whatever names a command (splitting, help, completion, manual) goes through
+// here. Immutable.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Porte/OutilVoix.hpp"
+#include "Session.hpp"
+
+namespace tarnavelle {
+
+struct CommandeLocale {
+  OutilVoix outil;
+  int (*executer)(Session& session, const Json& arguments);  ///< returns the exit status
+};
+
+const std::vector<CommandeLocale>& commandesLocales();
+
+/// The command that a word names, whatever its case, its dashes, or the English alias it is.
+struct CommandeNommee {
+  const OutilVoix* outil = nullptr;  ///< null when no verb and no command has that name
+  const CommandeLocale* locale = nullptr;
+};
+CommandeNommee commande(std::string_view mot);
+
+/// The names of every verb and command as they are shown, aliases aside.
+std::vector<std::string> nomsDesCommandes();
+
+/// The English names of a verb.
+std::vector<std::string_view> autresNoms(const OutilVoix& outil);
+
+/// A parameter as an option: "--depuis-prompt".
+std::string commeOption(const ParamVoix& parametre);
+
+/// Whether a name, without leading dashes, as it is or dashed, names the parameter.
+bool nomme(std::string_view nom, const ParamVoix& parametre);
+
+}  // namespace tarnavelle

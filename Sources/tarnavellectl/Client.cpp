@@ -1,0 +1,132 @@
+#include "Client.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <variant>
+
+#include "Affichage.hpp"
+#include "Aide.hpp"
+#include "Appel/AppelPorte.hpp"
+#include "Catalogue.hpp"
+#include "Commandes.hpp"
+#include "Completions.hpp"
+#include "Depot.hpp"
+#include "LigneCommande.hpp"
+#include "Photo.hpp"
+#include "Porte/CommandeControle.hpp"
+#include "Porte/PorteControle.hpp"
+#include "Porte/PorteMCP.hpp"
+#include "Porte/ReponsePorte.hpp"
+#include "Porte/Version.hpp"
+#include "Proche.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle::Client {
+namespace {
+
+using namespace std::chrono_literals;
+
+int avertir(Session& session, const std::string& message, int statut) {
+  session.erreurs.avertir(message);
+  return statut;
+}
+
+std::string_view phrase(const std::optional<std::string>& texte) { return texte ? Texte::rogner(*texte) : ""; }
+
+/// The picture of a reply: to a file on a terminal, or when the command line named one, else as it is.
+int rendrePhoto(const std::string& png, const Json& corps, Session& session) {
+  const std::string demande = Champ::texte(corps, "chemin");
+  if (demande.empty() && !session.sortie.terminal()) {
+    session.sortie.rendre(png);
+    return Statut::fait;
+  }
+  return deposer(session, Photo::chemin(demande), png, Statut::sansReponse);
+}
+
+int rendreReussite(const ReponsePorte& reponse, const LigneCommande& ligne, const Json& corps,
+                   Session& session) {
+  const Json donnees = reponse.data ? reponse.data->json() : Json();
+  if (Champ::booleen(corps, "inline", false))
+    if (const auto png = Photo::png(donnees)) return rendrePhoto(*png, corps, session);
+  if (const auto dite = phrase(reponse.spoken_text); !dite.empty() && (!ligne.donnees || !reponse.data))
+    session.sortie.montrer({{std::string(dite)}});
+  else if (reponse.data)
+    session.sortie.montrer(Affichage::exposer(donnees, session.sortie.colonnes()));
+  else
+    session.sortie.montrer({{"C'est fait."}});
+  return Statut::fait;
+}
+
+int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, Session& session) {
+  const std::string statut = coffre.statut < 0 ? "" : " (HTTP " + std::to_string(coffre.statut) + ")";
+  if (!coffre.data) return avertir(session, "La porte n'a pas répondu.", Statut::sansReponse);
+  const auto reponse = ReponsePorte::lire(*coffre.data);
+  if (!reponse)
+    return avertir(session, "La réponse de la porte est illisible" + statut + ".", Statut::sansReponse);
+  if (ligne.json) session.sortie.rendre(*coffre.data);
+  if (reponse->ok) return ligne.json ? Statut::fait : rendreReussite(*reponse, ligne, corps, session);
+
+  const auto raison = phrase(reponse->error);
+  session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "."
+                                         : std::string(raison));
+  if (!ligne.commande.outil)
+    if (const auto proche = nomProche(ligne.mot, nomsDesCommandes()))
+      session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
+  return Statut::refus;
+}
+
+int appeler(const LigneCommande& ligne, Session& session) {
+  Json corps = CommandeControle::chargeGenerique(ligne.mot, ligne.mots);
+  PorteMCP::completerAgent(corps, session.environnement.texte("TARNAVELLE_NODE_ID").value_or(""));
+  const auto porte = PorteControle::resoudrePorte(session.environnement);
+  if (!porte) return avertir(session, std::string(porteIntrouvable), Statut::sansReponse);
+  BornesHTTP bornes = AppelPorte::bornes;
+  bornes.attente = bornes.vie = patience(corps);
+  return rendre(AppelPorte(bornes).posterPorte(corps, *porte), ligne, corps, session);
+}
+
+int mener(const LigneCommande& ligne, Session& session) {
+  if (ligne.version) {
+    session.sortie.montrer({{"tarnavellectl " + std::string(versionTarnavelle)}});
+    return Statut::fait;
+  }
+  if (ligne.aide) return Commandes::aide(session, {{"verbe", ligne.mot}});
+  if (!ligne.laisses.empty()) {
+    std::string mots;
+    for (const std::string& mot : ligne.laisses)
+      mots.append(mots.empty() ? "« " : ", « ").append(Texte::tronquer(mot, 40)).append(" »");
+    session.erreurs.avertir("De trop, et laissé de côté : " + mots + ".");
+  }
+  return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.arguments)
+                               : appeler(ligne, session);
+}
+
+}  // namespace
+
+std::chrono::seconds patience(const Json& corps) {
+  constexpr std::chrono::seconds marge = 10s, attenteDefaut = 60s, attenteMax = 300s, autres = 90s;
+  const auto commande = CommandeControle::decoderObjet(Champ::texte(corps, "action"), corps);
+  const auto* attendre = std::get_if<CommandeControle::attendre>(&commande.cas);
+  if (!attendre) return autres;
+  if (attendre->timeoutS <= 0) return attenteDefaut + marge;
+  return std::min(attenteMax, std::chrono::seconds(attendre->timeoutS)) + marge;
+}
+
+int executer(const std::vector<std::string>& mots, Session& session) {
+  // The words of another command line, not to be read as this one's.
+  if (const auto autres = Completions::motsACompleter(mots)) return Completions::proposer(*autres, session);
+
+  auto lue = LigneCommande::lire(mots);
+  if (const auto* faute = std::get_if<FauteLigne>(&lue)) {
+    session.erreurs.avertir(faute->message);
+    session.erreurs.montrer({{Aide::usage(faute->outil)}});
+    return Statut::mauvaiseLigne;
+  }
+  const int statut = mener(std::get<LigneCommande>(lue), session);
+  if (!session.sortie.perdu()) return statut;
+  session.erreurs.avertir("La sortie ne s'écrit pas.");
+  return Statut::sansReponse;
+}
+
+}  // namespace tarnavelle::Client

@@ -1,0 +1,116 @@
+#include "Commandes.hpp"
+
+#include <filesystem>
+#include <string>
+
+#include "Agents/InjectionPorte.hpp"
+#include "Aide.hpp"
+#include "Catalogue.hpp"
+#include "Depot.hpp"
+#include "Manuel.hpp"
+#include "Porte/GuideAgent.hpp"
+#include "Porte/PorteControle.hpp"
+#include "Proche.hpp"
+#include "Programme.hpp"
+#include "ScriptsCompletion.hpp"
+#include "Socle/Shell.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle::Commandes {
+namespace {
+
+int refuser(Session& session, std::string_view message, int statut = Statut::mauvaiseLigne) {
+  session.erreurs.avertir(message);
+  return statut;
+}
+
+/// The text without what a file name must not hold.
+std::string commeNomDeFichier(std::string_view texte) {
+  constexpr std::size_t longueurMax = 60;  // characters; file systems stop at 255 bytes
+  std::string nom(Texte::premiers(texte, longueurMax));
+  for (char& c : nom)
+    if (c == '/' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '-';
+  return nom;
+}
+
+}  // namespace
+
+int aide(Session& session, const Json& arguments) {
+  const std::string mot = Champ::texte(arguments, "verbe");
+  const auto colonnes = session.sortie.colonnes();
+  if (Texte::rogner(mot).empty()) {
+    session.sortie.montrer(Aide::generale(colonnes));
+    return Statut::fait;
+  }
+  const OutilVoix* outil = commande(mot).outil;
+  if (!outil) {
+    std::string message = "Verbe inconnu : « " + Texte::tronquer(mot, 40) + " ».";
+    if (const auto proche = nomProche(mot, nomsDesCommandes()))
+      message += " Vouliez-vous dire " + *proche + " ?";
+    return refuser(session, message);
+  }
+  session.sortie.montrer(Aide::deCommande(*outil, colonnes));
+  return Statut::fait;
+}
+
+int configurationMCP(Session& session, const Json& arguments) {
+  const auto pont = Programme::pont(session.environnement);
+  if (!pont)
+    return refuser(session,
+                   "Pont introuvable : ni TARNAVELLE_MCP_SERVER ni tarnavelle-mcp à côté de ce programme ne "
+                   "désignent un exécutable.");
+  const auto porte = PorteControle::resoudrePorte(session.environnement);
+  if (!porte) return refuser(session, porteIntrouvable, Statut::sansReponse);
+  const InjectionPorte::Porte injectee{
+      .url = std::string(PorteControle::urlBase(porte->url)),
+      .token = porte->jeton,
+      .nodeId = session.environnement.texte("TARNAVELLE_NODE_ID").value_or("")};
+
+  std::string configuration;
+  if (Champ::booleen(arguments, "codex", false)) {
+    for (const std::string& mot : InjectionPorte::arguments(
+             {.cli = AgentCLI::codex(), .actif = true, .binaireMCP = *pont, .porte = injectee}))
+      configuration.append(configuration.empty() ? "" : " ").append(mot == "-c" ? mot : Shell::mot(mot));
+  } else {
+    if (!Texte::utf8Valide(*pont)) return refuser(session, "Le chemin du pont n'est pas de l'UTF-8 valide.");
+    configuration = InjectionPorte::configLigne(*pont, injectee);
+  }
+  configuration += "\n";
+
+  if (const auto fichier = Champ::texte(arguments, "fichier"); !fichier.empty())
+    return deposer(session, fichier, configuration, Statut::mauvaiseLigne);
+  session.sortie.rendre(configuration);
+  if (session.sortie.terminal() && !injectee.token.empty())
+    session.erreurs.avertir("Attention : ce texte contient le jeton de la porte. C'est un secret.");
+  return Statut::fait;
+}
+
+int guide(Session& session, const Json& arguments) {
+  const Variables& environnement = session.environnement;
+  const std::string document = GuideAgent::markdown(GuideAgent::Contexte::depuisEnvironnement(
+      environnement,
+      {.binaireCtl = Programme::chemin(), .binaireMCP = Programme::pont(environnement).value_or("")}));
+  if (!Champ::booleen(arguments, "fichier", false)) {
+    session.sortie.rendre(document);
+    return Statut::fait;
+  }
+  const std::string sessionAgent = environnement.texte("TARNAVELLE_NODE_ID").value_or("locale");
+  const std::filesystem::path ecrit = environnement.texte("TARNAVELLE_AGENT_GUIDE").value_or("");
+  return deposer(session, ecrit.parent_path() / GuideAgent::nomFichier(commeNomDeFichier(sessionAgent)),
+                 document, Statut::mauvaiseLigne);
+}
+
+int completions(Session& session, const Json& arguments) {
+  const std::string shell = Champ::texte(arguments, "shell");
+  const auto script = scriptCompletion(shell);
+  if (!script) return refuser(session, "Ni bash, ni zsh, ni fish : « " + Texte::tronquer(shell, 40) + " ».");
+  session.sortie.rendre(*script);
+  return Statut::fait;
+}
+
+int manuel(Session& session, const Json&) {
+  session.sortie.rendre(Manuel::page());
+  return Statut::fait;
+}
+
+}  // namespace tarnavelle::Commandes

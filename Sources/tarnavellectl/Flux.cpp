@@ -1,0 +1,51 @@
+#include "Flux.hpp"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "Socle/Colonnes.hpp"
+#include "Socle/Fichiers.hpp"
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+Flux::Flux(int descripteur, const Variables& environnement)
+    : descripteur_(descripteur), terminal_(::isatty(descripteur) == 1) {
+  // https://no-color.org: any value but an empty one.
+  couleurs_ = terminal_ && environnement.octets("NO_COLOR").value_or("").empty() &&
+              environnement.texte("TERM").value_or("dumb") != "dumb";
+}
+
+std::optional<std::size_t> Flux::colonnes() const {
+  if (!terminal_) return std::nullopt;
+  constexpr std::size_t usuelles = 80;
+  winsize taille{};
+  if (::ioctl(descripteur_, TIOCGWINSZ, &taille) != 0 || taille.ws_col == 0) return usuelles;
+  return taille.ws_col;
+}
+
+void Flux::montrer(const Page& page) {
+  std::string texte;
+  for (const Ligne& ligne : page) {
+    const bool teinte = ligne.titre && couleurs_;
+    texte.append(teinte ? "\033[1m" : "").append(Colonnes::montrable(ligne.texte, "\n\t"));
+    texte.append(teinte ? "\033[0m\n" : "\n");
+  }
+  ecrire(texte);
+}
+
+void Flux::avertir(std::string_view message) {
+  ecrire((couleurs_ ? "\033[31mtarnavellectl :\033[0m " : "tarnavellectl : ") +
+         Colonnes::montrable(message, "\n\t") + "\n");
+}
+
+void Flux::rendre(std::string_view document) {
+  if (!terminal_) return ecrire(document);
+  std::string texte = Colonnes::montrable(document, "\n\t");
+  if (!texte.ends_with('\n')) texte += '\n';
+  ecrire(texte);
+}
+
+void Flux::ecrire(std::string_view octets) { perdu_ = !ecrireTout(descripteur_, octets) || perdu_; }
+
+}  // namespace tarnavelle

@@ -1,0 +1,175 @@
+#include "LigneCommande.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "Porte/CommandeControle.hpp"
+#include "Proche.hpp"
+#include "Socle/Texte.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using Genre = ParamVoix::Genre;
+
+bool estOption(std::string_view mot) { return mot.starts_with("--"); }
+
+/// The boolean that a text reads as for the door; nothing when it reads as none.
+std::optional<bool> commeBooleen(const std::string& texte) {
+  const Json lu = {{"b", texte}};
+  const bool valeur = Champ::booleen(lu, "b", false);
+  return valeur == Champ::booleen(lu, "b", true) ? std::optional(valeur) : std::nullopt;
+}
+
+class Decoupage {
+ public:
+  explicit Decoupage(const std::vector<std::string>& mots) : mots_(mots) {}
+
+  std::variant<LigneCommande, FauteLigne> faire() {
+    bool options = true;
+    for (; i_ < mots_.size(); ++i_) {
+      const std::string& mot = mots_[i_];
+      if (!Texte::utf8Valide(mot)) refuser("Ce mot n'est pas de l'UTF-8 valide : « " + mot + " ».");
+      if (options && mot == "--")
+        options = false;
+      else if (options && mot == "-h")
+        ligne_.aide = true;
+      else if (options && estOption(mot))
+        option(mot.substr(2));
+      else if (ligne_.mot.empty())
+        nommer(mot);
+      else
+        ligne_.mots.positionnels.push_back(mot);
+    }
+    // Whoever asks for help does not want to be told off.
+    if (ligne_.aide || ligne_.version) return std::move(ligne_);
+    if (!faute_) achever();
+    if (faute_) return std::move(*faute_);
+    return std::move(ligne_);
+  }
+
+ private:
+  void refuser(std::string message) {
+    if (!faute_) faute_ = FauteLigne{std::move(message), ligne_.commande.outil};
+  }
+
+  void nommer(const std::string& mot) {
+    if (Texte::rogner(mot).empty()) return refuser("Le verbe est vide.");
+    ligne_.mot = mot;
+    ligne_.commande = commande(mot);
+    drapeaux_ = ligne_.commande.locale ? ligne_.commande.outil->drapeauxBooleens()
+                                       : CommandeControle::drapeauxBooleens(mot);
+  }
+
+  void option(const std::string& texte) {
+    const auto egal = texte.find('=');
+    const std::string nom = texte.substr(0, egal);
+    std::optional<std::string> valeur;
+    if (egal != texte.npos) valeur = texte.substr(egal + 1);
+
+    const OutilVoix* outil = ligne_.commande.outil;
+    if (outil)
+      for (const ParamVoix& p : outil->parametres)
+        if (nomme(nom, p)) return drapeaux_.contains(p.nom) ? booleen(p, valeur) : valeurDe(p, valeur);
+    for (const OptionCommune& commune : optionsCommunes())
+      if (nomme(nom, commune.parametre)) {
+        if (valeur) return refuser(commeOption(commune.parametre) + " ne prend pas de valeur.");
+        ligne_.*commune.champ = true;
+        return;
+      }
+    if (!ligne_.mot.empty() && !outil)  // the door will answer for the verb
+      ligne_.laisses.push_back("--" + texte);
+    else
+      refuser(inconnue(nom));
+  }
+
+  std::string inconnue(const std::string& nom) const {
+    std::vector<std::string> noms;
+    if (const OutilVoix* outil = ligne_.commande.outil)
+      for (const ParamVoix& p : outil->parametres) noms.push_back(commeOption(p));
+    for (const OptionCommune& commune : optionsCommunes()) noms.push_back(commeOption(commune.parametre));
+    std::string message = "Option inconnue : --" + Texte::tronquer(nom, 40) + ".";
+    if (ligne_.mot.empty()) message = "Option inconnue avant le verbe : --" + Texte::tronquer(nom, 40) + ".";
+    if (const auto proche = nomProche("--" + nom, noms)) message += " Vouliez-vous dire " + *proche + " ?";
+    return message;
+  }
+
+  void booleen(const ParamVoix& param, const std::optional<std::string>& valeur) {
+    const std::string option = commeOption(param);
+    if (valeur) {
+      const auto lue = commeBooleen(*valeur);
+      if (!lue) return refuser(option + " vaut true ou false, pas « " + Texte::tronquer(*valeur, 40) + " ».");
+      ligne_.mots.drapeaux.erase(param.nom);
+      ligne_.mots.options[param.nom] = *lue ? "true" : "false";
+      return;
+    }
+    if (i_ + 1 < mots_.size() && commeBooleen(mots_[i_ + 1])) {
+      const std::string& suivant = mots_[i_ + 1];
+      return refuser(option + " ne prend pas de mot pour valeur. Écrivez " + option + "=" + suivant +
+                     ", ou placez le mot « " + suivant + " » avant l'option.");
+    }
+    ligne_.mots.options.erase(param.nom);
+    ligne_.mots.drapeaux.insert(param.nom);
+  }
+
+  void valeurDe(const ParamVoix& param, std::optional<std::string> valeur) {
+    if (!valeur) {
+      if (i_ + 1 == mots_.size() || estOption(mots_[i_ + 1])) {
+        std::string message = "Il manque la valeur de " + commeOption(param) + ".";
+        if (i_ + 1 < mots_.size())
+          message += " Si c'est « " + Texte::tronquer(mots_[i_ + 1], 40) + " », écrivez " + commeOption(param) +
+                     "=" + Texte::tronquer(mots_[i_ + 1], 40);
+        return refuser(std::move(message));
+      }
+      valeur = mots_[++i_];
+      if (!Texte::utf8Valide(*valeur))
+        return refuser("La valeur de " + commeOption(param) + " n'est pas de l'UTF-8 valide.");
+    }
+    ligne_.mots.options[param.nom] = std::move(*valeur);
+  }
+
+  void achever() {
+    if (ligne_.mot.empty()) return refuser("Il manque le verbe.");
+    const OutilVoix* outil = ligne_.commande.outil;
+    if (outil) ligne_.arguments = outil->arguments(ligne_.mots);
+    std::size_t places = 0;  // words that fill a parameter
+    if (outil)
+      for (const ParamVoix& p : outil->parametres) {
+        const bool donne = ligne_.arguments.contains(p.nom);
+        if (p.requis && !donne) return refuser("Il manque « " + p.nom + " ». " + p.description);
+        places += donne && p.genre == Genre::texte && !ligne_.mots.options.contains(p.nom);
+      }
+    const auto& mots = ligne_.mots.positionnels;
+    ligne_.laisses.insert(ligne_.laisses.begin(), mots.begin() + static_cast<std::ptrdiff_t>(places),
+                          mots.end());
+  }
+
+  const std::vector<std::string>& mots_;
+  std::size_t i_ = 0;
+  LigneCommande ligne_;
+  std::set<std::string, std::less<>> drapeaux_;  ///< the command's options that take no value
+  std::optional<FauteLigne> faute_;
+};
+
+}  // namespace
+
+const std::vector<OptionCommune>& optionsCommunes() {
+  const auto option = [](const char* nom, const char* description, bool LigneCommande::*champ) {
+    return OptionCommune{{nom, Genre::booleen, description, false}, champ};
+  };
+  static const std::vector<OptionCommune> options = {
+      option("json", "Rend le corps de la réponse de la porte, tel quel.", &LigneCommande::json),
+      option("donnees", "Montre les données de la réponse plutôt que sa phrase.", &LigneCommande::donnees),
+      option("help", "Montre l'aide, celle d'un verbe s'il est donné ; -h de même.", &LigneCommande::aide),
+      option("version", "Dit la version du client.", &LigneCommande::version),
+  };
+  return options;
+}
+
+std::variant<LigneCommande, FauteLigne> LigneCommande::lire(const std::vector<std::string>& arguments) {
+  return Decoupage(arguments).faire();
+}
+
+}  // namespace tarnavelle

@@ -1,0 +1,47 @@
+// The command line, split: VERB [words…] [--option value] [--flag]. Pure.
+//
+// Options are those with two dashes, dashed or underscored, before or after the words; "--option=value"
+// too; "--" ends them. A word with one dash is a word ("-3"), but for "-h". A value never starts with two
+// dashes unless "=" gives it, so a forgotten value is told rather than guessed. A boolean takes no value
+// but with "=": a word beside it that reads as one is told too, for it would silently be something else.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "Catalogue.hpp"
+#include "Socle/LectureJSON.hpp"
+
+namespace tarnavelle {
+
+/// Why a command line cannot be carried out, and of which command it tells the usage (null: none).
+struct FauteLigne {
+  std::string message;
+  const OutilVoix* outil = nullptr;
+};
+
+struct LigneCommande {
+  std::string mot;  ///< the verb as typed, empty when there is none
+  CommandeNommee commande;
+  MotsCLI mots;  ///< option names are those of the parameters, a boolean's value is "true" or "false"
+  Json arguments = Json::object();   ///< what the words make of a known command, unless help is asked for
+  std::vector<std::string> laisses;  ///< surplus words, and the options of an unknown verb
+  bool json = false;
+  bool donnees = false;
+  bool aide = false;
+  bool version = false;
+
+  /// Splits the words that follow the program's name.
+  static std::variant<LigneCommande, FauteLigne> lire(const std::vector<std::string>& arguments);
+};
+
+/// An option that goes with every command, unless a command has a parameter of that name.
+struct OptionCommune {
+  ParamVoix parametre;
+  bool LigneCommande::*champ;
+};
+const std::vector<OptionCommune>& optionsCommunes();
+
+}  // namespace tarnavelle
