@@ -28,7 +28,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   }
   if (const auto cumul = CumulVoixDuJour::lire(texte)) {
     exiger(CumulVoixDuJour::lire(EcritureJSON::compacte(cumul->json()).value()) == cumul);
-    const auto suivant = cumul->ajoutant(cumul->usd, {}, {[](auto) { return std::chrono::seconds(0); }});
+    const auto suivant = cumul->ajoutant(cumul->usd, {}, Calendrier{});
     exiger(suivant.jour == "1970-01-01" && suivant.sessions >= std::min<std::int64_t>(cumul->sessions, 1));
     exiger(CumulVoixDuJour::lire(EcritureJSON::compacte(suivant.json()).value()) == suivant);
   }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <limits>
 
@@ -97,7 +96,7 @@ TEST(UsageRealtime, CouteEtSeDit) {
 }
 
 TEST(CumulVoixDuJour, CompteUnJour) {
-  const Calendrier utc{[](sys_seconds) { return 0s; }}, tokyo{[](sys_seconds) { return 9h; }};
+  const Calendrier utc, tokyo{[](sys_seconds) { return 9h; }};
   const auto soir = sys_days(2026y / March / 9) + 20h;
   const CumulVoixDuJour vide;
   const auto un = vide.ajoutant(0.126, soir, utc);

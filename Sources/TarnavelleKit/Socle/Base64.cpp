@@ -34,20 +34,19 @@ std::uint32_t groupe(const char* c) {
 }  // namespace
 
 std::string coder(std::span<const std::uint8_t> octets) {
-  std::string texte((octets.size() + 2) / 3 * 4, '=');
+  std::string texte((octets.size() + 2) / 3 * 4, '\0');
   char* sortie = texte.data();
-  const auto ecrire = [&sortie](std::uint32_t bits, int caracteres) {
-    const auto &tete = paires[bits >> 12], &queue = paires[bits & 4095];
-    *sortie++ = tete[0];
-    *sortie++ = tete[1];
-    if (caracteres > 2) *sortie++ = queue[0];
-    if (caracteres > 3) *sortie++ = queue[1];
+  const auto ecrire = [&sortie](std::uint32_t bits) {
+    for (const auto& paire : {paires[bits >> 12], paires[bits & 4095]}) {
+      *sortie++ = paire[0];
+      *sortie++ = paire[1];
+    }
   };
-  const auto lire = [&octets](std::size_t i) -> std::uint32_t { return i < octets.size() ? octets[i] : 0; };
-  std::size_t i = 0;
-  for (; i + 3 <= octets.size(); i += 3)
-    ecrire(std::uint32_t{octets[i]} << 16 | std::uint32_t{octets[i + 1]} << 8 | octets[i + 2], 4);
-  if (i < octets.size()) ecrire(lire(i) << 16 | lire(i + 1) << 8, i + 1 < octets.size() ? 3 : 2);
+  for (; octets.size() >= 3; octets = octets.subspan(3))
+    ecrire(std::uint32_t{octets[0]} << 16 | std::uint32_t{octets[1]} << 8 | octets[2]);
+  if (octets.empty()) return texte;
+  ecrire(std::uint32_t{octets[0]} << 16 | (octets.size() == 2 ? std::uint32_t{octets[1]} << 8 : 0));
+  texte.replace(texte.size() - 3 + octets.size(), std::string::npos, 3 - octets.size(), '=');
   return texte;
 }
 
@@ -70,7 +69,7 @@ std::optional<Octets> decoder(std::string_view texte) {
   for (std::size_t i = 0; i < manquants; ++i) fin[3 - i] = 'A';
   ecrire(groupe(fin.data()));
   if (vus & intrus) return std::nullopt;
-  octets.resize(octets.size() - manquants);
+  for (std::size_t i = 0; i < manquants; ++i) octets.pop_back();
   return octets;
 }
 

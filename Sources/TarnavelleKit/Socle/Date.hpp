@@ -12,8 +12,10 @@ namespace tarnavelle {
 
 /// The Gregorian calendar in one time zone.
 struct Calendrier {
-  /// How far local time is ahead of UTC at an instant.
-  std::function<std::chrono::seconds(std::chrono::sys_seconds)> avance;
+  /// How far local time is ahead of UTC at an instant; UTC itself when not given.
+  std::function<std::chrono::seconds(std::chrono::sys_seconds)> avance = [](std::chrono::sys_seconds) {
+    return std::chrono::seconds(0);
+  };
 
   /// The process's time zone, as it is at each question.
   static Calendrier local();

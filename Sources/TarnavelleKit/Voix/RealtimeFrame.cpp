@@ -41,9 +41,8 @@ RealtimeFrame message(const Json& item) {
 
 RealtimeFrame erreur(const Json& evenement) {
   const Json* erreur = Champ::membre(evenement, "error");
-  const std::string* texte = !erreur               ? nullptr
-                             : erreur->is_object() ? Champ::chaine(*erreur, "message")
-                                                   : erreur->get_ptr<const std::string*>();
+  const std::string* texte = Champ::chaine(evenement, "error");
+  if (erreur && !texte) texte = Champ::chaine(*erreur, "message");
   return {RealtimeFrame::error{texte ? *texte : "erreur Realtime"}};
 }
 
