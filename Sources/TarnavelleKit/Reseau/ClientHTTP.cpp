@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "Reseau/ConnexionInterne.hpp"
-#include "Socle/Texte.hpp"
+#include "Reseau/RequeteInterne.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -26,17 +26,6 @@ constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes asked of the socket 
 struct ClientHTTP::Cible {
   std::string url;
   Adresse adresse;
-
-  std::string texte(const RequeteHTTP& requete) const {
-    std::string t;
-    t.reserve(256 + requete.corps.size());
-    t.append(requete.methode).append(" ").append(adresse.chemin).append(" HTTP/1.1\r\nHost: ");
-    t.append(adresse.entete);
-    for (const EnteteHTTP& e : requete.entetes) t.append("\r\n").append(e.nom).append(": ").append(e.valeur);
-    t.append("\r\nContent-Length: ").append(std::to_string(requete.corps.size()));
-    t.append("\r\n\r\n").append(requete.corps);
-    return t;
-  }
 };
 
 /// One connection and the exchange under way on it. It owns its event loop, so that an exchange that
@@ -57,7 +46,7 @@ class ClientHTTP::Liaison {
 
   /// One exchange, until it is over or `echeance`. Returns whether it is over.
   bool echanger(const RequeteHTTP& requete, std::size_t corpsMax, Horloge::time_point echeance) {
-    requete_ = cible_.texte(requete);
+    requete_ = octets(requete, cible_.adresse);
     entamee_ = true;
     corpsMax_ = corpsMax;
     envoyes_ = 0;
@@ -202,8 +191,7 @@ ClientHTTP::~ClientHTTP() = default;
 
 std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
   const auto debut = Horloge::now();
-  for (const EnteteHTTP& entete : requete.entetes)
-    if (Texte::porteControle(entete.valeur)) return std::nullopt;
+  if (!envoyable(requete)) return std::nullopt;
 
   try {
     auto liaison = std::move(gardee_);

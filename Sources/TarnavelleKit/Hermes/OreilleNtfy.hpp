@@ -1,0 +1,106 @@
+// The cockpit's ear on Hermès: carries the subscription's life out (connecting, open, opened afresh every hour,
+// waiting after a failure, given up) as AbonnementNtfy decides it, and delivers each notice once. The
+// connection, the waits and the clock come from outside; EcouteNtfy brings the real ones.
+//
+// `ecouter` takes the thread it is called on; interrupting the stream ends it at once, from any thread.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "Hermes/AbonnementNtfy.hpp"
+#include "Hermes/JournalIdsNtfy.hpp"
+#include "Hermes/MessageNtfy.hpp"
+#include "Hermes/ReglageNtfy.hpp"
+#include "Socle/FluxLignes.hpp"
+
+namespace tarnavelle {
+
+class OreilleNtfy {
+ public:
+  using Secondes = AbonnementNtfy::Secondes;
+  /// The time since some fixed moment, which never goes back and goes on while the machine sleeps.
+  using Horloge = std::function<Secondes()>;
+
+  struct Etat {
+    struct connexion {
+      bool operator==(const connexion&) const = default;
+    };
+    /// The server has given its first sign of life.
+    struct ouverte {
+      bool operator==(const ouverte&) const = default;
+    };
+    /// Another attempt follows.
+    struct attente {
+      EchecNtfy echec;
+      Secondes recul{0};
+      bool operator==(const attente&) const = default;
+    };
+
+    std::variant<connexion, ouverte, attente> cas;
+
+    bool operator==(const Etat&) const = default;
+  };
+
+  /// Called on the thread that listens; either may be empty.
+  struct Rappels {
+    std::function<void(const MessageNtfy&)> surMessage;
+    std::function<void(const Etat&)> surEtat;
+  };
+
+  /// Why the ear no longer listens.
+  struct Fin {
+    /// There is nothing to listen to: the setting is refused, or this cockpit never listens.
+    struct fermee {
+      bool operator==(const fermee&) const = default;
+    };
+    /// The stream was interrupted.
+    struct arretee {
+      bool operator==(const arretee&) const = default;
+    };
+    struct abandonnee {
+      std::string message;  ///< in French, for the operator
+      bool operator==(const abandonnee&) const = default;
+    };
+
+    std::variant<fermee, arretee, abandonnee> cas;
+
+    bool operator==(const Fin&) const = default;
+  };
+
+  struct Cockpit {
+    bool headless = false;
+    bool demo = false;
+  };
+
+  static constexpr int memoire = 1000;  ///< notices that are known when they come again
+
+  /// The stream must outlive the ear.
+  OreilleNtfy(FluxLignes& flux, Horloge horloge, Rappels rappels);
+
+  Fin ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit);
+
+ private:
+  struct rotation {};
+  struct arret {};
+  using Issue = std::variant<rotation, arret, EchecNtfy>;
+
+  /// One connection, from its opening to its end.
+  Issue suivre(const RequeteHTTP& requete, std::string_view topic);
+  void entendre(std::string_view ligne, std::string_view topic);
+  void dire(Etat etat) const;
+
+  FluxLignes& flux_;
+  Horloge horloge_;
+  Rappels rappels_;
+  JournalIdsNtfy journal_{memoire};
+  std::optional<Secondes> dernierSigne_;
+  int tentative_ = 0;
+  bool dejaRepris_ = false;
+  bool ouverte_ = false;
+};
+
+}  // namespace tarnavelle

@@ -1,0 +1,67 @@
+// One turn of a conversation with the remote agent: asks the gateway, delivers the events of its answer in
+// their order, and says how it ended, once. The connection comes from outside; ConversationHermes brings the
+// real one.
+//
+// `jouer` takes the thread it is called on; interrupting the stream ends it at once, from any thread.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <variant>
+
+#include "Hermes/EvenementGateway.hpp"
+#include "Hermes/FluxGateway.hpp"
+#include "Hermes/RequeteGateway.hpp"
+#include "Socle/FluxLignes.hpp"
+
+namespace tarnavelle {
+
+/// How a turn ended.
+struct IssueTour {
+  /// The end marker came.
+  struct finie {
+    bool operator==(const finie&) const = default;
+  };
+  /// The stream was interrupted.
+  struct arretee {
+    bool operator==(const arretee&) const = default;
+  };
+  struct echouee {
+    ErreurFluxGateway erreur;
+    /// What to do now; nothing when the gateway itself refused.
+    std::optional<RepliApresCoupure::Decision> repli;
+    bool operator==(const echouee&) const = default;
+  };
+
+  std::variant<finie, arretee, echouee> cas;
+
+  bool operator==(const IssueTour&) const = default;
+};
+
+class TourHermes {
+ public:
+  /// Every event but `rien`.
+  using SurEvenement = std::function<void(const EvenementGateway&)>;
+
+  /// The stream must outlive the turn.
+  explicit TourHermes(FluxLignes& flux) : flux_(flux) {}
+
+  /// Once per turn.
+  IssueTour jouer(const RequeteGateway::Tour& tour, const SurEvenement& surEvenement);
+
+  /// The user has approved something that the agent asked for during this turn. From any thread.
+  void donnerFeuVert() { feuVert_ = true; }
+
+ private:
+  IssueTour suivre(const RequeteHTTP& requete, const SurEvenement& surEvenement);
+  void noter(const EvenementGateway& evenement);
+  IssueTour couper(ErreurFluxGateway erreur) const;
+  IssueTour perdre(ErreurReseau erreur) const;
+
+  FluxLignes& flux_;
+  RepliApresCoupure::Vus vus_;
+  std::atomic<bool> feuVert_ = false;
+};
+
+}  // namespace tarnavelle

@@ -1,0 +1,262 @@
+#include "Reseau/FluxHTTP.hpp"
+
+#include <algorithm>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/string.hpp>
+#include <boost/beast/http.hpp>
+#include <utility>
+#include <vector>
+
+#include "Reseau/BoucleInterne.hpp"
+#include "Reseau/RequeteInterne.hpp"
+#include "Socle/LecteurLignesFlux.hpp"
+
+namespace tarnavelle {
+namespace {
+
+namespace beast = boost::beast;
+namespace http = beast::http;
+using namespace interne;
+using Horloge = std::chrono::steady_clock;
+using Echeance = std::optional<Horloge::time_point>;
+
+constexpr std::uint32_t entetesMax = 64 * 1024;  ///< bytes of the answer's headers
+constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes read at a time
+
+template <class Entetes>
+bool tousEgaux(const Entetes& entetes, http::field champ, std::string_view valeur) {
+  const auto [debut, fin] = entetes.equal_range(champ);
+  return std::all_of(debut, fin, [&](const auto& entete) {
+    return entete.value().empty() || beast::iequals(entete.value(), {valeur.data(), valeur.size()});
+  });
+}
+
+/// What comes is no HTTP, as opposed to nothing coming any more.
+bool malForme(const Erreur& erreur) {
+  return erreur.category() == make_error_code(http::error::bad_chunk).category() &&
+         erreur != http::error::end_of_stream && erreur != http::error::partial_message;
+}
+
+/// The connection, and when its last byte came.
+class Source : public Connexion {
+ public:
+  using Connexion::Connexion;
+  using Connexion::read_some;
+
+  template <class Tampons>
+  std::size_t read_some(const Tampons& tampons, Erreur& erreur) {
+    const auto lus = Connexion::read_some(tampons, erreur);
+    if (lus > 0) dernier = Horloge::now();
+    return lus;
+  }
+
+  Horloge::time_point dernier;
+};
+
+}  // namespace
+
+/// One request and what is answered, on an event loop of its own. The loop turns only within a call, on the
+/// caller's thread, unless a name look-up must be left to end.
+class FluxHTTP::Echange {
+ public:
+  Echange(const RequeteHTTP& requete, const Adresse& adresse, const std::atomic<bool>& interrompu)
+      : interrompu_(interrompu),
+        requete_(octets(requete, adresse)),
+        silence_(requete.delai),
+        connexion_(boucle_, adresse.tls),
+        corps_(lectureMax) {
+    tampon_.reserve(lectureMax);
+  }
+
+  std::variant<int, ErreurReseau> ouvrir(const Adresse& adresse) {
+    connexion_.ouvrir(adresse, std::min<std::chrono::milliseconds>(silence_, ouvertureMax),
+                      [this](std::optional<ErreurReseau> erreur) {
+                        prete_ = true;
+                        if (erreur) perte_ = erreur;
+                      });
+    // The opening ends by itself in time.
+    if (!tourner([this] { return prete_; }, {}) || perte_) return perdre(ErreurReseau::annulee);
+
+    connexion_.dernier = Horloge::now();
+    asio::async_write(connexion_, asio::buffer(requete_), [this](Erreur erreur, std::size_t envoyes) {
+      ecrite_ = true;
+      // A peer that refuses a large body may have said why before it closed.
+      if (erreur && envoyes == 0) perte_ = classer(erreur);
+    });
+    if (!tourner([this] { return ecrite_; }, connexion_.dernier + silence_) || perte_)
+      return perdre(ErreurReseau::delaiDepasse);
+
+    connexion_.dernier = Horloge::now();
+    do {
+      analyseur_.emplace();
+      analyseur_->eager(true);
+      analyseur_->body_limit(boost::none);
+      analyseur_->header_limit(entetesMax);
+      while (!analyseur_->is_header_done()) {
+        if (interrompu_ || perte_ || illisible_) return perdre(ErreurReseau::autre);
+        lire({});
+      }
+    } while (analyseur_->get().result_int() < 200);  // interim responses precede the final one
+    const auto& reponse = analyseur_->get();
+    encodee_ = !tousEgaux(reponse, http::field::content_encoding, "identity") ||
+               !tousEgaux(reponse, http::field::transfer_encoding, "chunked");
+    return static_cast<int>(reponse.result_int());
+  }
+
+  LectureFlux suivante(std::optional<std::chrono::milliseconds> attente) {
+    Echeance limite;
+    if (attente) limite = Horloge::now() + *attente;
+    while (true) {
+      if (interrompu_) return {LectureFlux::perte{ErreurReseau::annulee}};
+      if (encodee_) return {LectureFlux::illisible{}};
+      if (const auto ligne = lignes_.suivante()) return {LectureFlux::ligne{*ligne}};
+      if (lignes_.tropLongue() || illisible_) return {LectureFlux::illisible{}};
+      if (perte_) return {LectureFlux::perte{*perte_}};
+      if (analyseur_->is_done()) {
+        if (const auto ligne = lignes_.derniere()) return {LectureFlux::ligne{*ligne}};
+        return {LectureFlux::fin{}};
+      }
+      if (limite && Horloge::now() >= *limite) return {LectureFlux::attente{}};
+      lire(limite);
+    }
+  }
+
+  /// From any thread: ends the turn of the loop that is under way.
+  void reveiller() { boucle_.stop(); }
+
+  /// Ends everything. What cannot be ended keeps the exchange until it has ended by itself.
+  static void abandonner(std::shared_ptr<Echange> echange) {
+    if (!echange) return;
+    echange->connexion_.fermer();
+    asio::io_context& boucle = echange->boucle_;
+    boucle.restart();
+    boucle.poll();
+    if (!boucle.stopped()) lancerBoucle(boucle, std::move(echange), [] {});  // a name look-up is under way
+  }
+
+ private:
+  /// Turns the loop until `fait`; false when the deadline or an interruption came first.
+  template <class Fait>
+  bool tourner(Fait fait, Echeance echeance) {
+    while (!fait()) {
+      boucle_.restart();
+      if (interrompu_) return false;  // asked for after the restart, or it could go unheard
+      if (echeance)
+        boucle_.run_one_until(*echeance);
+      else
+        boucle_.run_one();
+      if (echeance && !fait() && Horloge::now() >= *echeance) return false;
+    }
+    return true;
+  }
+
+  ErreurReseau perdre(ErreurReseau siRienDAutre) {
+    if (interrompu_) return ErreurReseau::annulee;
+    return perte_.value_or(siRienDAutre);
+  }
+
+  /// Takes what is there; when there is nothing, waits for something, `limite` or the end of the silence.
+  void lire(Echeance limite) {
+    const bool enteteLu = analyseur_->is_header_done();
+    auto& corps = analyseur_->get().body();
+    corps = {.data = corps_.data(), .size = corps_.size(), .more = true};
+    Erreur erreur;
+    http::read_some(connexion_, tampon_, *analyseur_, erreur);
+    const std::size_t lus = corps_.size() - corps.size;
+    lignes_.ajouter({corps_.data(), lus});
+    if (erreur == asio::error::would_block) {
+      // Something may have been read all the same, before what was not there.
+      if (lus == 0 && analyseur_->is_header_done() == enteteLu) attendre(limite);
+    } else if (malForme(erreur) && erreur != http::error::need_buffer) {
+      illisible_ = true;
+    } else if (erreur && erreur != http::error::need_buffer) {
+      perte_ = classer(erreur);
+    }
+  }
+
+  void attendre(Echeance limite) {
+    if (!std::exchange(attendue_, true))
+      connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur) { attendue_ = false; });
+    const auto silence = connexion_.dernier + silence_;
+    tourner([this] { return !attendue_; }, limite ? std::min(*limite, silence) : silence);
+    if (attendue_ && !interrompu_ && Horloge::now() >= silence) perte_ = ErreurReseau::delaiDepasse;
+  }
+
+  const std::atomic<bool>& interrompu_;
+  const std::string requete_;
+  const std::chrono::milliseconds silence_;
+  asio::io_context boucle_{1};
+  Source connexion_;
+  /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
+  beast::flat_buffer tampon_{entetesMax + lectureMax};
+  std::optional<http::response_parser<http::buffer_body>> analyseur_;
+  std::vector<char> corps_;
+  LecteurLignesFlux lignes_;
+  bool prete_ = false;
+  bool ecrite_ = false;
+  bool attendue_ = false;   ///< the loop watches for bytes
+  bool encodee_ = false;    ///< the content is encoded: no line is to be found in it
+  bool illisible_ = false;  ///< what came last is no HTTP
+  std::optional<ErreurReseau> perte_;
+};
+
+FluxHTTP::FluxHTTP() = default;
+FluxHTTP::~FluxHTTP() { fermer(); }
+
+std::variant<int, ErreurReseau> FluxHTTP::ouvrir(const RequeteHTTP& requete) {
+  fermer();
+  const auto adresse = Adresse::depuis(requete.url, "http");
+  if (!adresse || !envoyable(requete)) return ErreurReseau::autre;
+  try {
+    RequeteHTTP complete = requete;
+    complete.entetes.push_back({"Accept-Encoding", "identity"});
+    auto echange = std::make_shared<Echange>(complete, *adresse, interrompu_);
+    {
+      const std::lock_guard garde(verrou_);
+      if (interrompu_) return ErreurReseau::annulee;
+      echange_ = echange;
+    }
+    auto issue = echange->ouvrir(*adresse);
+    if (std::holds_alternative<ErreurReseau>(issue)) fermer();
+    return issue;
+  } catch (const std::exception&) {  // memory or descriptors ran out
+    fermer();
+    return ErreurReseau::autre;
+  }
+}
+
+LectureFlux FluxHTTP::suivante(std::optional<std::chrono::milliseconds> attente) {
+  if (!echange_) return {LectureFlux::perte{interrompu_ ? ErreurReseau::annulee : ErreurReseau::autre}};
+  try {
+    return echange_->suivante(attente);
+  } catch (const std::exception&) {
+    fermer();
+    return {LectureFlux::perte{ErreurReseau::autre}};
+  }
+}
+
+void FluxHTTP::fermer() {
+  std::shared_ptr<Echange> echange;
+  {
+    const std::lock_guard garde(verrou_);
+    echange = std::move(echange_);
+  }
+  Echange::abandonner(std::move(echange));
+}
+
+void FluxHTTP::pauser(std::chrono::milliseconds duree) {
+  std::unique_lock garde(verrou_);
+  reveil_.wait_for(garde, duree, [this] { return interrompu_.load(); });
+}
+
+void FluxHTTP::interrompre() {
+  {
+    const std::lock_guard garde(verrou_);
+    interrompu_ = true;
+    if (echange_) echange_->reveiller();
+  }
+  reveil_.notify_all();
+}
+
+}  // namespace tarnavelle

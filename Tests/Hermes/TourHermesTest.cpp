@@ -1,0 +1,89 @@
+#include "Hermes/TourHermes.hpp"
+
+#include <gtest/gtest.h>
+
+#include "Hermes/Dire.hpp"
+#include "Hermes/MondeFlux.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using essai::ligne;
+using essai::MondeFlux;
+using essai::Ouverture;
+
+std::string dire(const IssueTour& issue) {
+  using E = ErreurFluxGateway;
+  const auto* echec = std::get_if<IssueTour::echouee>(&issue.cas);
+  if (!echec) return std::holds_alternative<IssueTour::finie>(issue.cas) ? "finie" : "arretee";
+  std::string texte = std::visit(Selon{[](const E::http& e) { return std::to_string(e.statut); },
+                                       [](const E::transport& e) { return e.phrase; },
+                                       [](const E::fluxTronque&) -> std::string { return "tronqué"; }},
+                                 echec->erreur.cas);
+  if (!echec->repli) return texte + (echec->erreur.sentLaSessionRefusee() ? ", session refusée" : "");
+  return texte + (*echec->repli == RepliApresCoupure::Decision::rejouerEnCLI ? ", rejouer" : ", annoncer");
+}
+
+constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";
+constexpr auto outil = R"(data: {"type":"tool.start","name":"n"})";
+constexpr auto outilFini = R"(data: {"type":"tool.end","name":"n"})";
+constexpr auto demande = R"(data: {"type":"approval.request","id":"i"})";
+constexpr auto feuVert = R"(data: {"type":"approval.responded","id":"i","approved":true})";
+constexpr auto feuRouge = R"(data: {"type":"approval.responded","id":"i","approved":false})";
+constexpr auto erreur = R"(data: {"error":"e"})";
+constexpr LectureFlux fin{LectureFlux::fin{}};
+constexpr LectureFlux illisible{LectureFlux::illisible{}};
+constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
+
+TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
+  const struct {
+    Ouverture ouverture;
+    std::string attendu;
+  } cas[] = {
+      {{200,
+        {ligne(0, ": x"), ligne(0, texte), ligne(0, ""), ligne(0, "data: {}"), ligne(0, outil), ligne(0, texte),
+         ligne(0, "data: [DONE]"), ligne(0, texte)}},
+       "texte|a; outil|n|∅; texte|a; finie"},
+      {{200, {ligne(0, erreur), ligne(0, "data: [DONE]")}}, "erreur|e; finie"},
+      {{400}, "400, session refusée"},
+      {{401}, "401"},
+      {{404}, "404, session refusée"},
+      {{422}, "422, session refusée"},
+      {{500}, "500"},
+      {{302}, "302"},
+      {{ErreurReseau::connexionImpossible}, "la passerelle d'Hermès est injoignable, rejouer"},
+      {{ErreurReseau::certificatPerime}, "la liaison chiffrée a échoué, rejouer"},
+      {{ErreurReseau::annulee}, "arretee"},
+      {{200, {{0, fin}}}, "tronqué, rejouer"},
+      {{200, {ligne(0, texte), {0, fin}}}, "texte|a; tronqué, rejouer"},
+      {{200, {ligne(0, texte), ligne(0, outil), {0, fin}}}, "texte|a; outil|n|∅; tronqué, annoncer"},
+      {{200, {ligne(0, outilFini), {0, illisible}}}, "outilFini|n; tronqué, annoncer"},
+      {{200, {ligne(0, demande), {0, fin}}}, "approbation|i|||∅|∅; tronqué, rejouer"},
+      {{200, {ligne(0, feuRouge), {0, perdue}}}, "tranchee|i|non; la liaison réseau a été coupée, rejouer"},
+      {{200, {ligne(0, feuVert), {0, perdue}}}, "tranchee|i|oui; la liaison réseau a été coupée, annoncer"},
+      {{200, {ligne(0, erreur)}}, "erreur|e; le serveur n'a plus rien dit, rejouer"},
+  };
+  for (const auto& c : cas) {
+    MondeFlux monde({c.ouverture});
+    std::string vu;
+    TourHermes tour(monde);
+    const auto issue =
+        tour.jouer({.base = "http://h/v1", .message = "m", .modele = "hermes", .cle = "k"},
+                   [&](const EvenementGateway& evenement) { vu += essai::dire(evenement) + "; "; });
+    EXPECT_EQ(vu + dire(issue), c.attendu);
+    ASSERT_EQ(monde.requetes.size(), 1u);
+    EXPECT_EQ(monde.requetes[0],
+              RequeteGateway::chat({.base = "http://h/v1", .message = "m", .modele = "hermes", .cle = "k"}));
+  }
+}
+
+TEST(TourHermes, UnFeuVertDonneIciCompteAussi) {
+  MondeFlux monde({{200, {ligne(0, demande), {0, fin}}}});
+  TourHermes tour(monde);
+  EXPECT_EQ(dire(tour.jouer({.base = "http://h", .message = "m", .modele = "m"},
+                            [&](const EvenementGateway&) { tour.donnerFeuVert(); })),
+            "tronqué, annoncer");
+}
+
+}  // namespace
+}  // namespace tarnavelle

@@ -1,0 +1,256 @@
+#include "Reseau/FluxHTTP.hpp"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <netdb.h>
+
+#include <future>
+
+#include "Reseau/PairTCP.hpp"
+#include "Socle/LecteurLignesFlux.hpp"
+#include "Socle/Selon.hpp"
+
+namespace {
+std::atomic<int> recherchesLentes = 0;
+std::atomic<int> recherchesFinies = 0;
+}  // namespace
+
+/// Stands before the system's: the look-up of one name takes three seconds.
+extern "C" int getaddrinfo(const char* nom, const char* service, const addrinfo* indices, addrinfo** resultat) {
+  if (nom && std::string_view(nom) == "lent.example") {
+    ++recherchesLentes;
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    ++recherchesFinies;
+    return EAI_AGAIN;
+  }
+  const auto suivante = reinterpret_cast<decltype(&getaddrinfo)>(::dlsym(RTLD_NEXT, "getaddrinfo"));
+  return suivante(nom, service, indices, resultat);
+}
+
+namespace tarnavelle {
+namespace {
+
+using essai::Connexion;
+using essai::PairTCP;
+using namespace std::chrono_literals;
+using Horloge = std::chrono::steady_clock;
+
+RequeteHTTP demander(const std::string& url, std::chrono::milliseconds delai = 5s) {
+  return {
+      .methode = "GET", .url = url, .entetes = {{"Authorization", "Bearer t"}}, .corps = "", .delai = delai};
+}
+
+std::string dire(ErreurReseau erreur) { return std::string(description(erreur)); }
+
+/// Everything that comes, to the end: status, lines, how it ended.
+std::string suivre(FluxHTTP& flux, const RequeteHTTP& requete) {
+  const auto reponse = flux.ouvrir(requete);
+  if (const auto* erreur = std::get_if<ErreurReseau>(&reponse)) return dire(*erreur);
+  std::string tout = std::to_string(std::get<int>(reponse)) + " ";
+  for (bool fini = false; !fini;)
+    std::visit(
+        Selon{[&](const LectureFlux::ligne& l) { tout.append(l.texte.substr(0, 20)).append("|"); },
+              [](const LectureFlux::attente&) {}, [&](const LectureFlux::fin&) { tout += "fin", fini = true; },
+              [&](const LectureFlux::illisible&) { tout += "illisible", fini = true; },
+              [&](const LectureFlux::perte& p) { tout += dire(p.erreur), fini = true; }},
+        flux.suivante().cas);
+  return tout;
+}
+
+PairTCP::Script envoyer(std::string octets, std::size_t parMorceaux = std::string::npos) {
+  return [octets = std::move(octets), parMorceaux](Connexion& c) {
+    c.lireRequete();
+    for (std::size_t i = 0; i < octets.size(); i += std::min(parMorceaux, octets.size() - i))
+      if (!c.envoyer(std::string_view(octets).substr(i, parMorceaux))) return;
+  };
+}
+
+const std::string ok = "HTTP/1.1 200 OK\r\n";
+const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
+
+TEST(FluxHTTP, DonneLesLignesEtDitCommentCelaFinit) {
+  const std::string coupee = "la connexion a été coupée";
+  const std::string echouee = "la connexion a échoué";
+  const std::string longue(LecteurLignesFlux::ligneMax + 1, 'x');
+  const struct {
+    std::string octets, attendu;
+  } cas[] = {
+      {ok + "\r\na\r\nb", "200 a|b|fin"},
+      {ok + "Content-Length: 4\r\n\r\na\rb\nc", "200 a|b|fin"},
+      {ok + "Content-Length: 4\r\n\r\na\nb", "200 a|" + coupee},
+      {chunked + "1\r\na\r\n3;x=y\r\nb\nc\r\n1\r\n\n\r\n0\r\nT: v\r\n\r\n", "200 ab|c|fin"},
+      {chunked + "3\r\na\nb\r\n", "200 a|" + coupee},
+      {chunked + "3\r\na\nb\r\nzz\r\n", "200 a|illisible"},
+      {chunked + "0\r\n\r\n", "200 fin"},
+      {"HTTP/1.1 204 No Content\r\n\r\n", "204 fin"},
+      {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n" + ok + "\r\na\n",
+       "200 a|fin"},
+      {"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:1/\r\nContent-Length: 0\r\n\r\n", "302 fin"},
+      {"HTTP/1.0 401 Non\r\n\r\nnon\n", "401 non|fin"},
+      {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b", "200 illisible"},
+      {ok + "Content-Encoding: identity\r\n\r\na\n", "200 a|fin"},
+      {ok + "Transfer-Encoding: gzip, chunked\r\n\r\n1\r\na\r\n0\r\n\r\n", "200 illisible"},
+      {ok + "\r\na\n" + longue, "200 a|illisible"},
+      {"", coupee},
+      {ok + "Content-Le", coupee},
+      {"n'importe quoi\r\n\r\n", echouee},
+      {ok + "X: " + std::string(100'000, 'y') + "\r\n\r\n", echouee},
+      {chunked + "1;" + std::string(300'000, 'y') + "\r\na\r\n0\r\n\r\n", "200 illisible"},
+  };
+  for (const auto& c : cas)
+    for (const std::size_t taille : {std::string::npos, std::size_t{1}}) {
+      if (taille == 1 && c.octets.size() > 1000) continue;
+      PairTCP pair({envoyer(c.octets, taille)});
+      FluxHTTP flux;
+      EXPECT_EQ(suivre(flux, demander(pair.url())), c.attendu) << c.octets.substr(0, 100) << ' ' << taille;
+      EXPECT_EQ(pair.connexions(), 1);
+    }
+}
+
+TEST(FluxHTTP, EcritLaRequete) {
+  std::promise<std::string> recue;
+  PairTCP pair({[&](Connexion& c) { recue.set_value(c.lireRequete()); }});
+  FluxHTTP flux;
+  flux.ouvrir({.methode = "POST", .url = pair.url() + "?a=b", .entetes = {{"X-A", "é"}}, .corps = "{}"});
+  EXPECT_EQ(recue.get_future().get(),
+            "POST /action?a=b HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(pair.port()) +
+                "\r\nX-A: é\r\nAccept-Encoding: identity\r\nContent-Length: 2\r\n\r\n{}");
+}
+
+TEST(FluxHTTP, RefuseCeQuiNePeutPartir) {
+  PairTCP pair({envoyer(ok + "\r\n")});
+  FluxHTTP flux;
+  auto requete = demander(pair.url());
+  requete.entetes[0].valeur += "\r\nX: y";
+  EXPECT_EQ(suivre(flux, requete), "la connexion a échoué");
+  for (const char* url : {"", "ftp://127.0.0.1/", "/sse", "http://"})
+    EXPECT_EQ(suivre(flux, demander(url)), "la connexion a échoué") << url;
+  EXPECT_EQ(pair.connexions(), 0);
+  EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::perte{ErreurReseau::autre}}));
+}
+
+TEST(FluxHTTP, UnOctetSuffitARompreLeSilence) {
+  const auto lentement = [](std::string_view debut, std::string_view octets) {
+    return [debut, octets](Connexion& c) {
+      c.lireRequete();
+      c.envoyer(debut);
+      for (const char o : octets) {
+        std::this_thread::sleep_for(20ms);
+        if (!c.envoyer({&o, 1})) return;
+      }
+      c.attendreFermeture(10000);
+    };
+  };
+  PairTCP pair({lentement("", "HTTP/1.1 200 OK\r\n\r\n:\n"), lentement(chunked, "00000002;abcdefgh\r\na\n")});
+  for (int i = 0; i < 2; ++i) {
+    FluxHTTP flux;
+    const auto debut = Horloge::now();
+    EXPECT_EQ(suivre(flux, demander(pair.url(), 250ms)),
+              i ? "200 a|le serveur ne répond pas" : "200 :|le serveur ne répond pas");
+    EXPECT_GT(Horloge::now() - debut, 400ms);
+  }
+}
+
+TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
+  PairTCP pair({[](Connexion& c) {
+    c.lireRequete();
+    c.envoyer(ok + "\r\na\nb");
+    c.attendreFermeture(10000);
+  }});
+  FluxHTTP flux;
+  ASSERT_EQ(flux.ouvrir(demander(pair.url())), (std::variant<int, ErreurReseau>(200)));
+  EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::ligne{"a"}}));
+  for (const auto attente : {30ms, 0ms, -1ms})
+    EXPECT_EQ(flux.suivante(attente), (LectureFlux{LectureFlux::attente{}}));
+}
+
+/// A listening socket whose queue is full: connections to it stay under way.
+class PortBouche {
+ public:
+  PortBouche() : ecoute_(ouvrir()) {
+    sockaddr_in adresse{};
+    adresse.sin_family = AF_INET;
+    adresse.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(ecoute_, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
+    ::listen(ecoute_, 0);
+    socklen_t taille = sizeof adresse;
+    ::getsockname(ecoute_, reinterpret_cast<sockaddr*>(&adresse), &taille);
+    url = "http://127.0.0.1:" + std::to_string(ntohs(adresse.sin_port)) + "/";
+    for (const int fd : clients_) ::connect(fd, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
+  }
+  ~PortBouche() {
+    for (const int fd : clients_) ::close(fd);
+    ::close(ecoute_);
+  }
+  PortBouche(const PortBouche&) = delete;
+
+  std::string url;
+
+ private:
+  static int ouvrir(int genre = 0) { return ::socket(AF_INET, SOCK_STREAM | genre, 0); }
+
+  int ecoute_;
+  int clients_[3] = {ouvrir(SOCK_NONBLOCK), ouvrir(SOCK_NONBLOCK), ouvrir(SOCK_NONBLOCK)};
+};
+
+TEST(FluxHTTP, SArreteAToutMoment) {
+  PortBouche bouche;
+  std::atomic<bool> termine = false;
+  PairTCP sourd({[&](Connexion&) {
+    while (!termine) std::this_thread::sleep_for(10ms);
+  }});
+  const auto puisRien = [](std::string octets) {
+    return PairTCP::Script([octets](Connexion& c) {
+      c.lireRequete();
+      c.envoyer(octets);
+      c.attendreFermeture(10000);
+    });
+  };
+  PairTCP muet({puisRien("")});
+  PairTCP entame({puisRien(ok + "\r\na\nb")});
+  PairTCP bavard({[&](Connexion& c) {
+    c.lireRequete();
+    c.envoyer(ok + "\r\n");
+    while (c.envoyer(std::string(100'000, '\n'))) continue;
+  }});
+  const auto https = "https" + sourd.url().substr(4);
+  auto enorme = demander(sourd.url());
+  enorme.corps.assign(64 << 20, 'x');
+  const std::pair<const char*, RequeteHTTP> moments[] = {{"name look-up", demander("http://lent.example/")},
+                                                         {"connection", demander(bouche.url)},
+                                                         {"TLS handshake", demander(https)},
+                                                         {"sending", enorme},
+                                                         {"waiting for the answer", demander(muet.url())},
+                                                         {"waiting for a line", demander(entame.url())},
+                                                         {"lines that never stop", demander(bavard.url())},
+                                                         {"pause", demander("")}};
+  for (const auto& [nom, requete] : moments) {
+    auto meilleure = Horloge::duration::max();  // of three: this machine may have more to do
+    for (int essai = 0; essai < 3; ++essai) {
+      Horloge::time_point arret;
+      std::string issue;
+      {
+        FluxHTTP flux;
+        std::thread fil([&, &requete = requete] {
+          if (requete.url.empty()) flux.pauser(10s);
+          issue = suivre(flux, requete);
+        });
+        std::this_thread::sleep_for(60ms);
+        arret = Horloge::now();
+        flux.interrompre();
+        fil.join();
+      }
+      meilleure = std::min(meilleure, Horloge::now() - arret);
+      if (!requete.url.empty()) {
+        EXPECT_TRUE(issue.ends_with("la connexion a été annulée")) << nom << ' ' << issue.substr(0, 100);
+      }
+    }
+    EXPECT_LT(meilleure, 100ms) << nom;
+  }
+  termine = true;
+  EXPECT_EQ(recherchesLentes, 3);
+  while (recherchesFinies < recherchesLentes) std::this_thread::sleep_for(10ms);
+}
+
+}  // namespace
+}  // namespace tarnavelle
