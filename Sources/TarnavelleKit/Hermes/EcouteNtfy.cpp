@@ -1,4 +1,4 @@
-#include "EcouteHermes/EcouteNtfy.hpp"
+#include "Hermes/EcouteNtfy.hpp"
 
 #include <utility>
 
