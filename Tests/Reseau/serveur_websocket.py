@@ -2,7 +2,7 @@
 """WebSocket servers of another library than the client's; the path of an address chooses what they do.
 
 Prints one line of JSON that tells where they listen, then what it saw of each connection whose address
-has a query. Ends with SIGTERM, or after ten minutes.
+has a query that does not end with "-reste". Ends with SIGTERM, or after ten minutes.
 """
 import asyncio
 import base64
@@ -163,7 +163,7 @@ async def servir(ws, _=None):
     except websockets.ConnectionClosed:
         pass
     finally:
-        if url.query:
+        if url.query and not url.query.endswith("-reste"):
             dire({"chemin": ws.path, "recus": getattr(ws, "recus", []), "code": ws.close_code,
                   "raison": ws.close_reason,
                   "entetes": {c.lower(): v for c, v in ws.request_headers.raw_items()}})
@@ -171,8 +171,7 @@ async def servir(ws, _=None):
 
 async def refuser(chemin, _):
     if chemin.startswith("/refus/"):
-        code = int(chemin.split("/")[2])
-        return http.HTTPStatus(code), [], b'{"error":"Incorrect API key provided: cle-secrete."}\n'
+        return http.HTTPStatus(int(chemin[7:10])), [], b'{"error":"Incorrect API key provided: cle-secrete."}\n'
 
 
 async def rapide(lecteur, ecrivain):

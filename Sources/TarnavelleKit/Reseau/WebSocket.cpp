@@ -76,13 +76,6 @@ class Couche : public Connexion {
   std::chrono::milliseconds patience_;
 };
 
-/// The server's words, for the operator.
-std::string citer(std::string_view intitule, std::string_view paroles) {
-  const std::string lisible = Texte::tronquer(Texte::rogner(Texte::reparer(paroles)), refusMax);
-  std::string texte(intitule);
-  return lisible.empty() ? texte : texte.append(" : ").append(lisible);
-}
-
 std::string raison(const Erreur& erreur) {
   if (erreur == websocket::error::message_too_big || erreur == websocket::error::buffer_overflow)
     return "le serveur a envoyé un message de plus de 16 Mio";
@@ -182,6 +175,16 @@ struct WebSocket::Etat {
     if (dite.code == websocket::close_code::none) return chuter(raison(erreur));
     chuter(citer("le serveur a fermé la connexion (" + std::to_string(dite.code) + ")",
                  {dite.reason.data(), dite.reason.size()}));
+  }
+
+  /// The server's words, for the operator.
+  std::string citer(std::string intitule, std::string_view paroles) const {
+    std::string lisible = Texte::reparer(paroles);
+    if (const std::string& secret = reglage.secret; !secret.empty())
+      for (auto ou = lisible.find(secret); ou != std::string::npos; ou = lisible.find(secret, ou + 1))
+        lisible.replace(ou, secret.size(), "…");
+    lisible = Texte::tronquer(Texte::rogner(lisible), refusMax);
+    return lisible.empty() ? intitule : intitule.append(" : ").append(lisible);
   }
 
   void ecrire() {

@@ -20,8 +20,9 @@
 namespace tarnavelle {
 
 struct ReglageWebSocket {
-  std::string url;                                                 ///< ws or wss
-  std::vector<EnteteHTTP> entetes;                                 ///< beside those of the protocol
+  std::string url;                    ///< ws or wss
+  std::vector<EnteteHTTP> entetes{};  ///< beside those of the protocol
+  std::string secret{};               ///< struck out of the server's words when they are quoted
   std::chrono::milliseconds ouverture = std::chrono::seconds(60);  ///< from name look-up to handshake
   /// Silence after which the server is lost. A server that has nothing to say is asked halfway.
   std::chrono::milliseconds silence = std::chrono::seconds(60);
@@ -30,11 +31,11 @@ struct ReglageWebSocket {
 
 struct RappelsWebSocket {
   /// A message, text or UTF-8 binary; any other binary is dropped. The view lasts for the call.
-  std::function<void(std::string_view)> surTexte;
+  std::function<void(std::string_view)> surTexte{};
   /// A message was refused, with the reason; the connection stays open. Told once until there is room.
-  std::function<void(std::string)> surErreurEnvoi;
+  std::function<void(std::string)> surErreurEnvoi{};
   /// The connection could not be made or was lost, with the reason. Told once, and nothing after it.
-  std::function<void(std::string)> surChute;
+  std::function<void(std::string)> surChute{};
 };
 
 class WebSocket {

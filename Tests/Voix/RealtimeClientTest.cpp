@@ -1,0 +1,272 @@
+#include "Voix/RealtimeClient.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+namespace tarnavelle {
+namespace {
+
+using namespace std::chrono_literals;
+using Lignes = std::vector<std::string>;
+
+struct TransportFactice : TransportRealtime {
+  void demarrer(RappelsTransportRealtime r) override { rappels = std::move(r); }
+  void envoyer(std::string texte) override { envoyes.push_back(std::move(texte)); }
+  void fermer() override { ++fermetures; }
+
+  RappelsTransportRealtime rappels;
+  Lignes envoyes;
+  int fermetures = 0;
+};
+
+/// A session over a false transport and a false timer, and what its handlers were told, in order.
+struct Session {
+  explicit Session(const RealtimeProvider& provider = RealtimeProvider::openai(),
+                   const std::function<void(RealtimeClient::Reglages&)>& ajuster = {}) {
+    RealtimeClient::Reglages reglages{.provider = provider,
+                                      .voice = "marin",
+                                      .contrat = {"Parle.", {}},
+                                      .handlers = handlers(),
+                                      .cap = RealtimeClient::capSeconds};
+    if (ajuster) ajuster(reglages);
+    client = RealtimeClient::creer(transport, std::move(reglages), [this](auto delai, auto action) {
+      cap = delai;
+      echoir = std::move(action);
+      return [this] { ++annulations; };
+    });
+  }
+
+  RealtimeClient::Handlers handlers() {
+    const auto noter = [this](std::string ligne) {
+      lignes.push_back(std::move(ligne));
+      if (lignes.back() == fermerA) client->close();
+    };
+    return {
+        .onReady = [=] { noter("pret"); },
+        .onToolCall = [=](const auto& a) { noter("appel " + a.name + a.argsJSON + a.callID); },
+        .onAudioDelta = [=](const Octets& son) { noter("son " + std::to_string(son.size())); },
+        .onDone = [=] { noter("fini"); },
+        .onError = [=](const std::string& texte) { noter("erreur " + texte); },
+        .onUsage = [=](const auto& tour) { noter("usage " + std::to_string(tour.entreeCachee)); },
+        .onItemCree = [=](const std::string& id) { noter("item " + id); },
+        .onFermeture = [=](const auto& raison) { noter("fermeture " + raison.value_or("")); },
+        .onTranscriptionEntree = [=](const std::string& texte) { noter("dit " + texte); },
+        .onEcouteEntree = [=](bool parle) { noter(parle ? "parle" : "se tait"); },
+        .onTrame = [=](std::string_view) { noter("trame"); },
+    };
+  }
+
+  /// What a frame makes the handlers hear.
+  Lignes recevoir(std::string_view trame) {
+    lignes.clear();
+    transport->rappels.surTexte(trame);
+    return lignes;
+  }
+
+  std::shared_ptr<TransportFactice> transport = std::make_shared<TransportFactice>();
+  Lignes lignes;
+  std::string fermerA;  ///< the line on which the owner closes, from inside the handler
+  std::chrono::milliseconds cap{};
+  std::function<void()> echoir;
+  int annulations = 0;
+  std::shared_ptr<RealtimeClient> client;
+};
+
+constexpr const char* transcription =
+    R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"oui","item_id":"i"})";
+constexpr const char* termine =
+    R"({"type":"response.done","response":{"usage":{"input_token_details":{"cached_tokens":4}}}})";
+constexpr const char* accepte = R"({"type":"session.updated"})";
+
+TEST(RealtimeClient, ChaqueTrameAppelleCeQuElleDoitDansLOrdre) {
+  const auto &openai = RealtimeProvider::openai(), &grok = RealtimeProvider::grok();
+  const struct {
+    const RealtimeProvider& provider;
+    const char* trame;
+    Lignes attendues;
+  } cas[] = {
+      {openai, R"({"type":"conversation.item.added","item":{"id":"i1"}})", {"item i1", "trame"}},
+      {openai, transcription, {"dit oui", "trame"}},
+      {openai, R"({"type":"input_audio_buffer.speech_started"})", {"parle", "trame"}},
+      {openai, R"({"type":"input_audio_buffer.speech_stopped"})", {"se tait", "trame"}},
+      {openai, R"({"type":"response.audio.delta","delta":"AAA="})", {"trame", "son 2"}},
+      {openai, R"({"type":"response.audio.delta","delta":"A"})", {"trame"}},
+      {openai, termine, {"trame", "usage 4", "fini"}},
+      {openai, R"({"type":"response.done"})", {"trame", "fini"}},
+      {openai, R"({"type":"error","error":{"message":"non"}})", {"trame", "erreur non"}},
+      {openai, "{", {"trame", "erreur trame illisible"}},
+      {openai, "", {"erreur trame illisible"}},
+      {openai, R"({"type":"ping"})", {"trame"}},
+      {openai, R"({"type":"response.output_item.done","item":{"type":"message","content":[]}})", {"trame"}},
+      {openai,
+       R"({"type":"response.output_item.done","item":{"type":"function_call","name":"lire","call_id":"c"}})",
+       {"trame", "appel lire{}c"}},
+      {grok,
+       R"({"type":"response.function_call_arguments.done","name":"lire","arguments":"[]","call_id":"c"})",
+       {"trame", "appel lire[]c"}},
+      {openai, R"({"type":"response.function_call_arguments.done","name":"lire"})", {"trame"}},
+      {openai, accepte, {"trame", "pret"}},
+  };
+  for (const auto& c : cas) {
+    Session session(c.provider);
+    EXPECT_EQ(session.recevoir(c.trame), c.attendues) << c.provider.id << " " << c.trame;
+    EXPECT_EQ(session.recevoir(c.trame), c.attendues) << "the second time as the first: " << c.trame;
+    EXPECT_EQ(session.transport->envoyes, Lignes{});
+  }
+}
+
+TEST(RealtimeClient, SeConfigureSelonLeDialecteEtLeMicro) {
+  for (const auto* provider : {&RealtimeProvider::openai(), &RealtimeProvider::grok()})
+    for (const bool conversation : {false, true}) {
+      Session session(*provider, [&](RealtimeClient::Reglages& r) {
+        if (conversation) r.profil = ProfilEcouteVoix::casque();
+        r.effort = "low";
+        r.handlers = {};
+      });
+      const ContratVoix contrat{"Parle.", {}};
+      session.recevoir(R"({"type":"session.created"})");
+      const Json attendu = conversation
+                               ? RealtimeRequest::sessionUpdateConversation(
+                                     "marin", provider->dialecte, contrat, ProfilEcouteVoix::casque(), "low")
+                               : RealtimeRequest::sessionUpdate("marin", provider->dialecte, contrat, "low");
+      EXPECT_EQ(session.transport->envoyes, Lignes{*RealtimeRequest::encoded(attendu)});
+      EXPECT_FALSE(session.client->estPrete());
+    }
+}
+
+TEST(RealtimeClient, NEnvoieRienAvantNiApres) {
+  Session session;
+  auto& client = *session.client;
+  const auto toutEnvoyer = [&] {
+    session.transport->envoyes.clear();
+    client.appendAudio("AAA=");
+    client.commit();
+    client.sendToolOutput({.callID = "a", .output = "un"});
+    client.sendToolResult({.callID = "b", .output = "deux"});
+    client.envoyer({{"type", "\xff"}});
+    return session.transport->envoyes;
+  };
+  const Lignes sansSon = {
+      R"({"type":"input_audio_buffer.commit"})", R"({"type":"response.create"})",
+      R"({"item":{"call_id":"a","output":"un","type":"function_call_output"},"type":"conversation.item.create"})",
+      R"({"item":{"call_id":"b","output":"deux","type":"function_call_output"},"type":"conversation.item.create"})",
+      R"({"type":"response.create"})"};
+  EXPECT_EQ(toutEnvoyer(), sansSon);
+  session.recevoir(accepte);
+  EXPECT_TRUE(client.estPrete());
+  Lignes tout = sansSon;
+  tout.insert(tout.begin(), R"({"audio":"AAA=","type":"input_audio_buffer.append"})");
+  EXPECT_EQ(toutEnvoyer(), tout);
+  client.close();
+  EXPECT_FALSE(client.estPrete());
+  EXPECT_EQ(toutEnvoyer(), Lignes{});
+}
+
+TEST(RealtimeClient, FermeUneFoisEtSeTait) {
+  // Closing inside a handler keeps the following ones of the same frame from being called.
+  for (const auto& [fermerA, trame, attendues] : {
+           std::tuple{"dit oui", transcription, Lignes{"dit oui"}},
+           {"trame", termine, {"trame"}},
+           {"usage 4", termine, {"trame", "usage 4"}},
+           {"pret", accepte, {"trame", "pret"}},
+       }) {
+    Session session;
+    session.fermerA = fermerA;
+    EXPECT_EQ(session.recevoir(trame), attendues);
+    EXPECT_EQ(session.recevoir(trame), Lignes{});
+    session.transport->rappels.surChute("coupée");
+    session.transport->rappels.surErreurEnvoi("non");
+    session.echoir();
+    session.client->close();
+    EXPECT_EQ(session.lignes, Lignes{});
+    EXPECT_EQ(session.transport->fermetures, 1);
+    EXPECT_EQ(session.annulations, 1);
+  }
+}
+
+TEST(RealtimeClient, DitLesPannesDuTransport) {
+  Session session;
+  session.transport->rappels.surErreurEnvoi("pleine");
+  session.transport->rappels.surChute("coupée");
+  EXPECT_EQ(session.lignes, (Lignes{"erreur pleine", "erreur coupée", "fermeture coupée"}));
+  EXPECT_EQ(session.transport->fermetures, 0);
+  Session autre;
+  autre.fermerA = "erreur coupée";
+  autre.transport->rappels.surChute("coupée");
+  EXPECT_EQ(autre.lignes, Lignes{"erreur coupée"});
+}
+
+TEST(RealtimeClient, SArreteASonPlafond) {
+  for (const auto& [cap, ecrit] :
+       {std::pair<std::chrono::milliseconds, const char*>{90s, "90"}, {1500ms, "1,5"}, {50ms, "0,05"}}) {
+    Session session(RealtimeProvider::openai(), [c = cap](RealtimeClient::Reglages& r) { r.cap = c; });
+    EXPECT_EQ(session.cap, cap);
+    session.echoir();
+    EXPECT_EQ(session.lignes, Lignes{std::string("erreur plafond de session (") + ecrit + " s) atteint"});
+    EXPECT_EQ(session.transport->fermetures, 1);
+    session.echoir();
+    EXPECT_EQ(session.lignes.size(), 1U);
+  }
+  Session sans(RealtimeProvider::openai(), [](RealtimeClient::Reglages& r) { r.cap.reset(); });
+  EXPECT_FALSE(sans.echoir);
+}
+
+TEST(RealtimeClient, MortNEstPlusTouche) {
+  Session session;
+  const std::weak_ptr temoin = session.client;
+  session.client.reset();
+  EXPECT_TRUE(temoin.expired());
+  EXPECT_EQ(session.transport->fermetures, 1) << "dying closes";
+  EXPECT_EQ(session.annulations, 1);
+  EXPECT_EQ(session.recevoir(accepte), Lignes{});
+  session.echoir();
+  EXPECT_EQ(session.lignes, Lignes{});
+
+  // Its owner lets it go from inside a handler: the rest of the frame is still read safely.
+  Session autre;
+  std::function<void()> lacher = [&] { autre.client.reset(); };
+  autre.client = RealtimeClient::creer(
+      autre.transport,
+      {.provider = RealtimeProvider::openai(), .handlers = {.onTrame = [&](std::string_view) { lacher(); }}});
+  autre.transport->rappels.surTexte(termine);
+  EXPECT_FALSE(autre.client);
+}
+
+TEST(RealtimeClient, SeFermeDUnAutreFilPendantLesTrames) {
+  for (int tour = 0; tour < 200; ++tour) {
+    auto transport = std::make_shared<TransportFactice>();
+    std::atomic<int> appels = 0;
+    RealtimeClient::Reglages reglages{
+        .provider = RealtimeProvider::openai(),
+        .handlers = {.onReady = [&] { ++appels; }, .onTrame = [&](std::string_view) { ++appels; }},
+        .cap = 1h};
+    const auto client = RealtimeClient::creer(transport, std::move(reglages));
+    std::thread reseau([&] {
+      for (int i = 0; i < 20; ++i) transport->rappels.surTexte(accepte);
+    });
+    while (appels < tour % 20) std::this_thread::yield();
+    client->close();
+    const int alors = appels;
+    reseau.join();
+    EXPECT_LE(appels, alors + 1) << "only the one that had begun";
+  }
+}
+
+TEST(Minuterie, AppelleUneFoisOuPas) {
+  std::promise<void> echue;
+  const auto annuler = minuterieReelle(1ms, [&] { echue.set_value(); });
+  EXPECT_EQ(echue.get_future().wait_for(10s), std::future_status::ready);
+  annuler();
+  const auto jamais = std::make_shared<int>(0);
+  for (const auto delai : {std::chrono::milliseconds(1h), std::chrono::milliseconds::max()})
+    minuterieReelle(delai, [jamais] { ++*jamais; })();
+  for (int i = 0; i < 1000 && jamais.use_count() > 1; ++i) std::this_thread::sleep_for(1ms);
+  EXPECT_EQ(jamais.use_count(), 1) << "a timer that is given up ends at once";
+  EXPECT_EQ(*jamais, 0);
+}
+
+}  // namespace
+}  // namespace tarnavelle
