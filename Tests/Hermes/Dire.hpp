@@ -1,13 +1,17 @@
 // Hermès's values in one line each, for tables of expectations.
 #pragma once
 
+#include <cmath>
+#include <functional>
 #include <string>
 
 #include "Hermes/AbonnementNtfy.hpp"
 #include "Hermes/EvenementGateway.hpp"
 #include "Hermes/FluxSSE.hpp"
 #include "Hermes/MessageNtfy.hpp"
+#include "Hermes/OreilleNtfy.hpp"
 #include "Hermes/ReveilGateway.hpp"
+#include "Hermes/TourHermes.hpp"
 #include "Socle/Selon.hpp"
 
 namespace tarnavelle::essai {
@@ -89,6 +93,47 @@ inline std::string dire(const ReveilGateway::Geste& geste) {
                           [](const G::sonderProcessus&) -> std::string { return "sonder"; },
                           [](const G::lancer&) -> std::string { return "lancer"; }},
                     geste.cas);
+}
+
+inline std::string dire(const OreilleNtfy::Fin& issue) {
+  using F = OreilleNtfy::Fin;
+  return std::visit(Selon{[](const F::fermee&) -> std::string { return "fermee"; },
+                          [](const F::arretee&) -> std::string { return "arretee"; },
+                          [](const F::abandonnee& f) { return f.message; }},
+                    issue.cas);
+}
+
+inline std::string dire(const EchecNtfy& echec) {
+  return std::visit(Selon{[](const EchecNtfy::http& e) { return std::to_string(e.statut); },
+                          [](const EchecNtfy::transport& e) { return e.phrase; },
+                          [](const EchecNtfy::flotEnLoques&) -> std::string { return "loques"; }},
+                    echec.cas);
+}
+
+inline std::string dire(const IssueTour& issue) {
+  using E = ErreurFluxGateway;
+  const auto* echec = std::get_if<IssueTour::echouee>(&issue.cas);
+  if (!echec) return std::holds_alternative<IssueTour::finie>(issue.cas) ? "finie" : "arretee";
+  std::string texte = std::visit(Selon{[](const E::http& e) { return std::to_string(e.statut); },
+                                       [](const E::transport& e) { return e.phrase; },
+                                       [](const E::fluxTronque&) -> std::string { return "tronqué"; }},
+                                 echec->erreur.cas);
+  if (!echec->repli) return texte + (echec->erreur.sentLaSessionRefusee() ? ", session refusée" : "");
+  return texte + (*echec->repli == RepliApresCoupure::Decision::rejouerEnCLI ? ", rejouer" : ", annoncer");
+}
+
+/// Notices and states, as they come.
+inline OreilleNtfy::Rappels raconter(const std::function<void(const std::string&)>& noter) {
+  using E = OreilleNtfy::Etat;
+  return {.surMessage = [noter](const MessageNtfy& m) { noter(m.texte); },
+          .surEtat =
+              [noter](const E& etat) {
+                std::visit(Selon{[](const E::connexion&) {}, [&](const E::ouverte&) { noter("ouverte"); },
+                                 [&](const E::attente& e) {
+                                   noter(dire(e.echec) + ", " + std::to_string(std::lround(e.recul.count())));
+                                 }},
+                           etat.cas);
+              }};
 }
 
 }  // namespace tarnavelle::essai

@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "Hermes/Dire.hpp"
 #include "Hermes/MondeFlux.hpp"
-#include "Socle/Selon.hpp"
 
 namespace tarnavelle {
 namespace {
 
+using essai::dire;
 using essai::ligne;
 using essai::MondeFlux;
 using essai::Ouverture;
@@ -28,36 +29,11 @@ constexpr LectureFlux illisible{LectureFlux::illisible{}};
 constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
 constexpr LectureFlux muette{LectureFlux::perte{ErreurReseau::delaiDepasse}};
 
-std::string dire(const OreilleNtfy::Fin& issue) {
-  using F = OreilleNtfy::Fin;
-  return std::visit(Selon{[](const F::fermee&) -> std::string { return "fermee"; },
-                          [](const F::arretee&) -> std::string { return "arretee"; },
-                          [](const F::abandonnee& f) { return f.message; }},
-                    issue.cas);
-}
-
-std::string dire(const EchecNtfy& echec) {
-  return std::visit(Selon{[](const EchecNtfy::http& e) { return std::to_string(e.statut); },
-                          [](const EchecNtfy::transport& e) { return e.phrase; },
-                          [](const EchecNtfy::flotEnLoques&) -> std::string { return "loques"; }},
-                    echec.cas);
-}
-
 /// Listens to the end of the script, or to the end of the ear: what happened, and when.
 Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {}) {
-  using E = OreilleNtfy::Etat;
   OreilleNtfy oreille(
       monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
-      {.surMessage = [&](const MessageNtfy& m) { monde.noter(m.texte); },
-       .surEtat =
-           [&](const E& etat) {
-             std::visit(
-                 Selon{[](const E::connexion&) {}, [&](const E::ouverte&) { monde.noter("ouverte"); },
-                       [&](const E::attente& e) {
-                         monde.noter(dire(e.echec) + ", " + std::to_string(std::lround(e.recul.count())));
-                       }},
-                 etat.cas);
-           }});
+      essai::raconter([&](const std::string& fait) { monde.noter(fait); }));
   monde.noter(dire(oreille.ecouter(r, cockpit)));
   return monde.journal;
 }

@@ -8,21 +8,10 @@
 namespace tarnavelle {
 namespace {
 
+using essai::dire;
 using essai::ligne;
 using essai::MondeFlux;
 using essai::Ouverture;
-
-std::string dire(const IssueTour& issue) {
-  using E = ErreurFluxGateway;
-  const auto* echec = std::get_if<IssueTour::echouee>(&issue.cas);
-  if (!echec) return std::holds_alternative<IssueTour::finie>(issue.cas) ? "finie" : "arretee";
-  std::string texte = std::visit(Selon{[](const E::http& e) { return std::to_string(e.statut); },
-                                       [](const E::transport& e) { return e.phrase; },
-                                       [](const E::fluxTronque&) -> std::string { return "tronqué"; }},
-                                 echec->erreur.cas);
-  if (!echec->repli) return texte + (echec->erreur.sentLaSessionRefusee() ? ", session refusée" : "");
-  return texte + (*echec->repli == RepliApresCoupure::Decision::rejouerEnCLI ? ", rejouer" : ", annoncer");
-}
 
 constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";
 constexpr auto outil = R"(data: {"type":"tool.start","name":"n"})";
@@ -67,9 +56,8 @@ TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
     MondeFlux monde({c.ouverture});
     std::string vu;
     TourHermes tour(monde);
-    const auto issue =
-        tour.jouer({.base = "http://h/v1", .message = "m", .modele = "hermes", .cle = "k"},
-                   [&](const EvenementGateway& evenement) { vu += essai::dire(evenement) + "; "; });
+    const auto issue = tour.jouer({.base = "http://h/v1", .message = "m", .modele = "hermes", .cle = "k"},
+                                  [&](const EvenementGateway& evenement) { vu += dire(evenement) + "; "; });
     EXPECT_EQ(vu + dire(issue), c.attendu);
     ASSERT_EQ(monde.requetes.size(), 1u);
     EXPECT_EQ(monde.requetes[0],
