@@ -94,8 +94,7 @@ int mener(const LigneCommande& ligne, Session& session) {
   if (ligne.aide) return Commandes::aide(session, {{"verbe", ligne.mot}});
   if (!ligne.laisses.empty()) {
     std::string mots;
-    for (const std::string& mot : ligne.laisses)
-      mots.append(mots.empty() ? "« " : ", « ").append(Texte::tronquer(mot, 40)).append(" »");
+    for (const std::string& mot : ligne.laisses) mots.append(mots.empty() ? "" : ", ").append(citer(mot));
     session.erreurs.avertir("De trop, et laissé de côté : " + mots + ".");
   }
   return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.arguments)

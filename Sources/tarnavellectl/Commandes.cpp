@@ -44,7 +44,7 @@ int aide(Session& session, const Json& arguments) {
   }
   const OutilVoix* outil = commande(mot).outil;
   if (!outil) {
-    std::string message = "Verbe inconnu : « " + Texte::tronquer(mot, 40) + " ».";
+    std::string message = "Verbe inconnu : " + citer(mot) + ".";
     if (const auto proche = nomProche(mot, nomsDesCommandes()))
       message += " Vouliez-vous dire " + *proche + " ?";
     return refuser(session, message);
@@ -103,7 +103,7 @@ int guide(Session& session, const Json& arguments) {
 int completions(Session& session, const Json& arguments) {
   const std::string shell = Champ::texte(arguments, "shell");
   const auto script = scriptCompletion(shell);
-  if (!script) return refuser(session, "Ni bash, ni zsh, ni fish : « " + Texte::tronquer(shell, 40) + " ».");
+  if (!script) return refuser(session, "Ni bash, ni zsh, ni fish : " + citer(shell) + ".");
   session.sortie.rendre(*script);
   return Statut::fait;
 }

@@ -5,9 +5,14 @@
 
 #include "Socle/Colonnes.hpp"
 #include "Socle/Fichiers.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
+
+std::string citer(std::string_view mot) {
+  constexpr std::size_t caracteresMax = 40;
+  return "« " + Colonnes::montrable(Texte::tronquer(mot, caracteresMax)) + " »";
+}
 
 Flux::Flux(int descripteur, const Variables& environnement)
     : descripteur_(descripteur), terminal_(::isatty(descripteur) == 1) {

@@ -20,6 +20,9 @@ struct Ligne {
 };
 using Page = std::vector<Ligne>;
 
+/// A word of the command line, in quotation marks for a message: on one line, and clipped.
+std::string citer(std::string_view mot);
+
 class Flux {
  public:
   Flux(int descripteur, const Variables& environnement);

@@ -31,7 +31,7 @@ class Decoupage {
     bool options = true;
     for (; i_ < mots_.size(); ++i_) {
       const std::string& mot = mots_[i_];
-      if (!Texte::utf8Valide(mot)) refuser("Ce mot n'est pas de l'UTF-8 valide : « " + mot + " ».");
+      if (!Texte::utf8Valide(mot)) refuser("Ce mot n'est pas de l'UTF-8 valide : " + citer(mot) + ".");
       if (options && mot == "--")
         options = false;
       else if (options && mot == "-h")
@@ -90,8 +90,8 @@ class Decoupage {
     if (const OutilVoix* outil = ligne_.commande.outil)
       for (const ParamVoix& p : outil->parametres) noms.push_back(commeOption(p));
     for (const OptionCommune& commune : optionsCommunes()) noms.push_back(commeOption(commune.parametre));
-    std::string message = "Option inconnue : --" + Texte::tronquer(nom, 40) + ".";
-    if (ligne_.mot.empty()) message = "Option inconnue avant le verbe : --" + Texte::tronquer(nom, 40) + ".";
+    std::string message = ligne_.mot.empty() ? "Option inconnue avant le verbe : " : "Option inconnue : ";
+    message += citer("--" + nom) + ".";
     if (const auto proche = nomProche("--" + nom, noms)) message += " Vouliez-vous dire " + *proche + " ?";
     return message;
   }
@@ -100,7 +100,7 @@ class Decoupage {
     const std::string option = commeOption(param);
     if (valeur) {
       const auto lue = commeBooleen(*valeur);
-      if (!lue) return refuser(option + " vaut true ou false, pas « " + Texte::tronquer(*valeur, 40) + " ».");
+      if (!lue) return refuser(option + " vaut true ou false, pas " + citer(*valeur) + ".");
       ligne_.mots.drapeaux.erase(param.nom);
       ligne_.mots.options[param.nom] = *lue ? "true" : "false";
       return;
@@ -119,8 +119,7 @@ class Decoupage {
       if (i_ + 1 == mots_.size() || estOption(mots_[i_ + 1])) {
         std::string message = "Il manque la valeur de " + commeOption(param) + ".";
         if (i_ + 1 < mots_.size())
-          message += " Si c'est « " + Texte::tronquer(mots_[i_ + 1], 40) + " », écrivez " + commeOption(param) +
-                     "=" + Texte::tronquer(mots_[i_ + 1], 40);
+          message += " Si elle commence par deux tirets, écrivez " + commeOption(param) + "=…";
         return refuser(std::move(message));
       }
       valeur = mots_[++i_];

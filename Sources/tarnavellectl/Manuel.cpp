@@ -8,6 +8,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/GuideAgent.hpp"
 #include "Porte/Version.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle::Manuel {
 namespace {
@@ -16,8 +17,9 @@ namespace {
 /// character.
 std::string troff(std::string_view texte) {
   std::string echappe;
-  for (const char c : texte) {
-    switch (c) {
+  for (std::size_t i = 0; i < texte.size(); ++i) {
+    switch (const char c = texte[i]) {
+      case ' ': echappe += Colonnes::inseparables(texte.substr(0, i), texte.substr(i + 1)) ? "\\~" : " "; break;
       case '\\': echappe += "\\e"; break;
       case '-': echappe += "\\-"; break;
       case '\'': echappe += "\\(aq"; break;
@@ -74,6 +76,7 @@ void commandeEntiere(Page& page, const OutilVoix& outil) {
 std::string page() {
   Page page;
   page.texte = ".TH TARNAVELLECTL 1 \"\" \"Tarnavelle " + std::string(versionTarnavelle) + "\"\n";
+  page.texte += ".nh\n.ad l\n";  // the formatter may not know how French words are cut
   page.section("NOM");
   page.texte += "tarnavellectl \\- les verbes du cockpit Tarnavelle depuis un shell\n";
   page.section("SYNOPSIS");

@@ -67,20 +67,14 @@ std::size_t largeurDUn(std::string_view caractere) {
   return std::min<std::size_t>(colonnes, 2);
 }
 
-/// French puts a space inside quotation marks and before the marks of two signs: no line breaks there.
-bool inseparables(std::string_view gauche, std::string_view droite) {
-  constexpr std::string_view ouvrant = "«", fermant = "»";
-  return gauche.ends_with(ouvrant) || droite.starts_with(fermant) ||
-         std::string_view(":;?!").find(droite[0]) != std::string_view::npos;
-}
-
 }  // namespace
 
 std::string montrable(std::string_view texte, std::string_view gardes) {
   std::string montre;
   montre.reserve(texte.size());
   while (!texte.empty()) {
-    std::size_t n = Texte::plageOrdinaire(texte);
+    constexpr char effacement = 0x7F;  // a control character among the ordinary ones
+    std::size_t n = std::min(Texte::plageOrdinaire(texte), texte.find(effacement));
     if (n == 0) {
       n = Texte::longueurSequence(texte);
       if (n == 0) {
@@ -134,6 +128,12 @@ std::string couper(std::string_view texte, std::size_t colonnes) {
 std::string completer(std::string_view texte, std::size_t colonnes) {
   const auto prises = largeur(texte);
   return std::string(texte).append(colonnes > prises ? colonnes - prises : 0, ' ');
+}
+
+bool inseparables(std::string_view gauche, std::string_view droite) {
+  constexpr std::string_view ouvrant = "«", fermant = "»";
+  return gauche.ends_with(ouvrant) || droite.starts_with(fermant) ||
+         (!droite.empty() && std::string_view(":;?!").find(droite[0]) != std::string_view::npos);
 }
 
 std::vector<std::string> plier(std::string_view texte, std::size_t colonnes) {

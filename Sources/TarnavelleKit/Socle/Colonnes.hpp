@@ -23,8 +23,11 @@ std::string couper(std::string_view texte, std::size_t colonnes);
 /// The text, then spaces up to that many columns.
 std::string completer(std::string_view texte, std::size_t colonnes);
 
-/// The text's words on lines of at most that many columns; a longer word has a line of its own. No line
-/// breaks at the spaces of French punctuation.
+/// Whether no line may break at the space between two texts: French puts one inside quotation marks and
+/// before the marks of two signs.
+bool inseparables(std::string_view gauche, std::string_view droite);
+
+/// The text's words on lines of at most that many columns; a longer word has a line of its own.
 std::vector<std::string> plier(std::string_view texte, std::size_t colonnes);
 
 }  // namespace tarnavelle::Colonnes

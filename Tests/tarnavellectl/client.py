@@ -1,0 +1,334 @@
+#!/usr/bin/env python3
+"""The real client in real shells and on a real terminal: client.py CLIENT BRIDGE TRIAL_DOOR
+
+A scripted door gives the replies that the trial door never would, and keeps what it was sent. Terminals are
+panes of a tmux on a private socket, which dies with the test.
+"""
+import atexit
+import base64
+import http.server
+import json
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import tomllib
+
+CLIENT, PONT, ESSAI = map(os.path.abspath, sys.argv[1:4])
+MAISON = pathlib.Path(tempfile.mkdtemp(prefix="tarnavelle-"))
+atexit.register(shutil.rmtree, MAISON, ignore_errors=True)
+MONDE = {"HOME": str(MAISON), "PATH": os.path.dirname(CLIENT) + ":" + os.environ["PATH"], "LC_ALL": "C.UTF-8",
+         "TERM": "screen-256color"}
+PNG = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\xff"
+HOSTILE = "\x1b]0;pris\a\x1b[2J\x9b31m\x7f\u202e\rfin"
+
+
+class Porte(http.server.ThreadingHTTPServer):
+    """Answers every call with `reponse` (bytes, or an object), keeps the bodies in `recus`."""
+
+    def __init__(self):
+        super().__init__(("127.0.0.1", 0), Appel)
+        self.reponse, self.statut, self.recus, self.retenue = {"ok": True}, 200, [], threading.Event()
+        self.retenue.set()
+        threading.Thread(target=self.serve_forever, daemon=True).start()
+        self.monde = MONDE | {"TARNAVELLE_CONTROL_URL": f"http://127.0.0.1:{self.server_port}",
+                              "TARNAVELLE_CONTROL_TOKEN": "secret"}
+
+    def handle_error(self, *_):
+        """A client that is stopped hangs up: that is its right."""
+
+
+class Appel(http.server.BaseHTTPRequestHandler):
+    def do_POST(self):
+        porte = self.server
+        porte.recus.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
+        porte.retenue.wait(60)
+        corps = porte.reponse if isinstance(porte.reponse, bytes) else json.dumps(porte.reponse).encode()
+        self.send_response(porte.statut)
+        self.send_header("Content-Length", str(len(corps)))
+        self.end_headers()
+        self.wfile.write(corps)
+
+    def log_message(self, *_):
+        pass
+
+
+def lancer(*mots, monde=MONDE, **options):
+    fait = subprocess.run([CLIENT, *mots], env=monde, timeout=60, capture_output=True, cwd=MAISON, **options)
+    return fait.returncode, fait.stdout, fait.stderr.decode()
+
+
+def egal(obtenu, attendu, *contexte):
+    assert obtenu == attendu, f"{contexte}\n    obtenu  : {obtenu!r}\n    attendu : {attendu!r}"
+
+
+def exemples(porte):
+    """The guide's own lines, in a real shell."""
+    attendus = [
+        {"action": "etat"}, {"action": "focus", "cible": "Merlin"},
+        {"action": "dicter", "texte": "lance les tests", "agent": "Milan"},
+        {"action": "lire_terminal", "agent": "Merlin", "depuis_prompt": True},
+        {"action": "attendre", "agent": "Merlin", "jusqu_a": "fini", "timeout_s": "120"},
+        {"action": "shell", "commande": "npm test"}, {"action": "ouvrir_web", "cible": "example.com"},
+        {"action": "ouvrir_web", "cible": "./rapport.html"}, {"action": "capture", "chemin": "/tmp/canvas.png"},
+        {"action": "retiens", "texte": "le port dev est 5173"}, {"action": "rappelle", "requete": "port", "limite": "3"},
+        {"action": "fini", "note": "lot C livré", "agent": "Merlin"},
+        {"action": "bloque", "raison": "il me faut le mot de passe staging", "agent": "Merlin"}]
+    _, guide, _ = lancer("guide")
+    lignes = re.findall(r"^- `(\$TARNAVELLECTL .*)`$", guide.decode(), re.M)
+    egal(len(lignes), 13)
+    for ligne, attendu in zip(lignes, attendus):
+        porte.recus.clear()
+        subprocess.run(["sh", "-c", ligne], check=True, timeout=60, stdout=subprocess.DEVNULL,
+                       env=porte.monde | {"TARNAVELLECTL": CLIENT, "TARNAVELLE_NODE_ID": " Merlin "})
+        egal(porte.recus, [attendu], ligne)
+
+
+def sur_un_tube(porte):
+    brut = b' {"ok":true,\n"data":[{"n":"\xc2\x9b","b":1},{"n":"x","b":22}], "spoken_text":" "}\r\n'
+    refus = b'{"ok":false,"error":"Non : \\u001b[31m\xc2\x9b."}'
+    dit = 'tarnavellectl : Non : \\u001b[31m\\u009b.\n'
+    illisible = "tarnavellectl : La réponse de la porte est illisible (HTTP {}).\n"
+    sans = "tarnavellectl : La porte n'a pas répondu.\n"
+    cas = [
+        ({"ok": True, "spoken_text": "Fait.\n", "data": 1}, 500, ["etat"], (0, b"Fait.\n", "")),
+        ({"ok": True, "spoken_text": "Fait.", "data": [1, "é"]}, 200, ["etat", "--donnees"], (0, "1\né\n".encode(), "")),
+        ({"ok": True}, 200, ["etat"], (0, b"C'est fait.\n", "")),
+        ({"ok": True, "spoken_text": HOSTILE}, 200, ["etat"],
+         (0, b"\\u001b]0;pris\\u0007\\u001b[2J\\u009b31m\\u007f\\u202e\\rfin\n", "")),
+        (brut, 200, ["etat"], (0, b"b   n\n1   \\u009b\n22  x\n", "")),
+        (brut, 200, ["etat", "--json"], (0, brut, "")),
+        (refus, 200, ["etat"], (1, b"", dit)),
+        (refus, 401, ["etat", "--json"], (1, refus, dit)),
+        (refus, 200, ["etta"], (1, b"", dit + "tarnavellectl : Vouliez-vous dire etat ?\n")),
+        ({"ok": False, "error": " "}, 503, ["etat"],
+         (1, b"", "tarnavellectl : La porte a refusé sans dire pourquoi (HTTP 503).\n")),
+        (b"<html>\xff", 502, ["etat", "--json"], (3, b"", illisible.format(502))),
+        (b'{"ok":"oui"}', 200, ["etat"], (3, b"", illisible.format(200))),
+        (b"", 200, ["etat"], (3, b"", illisible.format(200))),
+        ({"ok": True}, 200, ["focus", "a", "b\n"],
+         (0, b"C'est fait.\n", "tarnavellectl : De trop, et laissé de côté : « b\\n ».\n")),
+        ({"ok": True, "data": {"p": base64.b64encode(PNG).decode()}}, 200, ["capture", "--inline"], (0, PNG, "")),
+    ]
+    for reponse, statut, mots, attendu in cas:
+        porte.reponse, porte.statut = reponse, statut
+        egal(lancer(*mots, monde=porte.monde), attendu, mots, reponse)
+    porte.statut = 200
+
+    egal(lancer("capture", "--inline", "--chemin", "p.png", monde=porte.monde), (0, f"{MAISON}/p.png\n".encode(), ""))
+    egal((MAISON / "p.png").read_bytes(), PNG)
+    code, sortie, erreurs = lancer("capture", "--inline", "--chemin", "absent/p.png", monde=porte.monde)
+    egal((code, sortie, "n'existe pas" in erreurs), (3, b"", True))
+    with open("/dev/full", "wb") as plein:
+        fait = subprocess.run([CLIENT, "etat"], env=porte.monde, stdout=plein, stderr=subprocess.PIPE, timeout=60)
+    egal((fait.returncode, fait.stderr.decode()), (3, "tarnavellectl : La sortie ne s'écrit pas.\n"))
+
+    # Told before anything is sent, and nothing on standard output.
+    porte.recus.clear()
+    for mots in (["focus"], ["etat", "--agnet"], ["etat", "--json=1"], [], ["completions", "csh"], ["aide", "etta"],
+                 ["mcp-config", "--fichier", "absent/x"], ["lire", b"\xff"]):
+        code, sortie, erreurs = lancer(*mots, monde=porte.monde)
+        egal((code, sortie, erreurs.startswith("tarnavellectl : ")), (2, b"", True), mots)
+    egal(porte.recus, [])
+    for url in ({}, {"TARNAVELLE_CONTROL_URL": "http://127.0.0.1:1"}):
+        code, sortie, erreurs = lancer("etat", "--json", monde=MONDE | url)
+        egal((code, sortie, erreurs.startswith("tarnavellectl : Porte introuvable") or erreurs == sans), (3, b"", True))
+    egal(lancer("completions", "proposer", "lire", ""), (0, b"", ""))
+
+
+def configuration(essai):
+    """What is pasted starts a bridge that finds the door and says who calls."""
+    monde = essai | {"TARNAVELLE_NODE_ID": "Merlin"}
+    code, texte, erreurs = lancer("mcp-config", monde=monde)
+    egal((code, erreurs), (0, ""))
+    serveur = json.loads(texte)["mcpServers"]["tarnavelle"]
+    cible = MAISON / "cible"
+    cible.write_text("intacte")
+    (MAISON / "lien").symlink_to(cible)
+    for fichier in ("mcp.json", "lien"):
+        egal(lancer("mcp-config", "--fichier", fichier, monde=monde), (0, f"{MAISON}/{fichier}\n".encode(), ""))
+        egal(((MAISON / fichier).read_bytes(), (MAISON / fichier).lstat().st_mode), (texte, 0o100600), fichier)
+    egal(cible.read_text(), "intacte")
+    mots = shlex.split(lancer("mcp-config", "--codex", monde=monde)[1].decode())
+    codex = tomllib.loads("\n".join(mots[1::2]))["mcp_servers"]["tarnavelle"]
+    egal((mots[0::2], codex), (["-c"] * 4, {"command": serveur["command"], "env": serveur["env"]}))
+    appel = {"jsonrpc": "2.0", "id": 1, "method": "tools/call", "params": {"name": "trv_fini", "arguments": {}}}
+    pont = subprocess.run([serveur["command"]], input=json.dumps(appel), env=serveur["env"], capture_output=True,
+                          encoding="utf-8", timeout=60)
+    assert "Merlin a fini." in pont.stdout, pont
+    ailleurs = MAISON / "guides"
+    ailleurs.mkdir()
+    egal(lancer("guide", "--fichier", monde=MONDE | {"TARNAVELLE_NODE_ID": "a/b c", "TARNAVELLE_AGENT_GUIDE": str(
+        ailleurs / "guide-7.md")}), (0, f"{ailleurs}/guide-a-b c.md\n".encode(), ""))
+    egal(lancer("guide", "--fichier")[1], f"{MAISON}/guide-locale.md\n".encode())
+    assert serveur["env"]["TARNAVELLE_CONTROL_TOKEN"] not in lancer("guide", monde=monde)[1].decode()
+
+
+class Terminal:
+    """A pane in which a program runs."""
+
+    def __init__(self, *programme, monde, colonnes=70):
+        self.socket, self.fois = tempfile.mktemp(dir=MAISON), 0
+        self.tmux("-f/dev/null", "new-session", "-d", "-c", str(MAISON), "-x", str(colonnes), "-y", "40", *programme, monde=monde)
+        self.tmux("set-option", "-g", "status", "off")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.tmux("kill-server", check=False)
+
+    def tmux(self, *mots, monde=MONDE, check=True):
+        fait = subprocess.run(["tmux", "-S", self.socket, *mots], env=monde, capture_output=True, encoding="utf-8")
+        assert fait.returncode == 0 or not check, (mots, fait)
+        return fait.stdout
+
+    def ecran(self, *options):
+        return self.tmux("capture-pane", "-p", *options)
+
+    def taper(self, *touches):
+        self.tmux("send-keys", *touches)
+
+    def attendre(self, motif):
+        limite = time.monotonic() + 30
+        while not re.search(motif, self.ecran(), re.M):
+            assert time.monotonic() < limite, f"{motif!r} n'est pas à l'écran :\n{self.ecran()}"
+            time.sleep(0.02)
+        return self.ecran()
+
+    def faire(self, ligne):
+        """The screen that one line gives, once it is over."""
+        self.fois += 1
+        self.taper("-l", f"clear; {ligne}; echo {self.fois}:$?")
+        self.taper("Enter")
+        return self.attendre(rf"^{self.fois}:\d+$")
+
+
+def sur_un_terminal(porte):
+    with Terminal("bash", "--norc", monde=porte.monde | {"PS1": "$ "}) as t:
+        t.tmux("select-pane", "-T", "titre")
+        fiche = {"nom": "漢字", "note": "n" * 300}
+        porte.reponse = {"ok": True, "data": [fiche, {"nom": "e\u0301te\u0301", "note": "fin"}]}
+        ecran = t.faire("tarnavellectl taches").splitlines()
+        egal(ecran[:4], ["nom   note", "漢字  " + "n" * 63 + "…", "e\u0301te\u0301   fin", "1:0"])
+        assert "\x1b[1mnom   note" in t.ecran("-e"), t.ecran("-e")
+        for couleurs, refus in (("", True), ("NO_COLOR=1 ", False), ("TERM=dumb ", False)):
+            t.faire(f"{couleurs}tarnavellectl focus")
+            egal("\x1b[31mtarnavellectl" in t.ecran("-e"), refus, couleurs)
+
+        montre = "\\u001b]0;pris\\u0007\\u001b[2J\\u009b31m\\u007f\\u202e"
+        porte.reponse = json.dumps({"ok": True, "spoken_text": HOSTILE, "data": {HOSTILE: [{HOSTILE: HOSTILE}]}},
+                                   ensure_ascii=False).encode()
+        for option in ("", " --donnees", " --json"):
+            assert montre in t.faire("tarnavellectl etat" + option).replace("\n", ""), (option, t.ecran())
+        porte.reponse = {"ok": False, "error": HOSTILE}
+        assert montre in t.faire(r"tarnavellectl $'x\e[2J'").replace("\n", ""), t.ecran()
+        egal(t.tmux("display", "-p", "#{pane_title}"), "titre\n")
+
+        porte.reponse = {"ok": True, "data": base64.b64encode(PNG).decode()}
+        assert "M-^IPNG^M\n^Z" in t.faire("tarnavellectl capture --inline | cat -v; echo"), t.ecran()
+        assert "capture-" in t.faire("tarnavellectl capture --inline"), t.ecran()
+        (ecrite,) = MAISON.glob("capture-*.png")
+        egal(ecrite.read_bytes(), PNG)
+
+        secret = t.faire("tarnavellectl mcp-config")
+        assert '"secret"' in secret and "le jeton de la porte" in secret, secret
+        assert "le jeton de la porte" not in t.faire("tarnavellectl mcp-config | tail -n 1"), t.ecran()
+        assert re.search(r"^  etat +Dit ce qui se passe", t.faire("tarnavellectl --help | head -n 8"), re.M), t.ecran()
+
+        porte.retenue.clear()
+        porte.recus.clear()
+        t.taper("-l", "tarnavellectl attendre Merlin")
+        t.taper("Enter")
+        while not porte.recus:
+            time.sleep(0.01)
+        depart = time.monotonic()
+        t.taper("C-c")
+        t.taper("-l", "echo statut=$?")
+        t.taper("Enter")
+        t.attendre("^statut=130$")
+        assert time.monotonic() - depart < 5
+        porte.retenue.set()
+
+
+def completions(porte):
+    agents = ["Merlin", "Grand Duc", "Épervier", "$(touch mechant)", "a\x1b[2J", "-x"]
+    porte.reponse = {"ok": True, "data": {"agents": [{"nom": nom} for nom in agents], "crew": ["Forge"]}}
+    shells = [
+        (["bash", "--norc"], "source <(tarnavellectl completions bash)", "Grand\\ Duc"),
+        (["zsh", "-f"], "autoload -U compinit; compinit -u; source <(tarnavellectl completions zsh)", "Grand\\ Duc"),
+        (["fish", "--no-config"], "tarnavellectl completions fish | source", "Grand\\ Duc"),
+    ]
+    for programme, charger, avec_espace in shells:
+        with Terminal(*programme, monde=porte.monde, colonnes=120) as t:
+            t.taper("-l", charger + "; clear; echo pr''et")
+            t.taper("Enter")
+            t.attendre("^pret$")
+            for tape, complete in (("env", "envoyer_touches"), ("mcp", "mcp-config"), ("aide dif", "aide diffuser"),
+                                   ("lire_terminal --dep", "--depuis-prompt"), ("lire Me", "lire Merlin"),
+                                   ("dicter 'x y' Gr", "'x y' " + avec_espace), ("focus Ép", "focus Épervier"),
+                                   ("lire --agent=Me", "--agent=Merlin"), ("lire --agent Gr", avec_espace)):
+                t.taper("-l", "tarnavellectl " + tape)
+                t.taper("Tab")
+                t.attendre(re.escape(complete) + " *$" if "=" not in tape else re.escape(complete))
+                t.taper("C-u", "C-l")
+            t.taper("-l", "tarnavellectl lire ")
+            t.taper("Tab", "Tab")
+            liste = t.attendre("Merlin")
+            assert not re.search(r"mechant|\\u001b|Forge", liste), liste
+    assert not (MAISON / "mechant").exists()
+
+
+def manuel():
+    page = MAISON / "tarnavellectl.1"
+    page.write_bytes(lancer("man")[1])
+    lu = subprocess.run(["man", "--warnings", "-P", "cat", "-l", page], env=MONDE | {"MANWIDTH": "100"},
+                        capture_output=True, timeout=60, encoding="utf-8")
+    egal((lu.returncode, lu.stderr), (0, ""))
+    texte = re.sub(".\b", "", lu.stdout)
+    for attendu in ("tarnavellectl - les verbes du cockpit", "--depuis-prompt", "screenshot, window_screenshot", "\\u001b",
+                    'tarnavellectl dicter "lance les tests" --agent Milan', "~/Library", "l'écran"):
+        assert attendu in texte, (attendu, texte)
+
+
+def session(essai):
+    """A new user's session with the trial door."""
+    for mots, attendu in (
+            (["etat"], (0, b"Sc\xc3\xa8ne Sources. Merlin : au repos. Milan : au repos (Atelier).\n", "")),
+            (["ouvrir-agent", "--cli=codex"], (0, b"Harfang est ouvert : codex dans ~/Sources.\n", "")),
+            (["type", "lance", "Harfang"], (0, "Envoyé à Harfang.\n".encode(), "")),
+            (["attendre", "Harfang", "--timeout-s", "20"], (0, "Harfang s'est calmé.\n".encode(), "")),
+            (["focus", "Merlun"], (1, b"", None)),
+            (["resumer"], (1, b"", "tarnavellectl : pas encore câblé\n"))):
+        code, sortie, erreurs = lancer(*mots, monde=essai)
+        egal((code, sortie, attendu[2] and erreurs), attendu, mots)
+    egal(lancer("completions", "proposer", "lire", "", monde=essai)[1], b"Merlin\tagent\nHarfang\tagent\nMilan\tagent\n")
+
+
+def main():
+    essai = subprocess.Popen([ESSAI], env=MONDE, stdout=subprocess.PIPE)
+    try:
+        essai.stdout.readline()
+        session(MONDE)
+        configuration(MONDE)
+    finally:
+        essai.terminate()
+        essai.wait()
+    with Porte() as porte:
+        exemples(porte)
+        sur_un_tube(porte)
+        sur_un_terminal(porte)
+        completions(porte)
+        porte.shutdown()
+    manuel()
+    print("tarnavellectl : tout va bien")
+
+
+if __name__ == "__main__":
+    main()
