@@ -180,7 +180,7 @@ async def rapide(lecteur, ecrivain):
     cle = demande.partition(b"Sec-WebSocket-Key: ")[2].partition(b"\r\n")[0]
     preuve = base64.b64encode(hashlib.sha1(cle + b"258EAFA5-E914-47DA-95CA-C5AB0DC85B11").digest())
     ecrivain.write(b"HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-                   b"Set-Cookie: " + b"c" * 3500 + b"\r\nSec-WebSocket-Accept: " + preuve + b"\r\n\r\n"
+                   b"Set-Cookie: " + b"c" * 4000 + b"\r\nSec-WebSocket-Accept: " + preuve + b"\r\n\r\n"
                    b"\x81\x7e" + (6000).to_bytes(2, "big") + b"r" * 6000)
     await lecteur.read()
     ecrivain.close()
