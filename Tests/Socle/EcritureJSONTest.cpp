@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace tarnavelle {
@@ -51,7 +52,7 @@ TEST(EcritureJSON, CaracteresASCII) {
   }
 }
 
-TEST(EcritureJSON, TexteMalForme) {
+TEST(EcritureJSON, SansFormeJSON) {
   for (const std::string fautif : {"\x80", "\xC3", "\xC3z", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80"})
     for (const std::size_t avant : {0u, 15u, 16u, 40u, 100'000u})
       for (const Json& valeur :
@@ -65,6 +66,8 @@ TEST(EcritureJSON, TexteMalForme) {
       }
   EXPECT_EQ(EcritureJSON::compacte(Json(Json::value_t::discarded)), std::nullopt);
   EXPECT_EQ(EcritureJSON::compacte({1, Json::binary({1})}), std::nullopt);
+  for (const double d : {std::nan(""), HUGE_VAL, -HUGE_VAL})
+    EXPECT_EQ(EcritureJSON::compacte({{"a", {d}}}), std::nullopt) << d;
   std::string texte = "avant ";
   EXPECT_TRUE(EcritureJSON::ajouter(texte, {{"a", 1}}));
   EXPECT_EQ(texte, R"(avant {"a":1})");

@@ -1,6 +1,7 @@
 #include "Socle/EcritureJSON.hpp"
 
 #include <charconv>
+#include <cmath>
 
 #include "Socle/Texte.hpp"
 
@@ -15,7 +16,7 @@ class Ecrivain {
  public:
   Ecrivain(std::string& sortie, Style style) : sortie_(sortie), lisible_(style == Style::lisible) {}
 
-  /// Appends the value; false when some text in it is not well-formed UTF-8, the output as it was.
+  /// Appends the value; false when JSON has no form for something in it, the output as it was.
   bool ecrire(const Json& v) {
     return tenter([&] { valeur(v); });
   }
@@ -40,7 +41,10 @@ class Ecrivain {
       case Json::value_t::boolean: sortie_ += v.get<bool>() ? "true" : "false"; break;
       case Json::value_t::number_integer: entier(v.get<std::int64_t>()); break;
       case Json::value_t::number_unsigned: entier(v.get<std::uint64_t>()); break;
-      case Json::value_t::number_float: sortie_ += v.dump(); break;
+      case Json::value_t::number_float:
+        if (!std::isfinite(v.get<double>())) valide_ = false;
+        sortie_ += v.dump();
+        break;
       case Json::value_t::string: texte(v.get_ref<const std::string&>()); break;
       case Json::value_t::array:
         contenu('[', ']', v.get_ref<const Json::array_t&>(), [&](const Json& e) { valeur(e); });

@@ -10,7 +10,7 @@
 
 namespace tarnavelle::EcritureJSON {
 
-/// One line without spaces. Nothing when a text or a key is not well-formed UTF-8.
+/// One line without spaces. Nothing when a text or a key is not well-formed UTF-8, or a number not finite.
 std::optional<std::string> compacte(const Json& valeur);
 
 /// Appends the same line to `texte`. False, with `texte` as it was, when there is none.
@@ -19,8 +19,8 @@ bool ajouter(std::string& texte, const Json& valeur);
 /// Appends a text as a JSON string. False, with `sortie` as it was, when it is not well-formed UTF-8.
 bool ajouterTexte(std::string& sortie, std::string_view texte);
 
-/// Two-space indentation and `"key" : value`; empty containers stay on one line. Nothing when a text
-/// or a key is not well-formed UTF-8.
+/// Two-space indentation and `"key" : value`; empty containers stay on one line. Nothing where `compacte`
+/// gives nothing.
 std::optional<std::string> lisible(const Json& valeur);
 
 }  // namespace tarnavelle::EcritureJSON

@@ -56,7 +56,8 @@ Json annonceSysteme(std::string_view texte);
 
 Json supprimerItem(std::string_view id);
 
-/// The text to send: one compact line. Nothing when a text in the object is not well-formed UTF-8.
+/// The text to send: one compact line. Nothing when a text in the object is not well-formed UTF-8, or a
+/// number not finite.
 std::optional<std::string> encoded(const Json& objet);
 
 }  // namespace tarnavelle::RealtimeRequest
