@@ -16,6 +16,9 @@ TEST(FileAnnoncesVoix, GardeLesDernieres) {
   EXPECT_EQ(file.attente, (File{"b", "a", "c", "d", "e"}));
   file.remettre("z");
   EXPECT_EQ(file.attente, (File{"z", "b", "a", "c", "d"}));
+  file.attente.insert(file.attente.end(), {"f", "g"});
+  file.remettre("y");
+  EXPECT_EQ(file.attente, (File{"y", "z", "b", "a", "c"}));
   file.vider();
   EXPECT_EQ(file, FileAnnoncesVoix{});
 }

@@ -31,6 +31,7 @@ TEST(MoteurIntentions, Prompt) {
       M::prompt({.recit = "SCÈNE « API ».", .nomsAgents = {"Merlin"}}, {"claude", "codex"}, pressionTouche),
       tete + "SCÈNE « API ».\nCLIs d'agents installés : claude, codex" + regles +
           std::string(M::queue(pressionTouche)));
+  EXPECT_NE(M::prompt({}, {"", "codex"}, microOuvert).find(" installés : , codex.\n"), vide.npos);
   std::size_t i = 0;
   for (const char* morceau :
        {"RÈGLES QUI COMPTENT :\n- DICTER EXIGE UNE ADRESSE.", "tu es le microphone, pas l'auteur",

@@ -10,7 +10,7 @@ void FileAnnoncesVoix::enfiler(std::string_view texte) {
   const auto annonce = Texte::rogner(texte);
   if (annonce.empty() || (!attente.empty() && attente.back() == annonce)) return;
   attente.emplace_back(annonce);
-  if (attente.size() > maxEnAttente) attente.pop_front();
+  while (attente.size() > maxEnAttente) attente.pop_front();
 }
 
 bool FileAnnoncesVoix::peutLivrer(const Conversation& c) {
@@ -26,7 +26,7 @@ std::optional<std::string> FileAnnoncesVoix::prochaine(const Conversation& conve
 
 void FileAnnoncesVoix::remettre(std::string texte) {
   attente.push_front(std::move(texte));
-  if (attente.size() > maxEnAttente) attente.pop_back();
+  while (attente.size() > maxEnAttente) attente.pop_back();
 }
 
 }  // namespace tarnavelle
