@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Plays an agent's whole session through the real bridge: agent.py BRIDGE TRIAL_DOOR
+"""Plays an agent's whole session through the real bridge and client: agent.py BRIDGE CLIENT TRIAL_DOOR
 
 Opens the trial door, starts the bridge as an agent would, shows each request and each reply, checks
-them, and ends with the configuration for real agents. Both programs get a home folder of their own,
-so the operator's endpoint file is neither read nor written. Exit status 1 when a reply is not the
+them, and ends with the configuration for real agents. The programs get a home folder of their own, so
+the operator's endpoint file is neither read nor written. Exit status 1 when a reply is not the
 expected one.
 """
 import json
@@ -137,7 +137,17 @@ def verifier(vrai, constat, duree=None):
     print(teinte("32", f" ✓ {constat}") + teinte("2", mesure))
 
 
-def session(agent, porte, fichier):
+def dans_un_shell(client, monde):
+    dossier, nom = os.path.split(client)
+    monde = monde | {"PATH": dossier + os.pathsep + os.environ["PATH"], "TARNAVELLE_NODE_ID": "Merlin"}
+    for mots, statut in ((["etat"], 0), (["fini", "--note", "relu"], 0), (["focus", "Merlun"], 1)):
+        print(teinte("36", " $ ") + shlex.join([nom, *mots]), flush=True)
+        fait = subprocess.run([nom, *mots], env=monde, capture_output=True, encoding="utf-8", timeout=DELAI)
+        montrer("retour", (fait.stdout or fait.stderr).rstrip())
+        verifier(fait.returncode == statut, f"statut de sortie {statut}")
+
+
+def session(agent, porte, fichier, shell):
     agent.titre("Poignée de main", "L'agent se présente et demande une version récente du protocole ; "
                 "le pont annonce la sienne, la seule qu'il parle. La notification ne reçoit pas de réponse.")
     reponse, duree = agent.demander("initialize", {
@@ -182,6 +192,10 @@ def session(agent, porte, fichier):
     refus = json.loads(agent.appeler("trv_decoller", {}, erreur=True))
     verifier(refus["ok"] is False and refus["error"], f"refus de la porte : {refus['error']}")
 
+    agent.titre("Sans MCP", "Un agent dont le programme ne parle pas MCP, un script ou l'opérateur ont les mêmes "
+                "verbes dans leur shell, par tarnavellectl.")
+    shell()
+
     agent.titre("Une méthode que le pont n'a pas", "Les clients demandent aussi des « prompts » : c'est une erreur "
                 "du protocole, et la session continue.")
     reponse, duree = agent.demander("prompts/list")
@@ -215,7 +229,7 @@ def configuration(pont):
 
 
 def main():
-    pont, porte = (str(pathlib.Path(p).resolve()) for p in sys.argv[1:3])
+    pont, client, porte = (str(pathlib.Path(p).resolve()) for p in sys.argv[1:4])
     enfants = []
     with tempfile.TemporaryDirectory(prefix="tarnavelle-demo-") as maison:
         fichier = pathlib.Path(maison, "Library/Application Support/Tarnavelle/porte-commande.json")
@@ -225,7 +239,7 @@ def main():
             print(teinte("1", enfants[0].ligne()))
             verifier(fichier.exists(), "la porte a écrit son fichier")
             enfants.append(Enfant("Le pont", [pont], monde | {"TARNAVELLE_NODE_ID": "Merlin"}))
-            session(Agent(enfants[1]), enfants[0], fichier)
+            session(Agent(enfants[1]), enfants[0], fichier, lambda: dans_un_shell(client, monde))
         except (Echec, OSError, KeyError, IndexError, ValueError) as e:
             print(teinte("31", f" ✗ {e if isinstance(e, Echec) else f'réponse inattendue ({e!r})'}"), file=sys.stderr)
             return 1
