@@ -8,6 +8,7 @@
 
 #include "Socle/Base64.hpp"
 #include "Voix/RealtimeAudio.hpp"
+#include "Voix/RealtimeClient.hpp"
 #include "Voix/RealtimeFrame.hpp"
 #include "Voix/RealtimeRequest.hpp"
 
@@ -64,6 +65,48 @@ void lirePetitEvenement(benchmark::State& etat) {
   for (auto _ : etat) benchmark::DoNotOptimize(LectureTrame::lire(trame, DialecteRealtime::openai));
 }
 BENCHMARK(lirePetitEvenement)->Unit(benchmark::kNanosecond);
+
+/// Keeps what the client listens with, and lets its sends fall.
+struct TransportMuet : TransportRealtime {
+  void demarrer(RappelsTransportRealtime r) override { rappels = std::move(r); }
+  void envoyer(std::string) override {}
+  void fermer() override {}
+  RappelsTransportRealtime rappels;
+};
+
+/// From a frame's text to its handlers' calls.
+void aiguiller(benchmark::State& etat, const std::string& trame, std::int64_t appelsParTrame) {
+  const auto transport = std::make_shared<TransportMuet>();
+  std::int64_t appels = 0;
+  const auto client = RealtimeClient::creer(
+      transport, {.provider = RealtimeProvider::openai(),
+                  .handlers = {.onToolCall = [&](const FileAppelsRealtime::Appel&) { ++appels; },
+                               .onDone = [&] { ++appels; },
+                               .onUsage = [&](const TourRealtime&) { ++appels; },
+                               .onEcouteEntree = [&](bool) { ++appels; },
+                               .onTrame = [&](std::string_view) { ++appels; }}});
+  for (auto _ : etat) transport->rappels.surTexte(trame);
+  if (appels != etat.iterations() * appelsParTrame) etat.SkipWithError("handlers mal appelés");
+}
+BENCHMARK_CAPTURE(aiguiller, parole,
+                  R"({"type":"input_audio_buffer.speech_started","event_id":"event_E6U11qP3QYFZ4qUgYVjdN",)"
+                  R"("audio_start_ms":1236,"item_id":"item_E6U11NhYQw9EqLY0RTEwG"})",
+                  2)
+    ->Unit(benchmark::kNanosecond);
+BENCHMARK_CAPTURE(aiguiller, appel,
+                  R"({"type":"response.output_item.done","event_id":"event_E6U12ETfJ0Pfe9BnrwQAf",)"
+                  R"("response_id":"resp_E6U11zrzQPfORkorcByyP","output_index":0,"item":{"id":"item_E6U11N",)"
+                  R"("type":"function_call","status":"completed","name":"focus","call_id":"call_oUuvBl",)"
+                  R"("arguments":"{\"cible\":\"Merlin\"}"}})",
+                  2)
+    ->Unit(benchmark::kNanosecond);
+BENCHMARK_CAPTURE(aiguiller, fini,
+                  R"({"type":"response.done","event_id":"event_E6U12ETfJ0Pfe9BnrwQAf","response":{"usage":)"
+                  R"({"total_tokens":253,"input_tokens":132,"output_tokens":121,"input_token_details":)"
+                  R"({"text_tokens":119,"audio_tokens":13,"cached_tokens":64,"cached_tokens_details":)"
+                  R"({"text_tokens":64,"audio_tokens":0}},"output_token_details":{"text_tokens":30}}}})",
+                  3)
+    ->Unit(benchmark::kNanosecond);
 
 void coderBase64(benchmark::State& etat) {
   const auto pcm = uneSecondePCM();

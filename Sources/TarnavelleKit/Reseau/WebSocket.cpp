@@ -36,10 +36,13 @@ class Couche : public Connexion {
   Couche(asio::io_context& boucle, bool tls, std::chrono::milliseconds patience)
       : Connexion(boucle, tls), attente_(boucle), patience_(patience) {}
 
+  /// The server has said its last word.
+  void nePlusAttendre() { attente_.cancel(); }
+
   void lireSansBorne() { lectureMax_ = std::numeric_limits<std::size_t>::max(); }
 
   void fermer() {
-    attente_.cancel();
+    nePlusAttendre();
     Connexion::fermer();
   }
 
@@ -144,6 +147,9 @@ struct WebSocket::Etat {
     flux->write_buffer_bytes(ecritureMax);
     flux->auto_fragment(false);
     flux->text(true);
+    flux->control_callback([this](websocket::frame_type genre, beast::string_view) {
+      if (genre == websocket::frame_type::close) flux->next_layer().nePlusAttendre();
+    });
     flux->async_handshake(reponse, adresse.entete, adresse.chemin, [this](Erreur erreur) {
       if (erreur == websocket::error::upgrade_declined)
         return chuter(
