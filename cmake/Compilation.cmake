@@ -26,7 +26,7 @@ add_compile_options(-ffunction-sections -fdata-sections)
 if(APPLE)
   add_link_options(LINKER:-dead_strip)
 else()
-  add_link_options(LINKER:--gc-sections LINKER:-z,relro LINKER:-z,now)
+  add_link_options(LINKER:--gc-sections)
 endif()
 
 # Warnings apply to our own targets only, through these two helpers.
