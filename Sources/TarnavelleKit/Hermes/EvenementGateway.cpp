@@ -33,6 +33,7 @@ constexpr std::array<std::string_view, 3> clesAccord = {"approved", "allowed", "
 constexpr std::array<std::string_view, 6> clesVerdict = {"decision", "response", "result",
                                                          "verdict",  "status",   "action"};
 constexpr std::array<std::string_view, 4> clesArguments = {"input", "arguments", "args", "parameters"};
+constexpr std::array<std::string_view, 1> clesAppel = {"arguments"};
 constexpr std::array<std::string_view, 7> clesChemin = {"file_path", "filePath", "notebook_path", "target_file",
                                                         "filename",  "file",     "path"};
 constexpr std::array<std::string_view, 5> clesSession = {"session_id", "sessionId", "hermes_session_id",
@@ -49,7 +50,7 @@ constexpr auto reunir(const std::array<std::string_view, n>&... listes) {
 
 constexpr auto clesLues = reunir(clesGenre, clesErreur, clesMorceau, clesTexte, clesApprobation, nidsDemande,
                                  nidsDecision, clesNom, clesTitre, clesDetail, clesExpiration, clesAccord,
-                                 clesVerdict, clesArguments, clesChemin, clesSession);
+                                 clesVerdict, clesArguments, clesAppel, clesChemin, clesSession);
 
 bool parmi(std::string_view texte, std::initializer_list<std::string_view> liste) {
   return std::find(liste.begin(), liste.end(), texte) != liste.end();
@@ -86,22 +87,18 @@ const std::string* nomDOutil(const Json& objet) {
   return fonction ? premierTexte(*fonction, {clesNom.data(), 1}) : nullptr;
 }
 
-/// Arguments are an object, or a text that holds one; nothing when they are neither.
-std::optional<Json> objetDArguments(const Json& arguments) {
-  if (arguments.is_object()) return arguments;
-  const auto* texte = arguments.get_ptr<const std::string*>();
-  return texte ? LectureJSON::objet(*texte, clesLues) : std::nullopt;
-}
-
-std::optional<std::string> cheminDArguments(const Json& arguments) {
-  const std::string* chemin = premierTexte(arguments, clesChemin);
-  return chemin ? std::optional(*chemin) : std::nullopt;
-}
-
-std::optional<std::string> cheminDOutil(const Json& objet) {
-  for (const auto cle : clesArguments)
-    if (const Json* membre = Champ::membre(objet, cle))
-      if (const auto arguments = objetDArguments(*membre)) return cheminDArguments(*arguments);
+/// The path that the first of these arguments names. Arguments are an object, or a text that holds one;
+/// anything else is passed over.
+std::optional<std::string> cheminDArguments(const Json& objet, Cles cles) {
+  for (const auto cle : cles) {
+    const Json* arguments = membreDe(objet, cle, Json::value_t::object);
+    std::optional<Json> lus;
+    if (const std::string* texte = Champ::chaine(objet, cle)) lus = LectureJSON::objet(*texte, clesLues);
+    if (lus) arguments = &*lus;
+    if (!arguments) continue;
+    const std::string* chemin = premierTexte(*arguments, clesChemin);
+    return chemin ? std::optional(*chemin) : std::nullopt;
+  }
   return std::nullopt;
 }
 
@@ -180,9 +177,7 @@ EvenementGateway lireAppels(const Json& appels) {
     const Json* fonction = membreDe(appel, "function", Json::value_t::object);
     const std::string* nom = fonction ? Champ::chaine(*fonction, "name") : nullptr;
     if (!nom || nom->empty()) continue;
-    const Json* membre = Champ::membre(*fonction, "arguments");
-    const auto arguments = membre ? objetDArguments(*membre) : std::nullopt;
-    return {EvenementGateway::outil{*nom, arguments ? cheminDArguments(*arguments) : std::nullopt}};
+    return {EvenementGateway::outil{*nom, cheminDArguments(*fonction, clesAppel)}};
   }
   return aucun();
 }
@@ -226,7 +221,8 @@ EvenementGateway EvenementGateway::lire(std::string_view charge) {
     if (const Json* appels = membreDe(*delta, "tool_calls", Json::value_t::array)) return lireAppels(*appels);
 
   const std::string* nom = nomDOutil(*objet);
-  if (nom && parmi(genre, {"tool_call", "tool.start", "tool_use"})) return {outil{*nom, cheminDOutil(*objet)}};
+  if (nom && parmi(genre, {"tool_call", "tool.start", "tool_use"}))
+    return {outil{*nom, cheminDArguments(*objet, clesArguments)}};
   if (nom && parmi(genre, {"tool_result", "tool.end", "tool_call_result"})) return {outilFini{*nom}};
   if (const std::string* id = sessionAnnoncee(*objet)) return {session{*id}};
   return aucun();

@@ -1,11 +1,19 @@
 #include "Hermes/MessageNtfy.hpp"
 
+#include <array>
+
 #include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
+namespace {
+
+constexpr std::array<std::string_view, 6> clesLues = {"event", "id",    "message",
+                                                      "time",  "title", "topic"};  // sorted
+
+}  // namespace
 
 LectureNtfy MessageNtfy::lire(std::string_view ligne, std::optional<std::string_view> topicAttendu) {
-  const auto objet = LectureJSON::objet(ligne);
+  const auto objet = LectureJSON::objet(ligne, clesLues);
   if (!objet) return {LectureNtfy::rien{}};
   std::string topic = Champ::texte(*objet, "topic");
   if (topicAttendu && !topicAttendu->empty() && *topicAttendu != topic) return {LectureNtfy::rien{}};

@@ -20,8 +20,8 @@ struct ReglageNtfy {
   static constexpr std::string_view admis = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
 
   std::string serveur = "https://ntfy.sh";
-  std::string topic;  ///< the channel's secret too: whoever knows it listens and speaks
-  std::string jeton;  ///< for a server that asks for one; travels in a header only
+  std::string topic = {};  ///< the channel's secret too: whoever knows it listens and speaks
+  std::string jeton = {};  ///< for a server that asks for one; travels in a header only
 
   bool operator==(const ReglageNtfy&) const = default;
 

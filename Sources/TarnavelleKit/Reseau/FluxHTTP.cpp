@@ -62,7 +62,7 @@ class FluxHTTP::Echange {
  public:
   Echange(const RequeteHTTP& requete, const Adresse& adresse, const std::atomic<bool>& interrompu)
       : interrompu_(interrompu),
-        requete_(octets(requete, adresse)),
+        requete_(octets(requete, adresse, {{"Accept-Encoding", "identity"}})),
         silence_(requete.delai),
         connexion_(boucle_, adresse.tls),
         corps_(lectureMax) {
@@ -209,9 +209,7 @@ std::variant<int, ErreurReseau> FluxHTTP::ouvrir(const RequeteHTTP& requete) {
   const auto adresse = Adresse::depuis(requete.url, "http");
   if (!adresse || !envoyable(requete)) return ErreurReseau::autre;
   try {
-    RequeteHTTP complete = requete;
-    complete.entetes.push_back({"Accept-Encoding", "identity"});
-    auto echange = std::make_shared<Echange>(complete, *adresse, interrompu_);
+    auto echange = std::make_shared<Echange>(requete, *adresse, interrompu_);
     {
       const std::lock_guard garde(verrou_);
       if (interrompu_) return ErreurReseau::annulee;

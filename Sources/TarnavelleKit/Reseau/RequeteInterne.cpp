@@ -11,12 +11,13 @@ bool envoyable(const RequeteHTTP& requete) {
                               [](const EnteteHTTP& entete) { return Texte::porteControle(entete.valeur); });
 }
 
-std::string octets(const RequeteHTTP& requete, const Adresse& adresse) {
+std::string octets(const RequeteHTTP& requete, const Adresse& adresse, const std::vector<EnteteHTTP>& propres) {
   std::string t;
   t.reserve(256 + requete.corps.size());
   t.append(requete.methode).append(" ").append(adresse.chemin).append(" HTTP/1.1\r\nHost: ");
   t.append(adresse.entete);
-  for (const EnteteHTTP& e : requete.entetes) t.append("\r\n").append(e.nom).append(": ").append(e.valeur);
+  for (const auto* entetes : {&requete.entetes, &propres})
+    for (const EnteteHTTP& e : *entetes) t.append("\r\n").append(e.nom).append(": ").append(e.valeur);
   t.append("\r\nContent-Length: ").append(std::to_string(requete.corps.size()));
   t.append("\r\n\r\n").append(requete.corps);
   return t;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Reseau/ConnexionInterne.hpp"
 #include "Socle/RequeteHTTP.hpp"
@@ -11,7 +12,8 @@ namespace tarnavelle::interne {
 /// Whether no header value holds a control character.
 bool envoyable(const RequeteHTTP& requete);
 
-/// With the Host and Content-Length that the request leaves to its client.
-std::string octets(const RequeteHTTP& requete, const Adresse& adresse);
+/// With the Host and Content-Length that the request leaves to its client, and the client's own headers.
+std::string octets(const RequeteHTTP& requete, const Adresse& adresse,
+                   const std::vector<EnteteHTTP>& propres = {});
 
 }  // namespace tarnavelle::interne
