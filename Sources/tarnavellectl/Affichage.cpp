@@ -1,8 +1,9 @@
 #include "Affichage.hpp"
 
 #include <algorithm>
-#include <numeric>
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace tarnavelle::Affichage {
 namespace {
 
 constexpr std::size_t imbricationMax = 3;  ///< objects within objects; deeper ones stand as JSON
+constexpr std::size_t colonnesMax = 40;    ///< records that differ more stand as JSON, one a line
 constexpr std::size_t colonneMin = 6;      ///< no column of a cut table is made narrower
 
 bool estSimple(const Json& valeur) { return !valeur.is_structured(); }
@@ -47,13 +49,14 @@ std::string enLigne(const Json& valeur) { return Colonnes::montrable(texteDe(val
 /// The keys of the records, those that name a record first.
 std::vector<std::string> cles(const Json& table) {
   std::vector<std::string> noms;
-  const auto ajouter = [&](const std::string& cle) {
-    if (std::ranges::find(noms, cle) == noms.end()) noms.push_back(cle);
+  std::set<std::string_view> vues;
+  const auto ajouter = [&](std::string_view cle) {
+    if (vues.insert(cle).second) noms.emplace_back(cle);
   };
   for (const char* tete : {"nom", "numero", "agent"})
     if (std::any_of(table.begin(), table.end(), [&](const Json& f) { return f.contains(tete); })) ajouter(tete);
   for (const Json& fiche : table)
-    for (const auto& [cle, valeur] : fiche.items()) ajouter(cle);
+    for (const auto& [cle, valeur] : fiche.get_ref<const Json::object_t&>()) ajouter(cle);
   return noms;
 }
 
@@ -64,9 +67,9 @@ struct Colonne {
 };
 
 /// The columns that hold something.
-std::vector<Colonne> colonnesDe(const Json& table) {
+std::vector<Colonne> colonnesDe(const Json& table, const std::vector<std::string>& cles) {
   std::vector<Colonne> colonnes;
-  for (const std::string& cle : cles(table)) {
+  for (const std::string& cle : cles) {
     Colonne colonne{.titre = Colonnes::montrable(cle), .cases = {}};
     bool vide = true;
     for (const Json& fiche : table) {
@@ -87,17 +90,14 @@ constexpr std::size_t gouttiere = 2;
 
 /// Narrows the widest columns until the line fits, as far as that can be.
 void resserrer(std::vector<Colonne>& colonnes, std::size_t place) {
-  for (Colonne& c : colonnes) c.largeur = std::min(c.largeur, place);
-  const auto total = [&] {
-    return std::accumulate(colonnes.begin(), colonnes.end(), std::size_t{0},
-                           [](std::size_t n, const Colonne& c) { return n + c.largeur + gouttiere; }) -
-           gouttiere;
+  const auto total = [&colonnes](std::size_t plafond) {
+    std::size_t n = 0;
+    for (const Colonne& c : colonnes) n += std::min(c.largeur, plafond) + gouttiere;
+    return n - gouttiere;
   };
-  while (total() > place) {
-    Colonne& large = *std::ranges::max_element(colonnes, {}, &Colonne::largeur);
-    if (large.largeur <= colonneMin) return;
-    --large.largeur;
-  }
+  std::size_t plafond = std::max(place, colonneMin);
+  while (plafond > colonneMin && total(plafond) > place) --plafond;
+  for (Colonne& c : colonnes) c.largeur = std::min(c.largeur, plafond);
 }
 
 class Exposition {
@@ -127,16 +127,19 @@ class Exposition {
   void bloc(const Json& valeur, std::size_t retrait, std::size_t imbrication) {
     if (estTable(valeur)) return table(valeur, retrait);
     if (valeur.is_object() && !valeur.empty()) return objet(valeur, retrait, imbrication);
-    if (valeur.is_array() && !valeur.empty()) {
-      for (const Json& element : valeur) poser(retrait, enLigne(element));
-      return;
-    }
+    if (valeur.is_array() && !valeur.empty()) return liste(valeur, retrait);
     if (valeur.is_string()) return lignes(valeur.get_ref<const std::string&>(), retrait);
     poser(retrait, enLigne(valeur));
   }
 
+  void liste(const Json& elements, std::size_t retrait) {
+    for (const Json& element : elements) poser(retrait, enLigne(element));
+  }
+
   void table(const Json& fiches, std::size_t retrait) {
-    auto colonnes = colonnesDe(fiches);
+    const auto noms = cles(fiches);
+    if (noms.size() > colonnesMax) return liste(fiches, retrait);
+    auto colonnes = colonnesDe(fiches, noms);
     const auto place = colonnes_ ? std::optional(*colonnes_ - std::min(retrait, *colonnes_)) : std::nullopt;
     if (colonnes.empty()) return poser(retrait, "—");
     if (place) resserrer(colonnes, *place);

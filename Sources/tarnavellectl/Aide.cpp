@@ -109,6 +109,7 @@ const std::vector<std::pair<int, std::string_view>>& statuts() {
        "La ligne de commande est fautive, ou demande ce qui ne peut se faire ici. Rien n'a été envoyé."},
       {Statut::sansReponse,
        "Pas de porte, pas de réponse, ou réponse perdue en sortie. Le verbe a pu être exécuté."},
+      {130, "Interrompu par Ctrl-C. Le verbe a pu être exécuté."},
   };
   return liste;
 }

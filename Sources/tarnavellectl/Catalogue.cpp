@@ -18,12 +18,14 @@ const std::vector<CommandeLocale>& commandesLocales() {
       {{"aide",
         "Montre l'aide d'un verbe, ou l'aide générale.",
         {{"verbe", Genre::texte, "Le verbe, ou la commande, dont on veut tout savoir.", false}}},
+       {"help"},
        Commandes::aide},
       {{"mcp-config",
         "Donne la configuration MCP prête à coller, celle de claude. Le jeton de la porte y est : c'est un "
         "secret.",
         {{"codex", Genre::booleen, "true pour les mots « -c » de codex.", false},
          {"fichier", Genre::texte, "Où l'écrire, lisible de son seul propriétaire. Vide = la sortie.", false}}},
+       {},
        Commandes::configurationMCP},
       {{"guide",
         "Donne le guide de l'agent Tarnavelle, en Markdown. Le jeton n'y est jamais.",
@@ -31,13 +33,16 @@ const std::vector<CommandeLocale>& commandesLocales() {
           "true pour l'écrire dans guide-SESSION.md, à côté du guide de TARNAVELLE_AGENT_GUIDE, sinon dans le "
           "dossier courant.",
           false}}},
+       {},
        Commandes::guide},
       {{"completions",
         "Donne le script qui complète les verbes, les options et les noms d'agents. À charger ainsi : « source "
         "<(tarnavellectl completions bash) », de même pour zsh ; « tarnavellectl completions fish | source ».",
         {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
+       {},
        Commandes::completions},
       {{"man", "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - ».", {}},
+       {},
        Commandes::manuel},
   };
   return commandes;
@@ -46,7 +51,8 @@ const std::vector<CommandeLocale>& commandesLocales() {
 CommandeNommee commande(std::string_view mot) {
   const std::string nom = CommandeControle::normaliserAction(mot);
   for (const CommandeLocale& c : commandesLocales())
-    if (CommandeControle::normaliserAction(c.outil.nom) == nom) return {&c.outil, &c};
+    if (CommandeControle::normaliserAction(c.outil.nom) == nom || std::ranges::count(c.alias, nom) > 0)
+      return {&c.outil, &c};
   return {CommandeControle::outil(CommandeControle::canonique(mot)), nullptr};
 }
 
@@ -57,9 +63,18 @@ std::vector<std::string> nomsDesCommandes() {
   return noms;
 }
 
+std::vector<std::string> nomsAcceptes() {
+  auto noms = nomsDesCommandes();
+  for (const std::string& nom : nomsDesCommandes())
+    for (const auto alias : autresNoms(*commande(nom).outil)) noms.emplace_back(alias);
+  return noms;
+}
+
 std::vector<std::string_view> autresNoms(const OutilVoix& outil) {
   for (const LigneVerbe& ligne : tableVerbes())
     if (ligne.outil.nom == outil.nom) return ligne.alias;
+  for (const CommandeLocale& c : commandesLocales())
+    if (&c.outil == &outil) return c.alias;
   return {};
 }
 

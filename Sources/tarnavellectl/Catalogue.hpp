@@ -14,6 +14,7 @@ namespace tarnavelle {
 
 struct CommandeLocale {
   OutilVoix outil;
+  std::vector<std::string_view> alias;                       ///< other names, normalised
   int (*executer)(Session& session, const Json& arguments);  ///< returns the exit status
 };
 
@@ -26,10 +27,11 @@ struct CommandeNommee {
 };
 CommandeNommee commande(std::string_view mot);
 
-/// The names of every verb and command as they are shown, aliases aside.
+/// The names of every verb and command as they are shown; with their aliases.
 std::vector<std::string> nomsDesCommandes();
+std::vector<std::string> nomsAcceptes();
 
-/// The English names of a verb.
+/// The aliases of a verb or command.
 std::vector<std::string_view> autresNoms(const OutilVoix& outil);
 
 /// A parameter as an option: "--depuis-prompt".

@@ -1,6 +1,7 @@
 #include "Client.hpp"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -71,7 +72,7 @@ int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, 
   session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "."
                                          : std::string(raison));
   if (!ligne.commande.outil)
-    if (const auto proche = nomProche(ligne.mot, nomsDesCommandes()))
+    if (const auto proche = nomProche(ligne.mot, nomsAcceptes()))
       session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
   return Statut::refus;
 }
@@ -122,7 +123,12 @@ int executer(const std::vector<std::string>& mots, Session& session) {
     session.erreurs.montrer({{Aide::usage(faute->outil)}});
     return Statut::mauvaiseLigne;
   }
-  const int statut = mener(std::get<LigneCommande>(lue), session);
+  int statut = Statut::sansReponse;
+  try {
+    statut = mener(std::get<LigneCommande>(lue), session);
+  } catch (const std::bad_alloc&) {
+    session.erreurs.avertir("La mémoire manque pour cette réponse.");
+  }
   if (!session.sortie.perdu()) return statut;
   session.erreurs.avertir("La sortie ne s'écrit pas.");
   return Statut::sansReponse;

@@ -45,8 +45,7 @@ int aide(Session& session, const Json& arguments) {
   const OutilVoix* outil = commande(mot).outil;
   if (!outil) {
     std::string message = "Verbe inconnu : " + citer(mot) + ".";
-    if (const auto proche = nomProche(mot, nomsDesCommandes()))
-      message += " Vouliez-vous dire " + *proche + " ?";
+    if (const auto proche = nomProche(mot, nomsAcceptes())) message += " Vouliez-vous dire " + *proche + " ?";
     return refuser(session, message);
   }
   session.sortie.montrer(Aide::deCommande(*outil, colonnes));

@@ -1,10 +1,23 @@
+#include <fcntl.h>
+
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "Client.hpp"
 
+namespace {
+
+/// A standard stream that the caller has closed would be given to the next file or socket that is opened.
+void occuperLesFluxFermes() {
+  for (const int descripteur : {0, 1, 2})
+    if (::fcntl(descripteur, F_GETFD) == -1) ::open("/dev/null", O_RDONLY);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  occuperLesFluxFermes();
   tarnavelle::Session session;
   const std::vector<std::string> mots(argv + (argc > 0 ? 1 : 0), argv + argc);
   const int statut = tarnavelle::Client::executer(mots, session);

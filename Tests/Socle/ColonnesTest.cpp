@@ -30,6 +30,12 @@ TEST(Colonnes, RienNeConduitLeTerminal) {
     EXPECT_EQ(Colonnes::montrable(c.montre, "\n\t"), c.montre);
   }
   EXPECT_EQ(Colonnes::montrable("a\n\tb"), "a\\n\\tb");
+  // In a time that grows as the text, whatever fills it.
+  for (const std::string_view motif : {"\x7f", "é", "\xFF", "\n", "e\u0301"}) {
+    std::string texte;
+    while (texte.size() < 1'000'000) texte += motif;
+    EXPECT_GE(Colonnes::couper(Colonnes::montrable(texte), 100'000).size(), 100'000u) << motif;
+  }
 }
 
 TEST(Colonnes, LargeurEtCoupe) {

@@ -49,6 +49,9 @@ TEST(Affichage, TableCoupee) {
     for (const Ligne& ligne : page)
       EXPECT_LE(Colonnes::largeur(ligne.texte), std::max<std::size_t>(colonnes, 2)) << colonnes;
   }
+  Json disparate;  // one key a record: as many columns as lines
+  for (int i = 0; i < 20'000; ++i) disparate.push_back({{"k" + std::to_string(i), i}});
+  EXPECT_EQ(Affichage::exposer(disparate, 80).at(19'999).texte, R"({"k19999":19999})");
   EXPECT_EQ(texte(Affichage::exposer(table, 31)),
             "#nom       note         w\nMerlin    nnnnnnnnnn…  abcdefgh\n漢字漢字               é\n");
 }

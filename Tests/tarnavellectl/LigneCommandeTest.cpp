@@ -86,8 +86,12 @@ TEST(LigneCommande, CommandesDuClient) {
     EXPECT_EQ(commande(mot).outil->nom, nom);
   }
   // No command may hide a verb of the door.
-  for (const CommandeLocale& c : commandesLocales())
-    EXPECT_EQ(CommandeControle::outil(CommandeControle::canonique(c.outil.nom)), nullptr) << c.outil.nom;
+  for (const CommandeLocale& c : commandesLocales()) {
+    auto noms = c.alias;
+    noms.push_back(c.outil.nom);
+    for (const auto nom : noms)
+      EXPECT_EQ(CommandeControle::outil(CommandeControle::canonique(nom)), nullptr) << nom;
+  }
 }
 
 TEST(Client, Patience) {

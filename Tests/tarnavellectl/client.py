@@ -107,6 +107,7 @@ def sur_un_tube(porte):
         (refus, 200, ["etat"], (1, b"", dit)),
         (refus, 401, ["etat", "--json"], (1, refus, dit)),
         (refus, 200, ["etta"], (1, b"", dit + "tarnavellectl : Vouliez-vous dire etat ?\n")),
+        (refus, 200, ["screnshot"], (1, b"", dit + "tarnavellectl : Vouliez-vous dire screenshot ?\n")),
         ({"ok": False, "error": " "}, 503, ["etat"],
          (1, b"", "tarnavellectl : La porte a refusé sans dire pourquoi (HTTP 503).\n")),
         (b"<html>\xff", 502, ["etat", "--json"], (3, b"", illisible.format(502))),
@@ -128,6 +129,9 @@ def sur_un_tube(porte):
     with open("/dev/full", "wb") as plein:
         fait = subprocess.run([CLIENT, "etat"], env=porte.monde, stdout=plein, stderr=subprocess.PIPE, timeout=60)
     egal((fait.returncode, fait.stderr.decode()), (3, "tarnavellectl : La sortie ne s'écrit pas.\n"))
+    # A closed stream does not become the door's connection.
+    fait = subprocess.run(["sh", "-c", "tarnavellectl etat >&- 2>&-"], env=porte.monde, timeout=60)
+    egal(fait.returncode, 3)
 
     # Told before anything is sent, and nothing on standard output.
     porte.recus.clear()

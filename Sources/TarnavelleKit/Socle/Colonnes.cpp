@@ -72,27 +72,32 @@ std::size_t largeurDUn(std::string_view caractere) {
 std::string montrable(std::string_view texte, std::string_view gardes) {
   std::string montre;
   montre.reserve(texte.size());
-  while (!texte.empty()) {
-    constexpr char effacement = 0x7F;  // a control character among the ordinary ones
-    std::size_t n = std::min(Texte::plageOrdinaire(texte), texte.find(effacement));
-    if (n == 0) {
-      n = Texte::longueurSequence(texte);
-      if (n == 0) {
-        char octet[8];
-        std::snprintf(octet, sizeof octet, "\\x%02x", static_cast<unsigned char>(texte[0]));
-        montre += octet;
-        texte.remove_prefix(1);
-        continue;
-      }
-      const auto p = point(texte.substr(0, n));
-      if (!inoffensif(p) && (n > 1 || gardes.find(texte[0]) == gardes.npos)) {
-        montre += echappement(p);
-        texte.remove_prefix(n);
-        continue;
-      }
-    }
-    montre += texte.substr(0, n);
+  const auto prendre = [&texte](std::size_t n) {
+    const auto pris = texte.substr(0, n);
     texte.remove_prefix(n);
+    return pris;
+  };
+  while (!texte.empty()) {
+    for (const char c : prendre(Texte::plageOrdinaire(texte))) {
+      constexpr char effacement = 0x7F;  // a control character among the ordinary ones
+      if (c == effacement)
+        montre += echappement(c);
+      else
+        montre += c;
+    }
+    if (texte.empty()) break;
+    const auto n = Texte::longueurSequence(texte);
+    const auto sequence = prendre(std::max<std::size_t>(n, 1));
+    if (n == 0) {
+      char octet[8];
+      std::snprintf(octet, sizeof octet, "\\x%02x", static_cast<unsigned char>(sequence[0]));
+      montre += octet;
+    } else if (const auto p = point(sequence);
+               inoffensif(p) || (n == 1 && gardes.find(sequence[0]) != gardes.npos)) {
+      montre += sequence;
+    } else {
+      montre += echappement(p);
+    }
   }
   return montre;
 }
