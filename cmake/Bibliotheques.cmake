@@ -1,4 +1,5 @@
 # The libraries the house stands on. Each is found once, here; docs/ARCHITECTURE.md says why each was chosen.
+list(APPEND CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR})
 find_package(Threads REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
 
@@ -6,19 +7,11 @@ find_package(nlohmann_json 3.11 REQUIRED)
 if(TARNAVELLE_STATIQUE)
   set(Boost_USE_STATIC_LIBS ON)
   set(OPENSSL_USE_STATIC_LIBS TRUE)
+  set(utf8proc_USE_STATIC_LIBS TRUE)
 endif()
 find_package(Boost 1.81 REQUIRED COMPONENTS url)
 find_package(OpenSSL 3 REQUIRED)
-
-find_path(UTF8PROC_INCLUDE_DIR utf8proc.h REQUIRED)
-if(TARNAVELLE_STATIQUE)
-  find_library(UTF8PROC_LIBRARY NAMES libutf8proc.a utf8proc REQUIRED)
-else()
-  find_library(UTF8PROC_LIBRARY NAMES utf8proc REQUIRED)
-endif()
-add_library(utf8proc INTERFACE)
-target_include_directories(utf8proc SYSTEM INTERFACE ${UTF8PROC_INCLUDE_DIR})
-target_link_libraries(utf8proc INTERFACE ${UTF8PROC_LIBRARY})
+find_package(utf8proc REQUIRED)
 
 # Executables that start many times a day also carry their C++ runtime.
 function(tarnavelle_lier_statiquement cible)

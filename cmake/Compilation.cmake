@@ -8,6 +8,14 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 # -O2 on purpose: -O3 undoes the vector form of the byte scans (measured with g++ 12).
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
+# Two components are installed: "programmes", and "kit" for whoever builds on it.
+include(GNUInstallDirs)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME programmes)
+set(TARNAVELLE_ENTETES ${CMAKE_INSTALL_INCLUDEDIR}/TarnavelleKit)
+
+# The target all_verify_interface_header_sets compiles each header of the kit alone.
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+
 set(TARNAVELLE_SANITIZERS "" CACHE STRING "Comma-separated sanitizers for every target")
 if(TARNAVELLE_SANITIZERS)
   add_compile_options(-fsanitize=${TARNAVELLE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
@@ -38,11 +46,19 @@ function(tarnavelle_avertir cible)
   endif()
 endfunction()
 
-# A family of the kit: one static library per folder, named TarnavelleKit::<family>.
+# A family of the kit: one static library, named TarnavelleKit::<family>, installed with the headers of the folder
+# of that name but for those it keeps to itself.
 function(tarnavelle_famille nom)
+  set(racine ${PROJECT_SOURCE_DIR}/Sources/TarnavelleKit)
+  file(GLOB entetes CONFIGURE_DEPENDS ${racine}/${nom}/*.hpp)
+  list(FILTER entetes EXCLUDE REGEX "Interne\\.hpp$")
   add_library(Tarnavelle${nom} STATIC ${ARGN})
   add_library(TarnavelleKit::${nom} ALIAS Tarnavelle${nom})
   set_target_properties(Tarnavelle${nom} PROPERTIES EXPORT_NAME ${nom})
-  target_include_directories(Tarnavelle${nom} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/Sources/TarnavelleKit>)
+  target_compile_features(Tarnavelle${nom} PUBLIC cxx_std_20)
+  target_sources(Tarnavelle${nom} PUBLIC FILE_SET HEADERS BASE_DIRS ${racine} FILES ${entetes})
   tarnavelle_avertir(Tarnavelle${nom})
+  install(TARGETS Tarnavelle${nom} EXPORT TarnavelleKit COMPONENT kit
+    FILE_SET HEADERS DESTINATION ${TARNAVELLE_ENTETES} COMPONENT kit INCLUDES DESTINATION ${TARNAVELLE_ENTETES})
+  set_property(GLOBAL APPEND PROPERTY TARNAVELLE_FAMILLES ${nom})
 endfunction()
