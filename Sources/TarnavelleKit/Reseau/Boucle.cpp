@@ -1,3 +1,4 @@
+#include <openssl/crypto.h>
 #include <openssl/ssl.h>
 
 #include <chrono>
@@ -81,6 +82,7 @@ bool lancerBoucle(io_context& boucle, std::shared_ptr<void> proprietaire, std::f
       tourner(boucle, surEchec);
       registre.arreter(boucle);
       proprietaire.reset();
+      OPENSSL_thread_stop();  // which the end of the thread would do, unseen by who waits for it
       registre.sortir();
     }).detach();
     return true;
