@@ -41,10 +41,11 @@ class ServeurEtranger : public ServeurPython {
 /// Words in the order they came; long ones by their length.
 class Journal {
  public:
-  void noter(std::string_view genre, std::string_view texte = {}) {
+  void noter(std::string ligne, std::string_view texte = {}) {
+    if (!texte.empty())
+      ligne.append(" ").append(texte.size() > 200 ? std::to_string(texte.size()) : std::string(texte));
     const std::lock_guard garde(verrou_);
-    lignes_.push_back(std::string(genre).append(" ").append(texte.size() > 200 ? std::to_string(texte.size())
-                                                                               : std::string(texte)));
+    lignes_.push_back(std::move(ligne));
     arrivee_.notify_all();
   }
 

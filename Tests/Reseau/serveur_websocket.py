@@ -133,7 +133,7 @@ async def realtime(ws, modele):
         {"type": "response.output_audio.delta", "delta": SON},
         *appel(dialecte, "focus", "a"), {"type": "response.audio.delta", "delta": SON},
         *appel(dialecte, "lire", "b"), *appel(dialecte, "etat", "c"),
-        {"type": "response.done", "response": {"usage": {"input_token_details": {"text_tokens": 7}}}})
+        {"type": "response.done", "response": {"usage": {"input_token_details": {"cached_tokens": 7}}}})
     await attendre("response.create")
     await attendre("session.update")
     await dire_tout({"type": "session.updated"})

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Reseau/ServeurEtranger.hpp"
+#include "Voix/HandlersNotes.hpp"
 #include "Voix/ReconnexionRealtime.hpp"
 #include "Voix/TransportWebSocketRealtime.hpp"
 
@@ -43,32 +44,23 @@ struct Proprietaire : std::enable_shared_from_this<Proprietaire> {
 
   /// They keep nobody alive: who holds the session is not held by it.
   RealtimeClient::Handlers handlers() {
-    const auto avec = [faible = weak_from_this()](auto action) {
-      return [faible, action](auto... arguments) {
-        if (const auto moi = faible.lock()) action(*moi, arguments...);
-      };
+    auto h = essai::handlersVers([faible = weak_from_this()](const std::string& ligne) {
+      const auto moi = faible.lock();
+      if (!moi) return;
+      if (ligne == "fini") moi->repondre();
+      moi->journal.noter(ligne);
+      if (ligne != "pret" || !moi->fermerPret) return;
+      if (const auto client_ = moi->session()) client_->close();
+    });
+    h.onTrame = nullptr;
+    h.onToolCall = [faible = weak_from_this()](FileAppelsRealtime::Appel appel) {
+      const auto moi = faible.lock();
+      if (!moi) return;
+      moi->journal.noter("appel", appel.callID);
+      if (const auto premier = moi->appels.enfiler(std::move(appel)))
+        moi->journal.noter("commence", premier->name);
     };
-    const auto noter = [avec](const char* genre) {
-      return avec([genre](Proprietaire& moi, std::string_view texte) { moi.journal.noter(genre, texte); });
-    };
-    return {
-        .onReady = avec([](Proprietaire& moi) {
-          moi.journal.noter("pret");
-          if (const auto client_ = moi.session(); client_ && moi.fermerPret) client_->close();
-        }),
-        .onToolCall = avec([](Proprietaire& moi, const FileAppelsRealtime::Appel& appel) {
-          moi.journal.noter("appel", appel.callID);
-          if (const auto premier = moi.appels.enfiler(appel)) moi.journal.noter("commence", premier->name);
-        }),
-        .onAudioDelta = [noter](const Octets& son) { noter("son")(std::to_string(son.size())); },
-        .onDone = avec([](Proprietaire& moi) { moi.repondre(); }),
-        .onError = noter("erreur"),
-        .onUsage = [noter](const auto& tour) { noter("usage")(std::to_string(tour.texteEntreeNonCache)); },
-        .onItemCree = noter("item"),
-        .onFermeture = [noter](const auto& raison) { noter("fermeture")(raison.value_or("")); },
-        .onTranscriptionEntree = noter("dit"),
-        .onEcouteEntree = [noter](bool parle) { noter(parle ? "parle" : "se tait")(""); },
-    };
+    return h;
   }
 
   /// The tools have all ended.
@@ -80,7 +72,6 @@ struct Proprietaire : std::enable_shared_from_this<Proprietaire> {
       dernier ? client_->sendToolResult({.callID = fini, .output = "bon"})
               : client_->sendToolOutput({.callID = fini, .output = "bon"});
     }
-    journal.noter("fini");
   }
 
   Journal journal;
@@ -107,15 +98,15 @@ TEST(RealtimeReel, TientUneSessionDansLesDeuxDialectes) {
       SCOPED_TRACE(preset->id + " " + serveur);
       const auto qui = std::make_shared<Proprietaire>();
       qui->ouvrir(serveur, *preset, "fin");
-      EXPECT_EQ(qui->journal.attendre(1), Lignes{"pret "});
+      EXPECT_EQ(qui->journal.attendre(1), Lignes{"pret"});
       const auto client = qui->session();
       for (int i = 0; i < 3; ++i) client->appendAudio(std::string(1 << 20, 'A'));
-      Lignes attendues = {"pret ",   "parle ",  "se tait ",       "item item_1", "dit ouvre tout",
-                          "son 48",  "appel a", "commence focus", "son 48",      "appel b",
-                          "appel c", "usage 7", "fini "};
+      Lignes attendues = {"pret",    "parle",          "se tait", "item item_1", "dit ouvre tout", "son 48",
+                          "appel a", "commence focus", "son 48",  "appel b",     "appel c",        "usage 7",
+                          "fini"};
       EXPECT_EQ(qui->journal.attendre(attendues.size()), attendues);
       client->envoyer(RealtimeRequest::majDetectionDeTour(ProfilEcouteVoix::hautParleurs(), preset->dialecte));
-      attendues.emplace_back("pret ");
+      attendues.emplace_back("pret");
       EXPECT_EQ(qui->journal.attendre(attendues.size()), attendues);
       client->close();
       const Json vu = Proprietaire::rapport(*preset, "fin");
@@ -142,14 +133,14 @@ TEST(RealtimeReel, UneChuteSeReprend) {
   premiere->envoyer(RealtimeRequest::majInstructions("Plus court.", preset.dialecte));
   const auto lignes = qui->journal.attendre(16);
   EXPECT_EQ(Lignes(lignes.begin() + 13, lignes.end()),
-            (Lignes{"pret ", "erreur la connexion a été coupée", "fermeture la connexion a été coupée"}));
+            (Lignes{"pret", "erreur la connexion a été coupée", "fermeture la connexion a été coupée"}));
   const auto decision = ReconnexionRealtime::decision({.message = "la connexion a été coupée", .tentative = 1});
   EXPECT_EQ(
       decision,
       (ReconnexionRealtime::Decision{ReconnexionRealtime::Decision::reconnecter{.delai = 1s, .tentative = 1}}));
   premiere->close();
   qui->ouvrir("tls", preset, "reste");
-  EXPECT_EQ(qui->journal.attendre(17).back(), "pret ");
+  EXPECT_EQ(qui->journal.attendre(17).back(), "pret");
   EXPECT_FALSE(premiere->estPrete());
   EXPECT_TRUE(qui->session()->estPrete());
   qui->session()->close();
@@ -201,7 +192,7 @@ TEST(RealtimeReel, MilleSessionsNeLaissentRien) {
     qui->ouvrir(i % 8 < 4 ? "clair" : "tls", RealtimeProvider::openai(), "reste");
     const auto attendre = [i] { std::this_thread::sleep_for(std::chrono::microseconds(i * 37 % 8000)); };
     if (i % 4 == 0) {
-      EXPECT_EQ(qui->journal.attendre(1), Lignes{"pret "});
+      EXPECT_EQ(qui->journal.attendre(1), Lignes{"pret"});
     } else if (i % 4 == 1) {
       attendre();
     } else if (i % 4 == 2) {
