@@ -54,10 +54,12 @@ int aide(Session& session, const Json& arguments) {
 
 int configurationMCP(Session& session, const Json& arguments) {
   const auto pont = Programme::pont(session.environnement);
-  if (!pont)
-    return refuser(session,
-                   "Pont introuvable : ni TARNAVELLE_MCP_SERVER ni tarnavelle-mcp à côté de ce programme ne "
-                   "désignent un exécutable.");
+  if (!pont) {
+    const auto choisi = session.environnement.texte("TARNAVELLE_MCP_SERVER");
+    return refuser(session, choisi
+                                ? "TARNAVELLE_MCP_SERVER ne désigne pas un exécutable : " + citer(*choisi) + "."
+                                : "Pont introuvable : il n'y a pas de tarnavelle-mcp à côté de ce programme.");
+  }
   const auto porte = PorteControle::resoudrePorte(session.environnement);
   if (!porte) return refuser(session, porteIntrouvable, Statut::sansReponse);
   const InjectionPorte::Porte injectee{

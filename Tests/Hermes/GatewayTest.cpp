@@ -32,7 +32,6 @@ TEST(FluxSSE, Lire) {
 const struct {
   std::string charge, attendu;
 } evenements[] = {
-    {"", "rien"},
     {"[]", "rien"},
     {R"({"choices":)", "rien"},
     {"{}", "rien"},
@@ -40,25 +39,17 @@ const struct {
     {R"({"error":"x","choices":[{"delta":{"content":"a"}}]})", "erreur|x"},
     {R"({"error":{"message":"y","code":400},"type":"text","text":"a"})", "erreur|y"},
     {R"({"error":{"message":null}})", "erreur|erreur sans message"},
-    {R"({"error":{"message":""}})", "erreur|erreur sans message"},
-    {R"({"error":""})", "erreur|erreur sans message"},
-    {R"({"error":[1]})", "erreur|erreur sans message"},
     {R"({"error":false})", "erreur|erreur sans message"},
     {R"({"error":null,"choices":[{"delta":{"content":"a"}}]})", "texte|a"},
     // Chat completions
     {R"({"choices":[{"delta":{"content":"é\n"}},{"delta":{"content":"b"}}],"object":"c","n":1.5})",
      "texte|é\n"},
-    {R"({"choices":[{"delta":{"content":""}}]})", "rien"},
     {R"({"choices":[{"delta":{"content":null}}]})", "rien"},
     {R"({"choices":[{"delta":{"content":[{"type":"text","text":"a"}]}}]})", "rien"},
     {R"({"choices":[{"delta":{}}],"session_id":"s"})", "session|s"},
-    {R"({"choices":[{"delta":null}],"session_id":"s"})", "session|s"},
-    {R"({"choices":["x"],"session_id":"s"})", "session|s"},
-    {R"({"choices":[],"session_id":"s"})", "session|s"},
     {R"({"choices":[],"type":"text","text":"t"})", "texte|t"},
     {R"({"choices":[],"type":"tool_call","name":"n"})", "outil|n|∅"},
     {R"({"choices":[{"delta":{"content":"a","tool_calls":[{"function":{"name":"f"}}]}}]})", "texte|a"},
-    {R"({"choices":[{"delta":{"content":"","tool_calls":[{"function":{"name":"f"}}]}}]})", "outil|f|∅"},
     {R"({"choices":[{"delta":{"tool_calls":[{"function":{"name":null}},{"id":1},{"function":{"name":"g",
          "arguments":"{\"path\":\"/p\"}"}}]}}]})",
      "outil|g|/p"},
@@ -72,10 +63,8 @@ const struct {
     {R"({"choices":[{"delta":{"tool_calls":null}}],"session_id":"s"})", "session|s"},
     // A text of its own comes before the calls of a delta.
     {R"({"type":"text","text":"t","choices":[{"delta":{"tool_calls":[]}}]})", "texte|t"},
-    {R"({"type":"text","content":"c"})", "texte|c"},
     {R"({"type":"text","text":null,"content":"c"})", "texte|c"},
     {R"({"type":"text","text":"","conversation_id":"k"})", "session|k"},
-    {R"({"event":"text","text":"t"})", "texte|t"},
     {R"({"type":null,"event":"text","text":"t"})", "texte|t"},
     {R"({"type":"x","event":"text","text":"t"})", "rien"},
     // Tools
@@ -85,17 +74,12 @@ const struct {
      "outil|f|/n"},
     {R"({"type":"tool_call","name":"n","input":null,"arguments":"x","args":{"filename":"f"}})", "outil|n|f"},
     {R"({"type":"tool_call","name":"n","input":{},"arguments":{"path":"/a"}})", "outil|n|∅"},
-    {R"({"type":"tool_call","name":"n","input":{"target_file":7}})", "outil|n|∅"},
     {R"({"type":"tool_call","name":null,"session":{"id":"s"}})", "session|s"},
     {R"({"type":"tool_result","name":"n"})", "outilFini|n"},
-    {R"({"event":"tool.end","tool":"t"})", "outilFini|t"},
     {R"({"type":"tool_call_result","function":{"name":"f"}})", "outilFini|f"},
-    {R"({"type":"tool_result"})", "rien"},
     // Sessions
     {R"({"sessionId":"","hermes_session_id":"h","session":{"id":"s"}})", "session|h"},
     {R"({"session":{"id":"s"}})", "session|s"},
-    {R"({"session":"s"})", "rien"},
-    {R"({"type":"session","id":"s"})", "rien"},
     // Requests for approval
     {R"({"type":"approval.request","id":"i"})", "approbation|i|||∅|∅"},
     {R"({"type":"approval_request","name":"n"})", "rien"},
@@ -109,7 +93,6 @@ const struct {
      "approbation|i|||d|∅"},
     {R"({"type":"approval.request","id":"i","choices":[{"delta":{"content":"a"}}]})", "approbation|i|||∅|∅"},
     // Approvals settled
-    {R"({"type":"approval.responded","id":"i","approved":true})", "tranchee|i|oui"},
     {R"({"type":"approval_responded","id":"i","approved":false,"decision":"approve"})", "tranchee|i|non"},
     {R"({"type":"approval.response","id":"i","approved":"yes","status":"pending","action":"DeNied"})",
      "tranchee|i|non"},
@@ -126,18 +109,6 @@ TEST(EvenementGateway, Lire) {
   for (const auto& c : evenements) EXPECT_EQ(dire(EvenementGateway::lire(c.charge)), c.attendu) << c.charge;
 }
 
-TEST(EvenementGateway, MotsDeDecision) {
-  const auto decision = [](std::string mot) {
-    return dire(EvenementGateway::lire(R"({"type":"approval.responded","id":"i","decision":")" + mot + "\"}"));
-  };
-  for (const char* oui :
-       {"approve", "approved", "allow", "allowed", "accept", "accepted", "yes", "ok", "approuver", "OK"})
-    EXPECT_EQ(decision(oui), "tranchee|i|oui") << oui;
-  for (const char* non : {"reject", "rejected", "deny", "denied", "refuse", "refused", "decline", "declined",
-                          "no", "refuser", "NO"})
-    EXPECT_EQ(decision(non), "tranchee|i|non") << non;
-}
-
 TEST(EvenementGateway, Expiration) {
   const struct {
     std::string membres, attendu;
@@ -145,12 +116,10 @@ TEST(EvenementGateway, Expiration) {
       {R"("expires_at":1700000000.5)", "1700000000500"},
       {R"("expires_at":100000000000)", "100000000000000"},
       {R"("expires_at":100000000001)", "100000000001"},
-      {R"("expires_at":1700000000123)", "1700000000123"},
       {R"("expires_at":1e300)", "9223372036854775807"},
       {R"("expires_at":0,"expiresAt":-5,"expiration":null,"expires":true,"deadline":7)", "7000"},
       {R"("expires_at":"demain","expiresAt":" 1700000000\n")", "1700000000000"},
       {R"("expires":"1700000000123")", "1700000000123"},
-      {R"("expires":"-3","deadline":"1e999")", "∅"},
       {R"("expiration":"2023-11-14T22:13:20Z")", "1700000000000"},
       {R"("expiration":" 2023-11-14T23:43:20.25+01:30 ")", "1700000000250"},
       {R"("expiration":"2023-11-14T22:13:20")", "∅"},
@@ -163,12 +132,8 @@ TEST(EvenementGateway, Expiration) {
 }
 
 TEST(RequeteGateway, Tour) {
-  const auto requete = RequeteGateway::chat({.base = "http://127.0.0.1:9/v1",
-                                             .message = "dis \"é\"\xFF",
-                                             .modele = "m",
-                                             .cle = "k",
-                                             .sessionId = "s1"});
-  EXPECT_EQ(requete,
+  const RequeteGateway::Tour tour{"http://127.0.0.1:9/v1", "dis \"é\"\xFF", "m", "k", "s1"};
+  EXPECT_EQ(RequeteGateway::chat(tour),
             (RequeteHTTP{
                 .methode = "POST",
                 .url = "http://127.0.0.1:9/v1/chat/completions",
@@ -183,9 +148,7 @@ TEST(RequeteGateway, Tour) {
             "http://h/chat/completions");
 
   EXPECT_EQ(RequeteGateway::entetes("", "s1").size(), 3u);
-  EXPECT_EQ(RequeteGateway::entetes("k", "").size(), 4u);
   EXPECT_EQ(RequeteGateway::entetes("k\n", "\x7F").size(), 2u);
-  EXPECT_EQ(RequeteGateway::entetes({}, {}).size(), 2u);
 }
 
 TEST(RequeteGateway, ModeleEtVerdict) {
@@ -194,8 +157,6 @@ TEST(RequeteGateway, ModeleEtVerdict) {
     std::string modele;
   } cas[] = {{" gpt ", "  ", "gpt"}, {"gpt", "\n moi\t", "moi"}, {{}, {}, "hermes"}, {"\r\n", {}, "hermes"}};
   for (const auto& c : cas) EXPECT_EQ(RequeteGateway::modele({c.annonce, c.surcharge}), c.modele);
-  EXPECT_EQ(EcritureJSON::compacte(RequeteGateway::corpsVerdict("a", DecisionApprobation::approuver)),
-            R"({"approval_id":"a","approved":true,"decision":"approve","type":"run_approval_response"})");
   EXPECT_EQ(EcritureJSON::compacte(RequeteGateway::corpsVerdict("a", DecisionApprobation::rejeter)),
             R"({"approval_id":"a","approved":false,"decision":"reject","type":"run_approval_response"})");
 }
@@ -206,13 +167,10 @@ TEST(FluxGateway, SessionRefuseeEtRepli) {
     EXPECT_EQ(E{E::http{statut}}.sentLaSessionRefusee(), statut == 400 || statut == 404 || statut == 422)
         << statut;
   EXPECT_FALSE((E{E::transport{"x"}}.sentLaSessionRefusee()));
-  EXPECT_FALSE((E{E::fluxTronque{}}.sentLaSessionRefusee()));
   using D = RepliApresCoupure::Decision;
-  for (const bool texte : {false, true}) {
-    EXPECT_EQ(RepliApresCoupure::decider({.aVuDuTexte = texte}), D::rejouerEnCLI);
-    EXPECT_EQ(RepliApresCoupure::decider({.aVuUnOutil = true, .aVuDuTexte = texte}), D::annoncerSeulement);
-    EXPECT_EQ(RepliApresCoupure::decider({.aVuDuTexte = texte, .aVuUnFeuVert = true}), D::annoncerSeulement);
-  }
+  EXPECT_EQ(RepliApresCoupure::decider({.aVuDuTexte = true}), D::rejouerEnCLI);
+  EXPECT_EQ(RepliApresCoupure::decider({.aVuUnOutil = true}), D::annoncerSeulement);
+  EXPECT_EQ(RepliApresCoupure::decider({.aVuUnFeuVert = true}), D::annoncerSeulement);
 }
 
 TEST(ReveilGateway, UneDecisionParObservation) {
@@ -226,9 +184,9 @@ TEST(ReveilGateway, UneDecisionParObservation) {
   EXPECT_EQ(env(true, ""), "cleIntrouvable");
   EXPECT_EQ(env(true, "k"), "");
 
-  const std::pair<std::optional<int>, const char*> sondes[] = {
-      {{}, "sonder"},  {200, "rienAFaire"}, {299, "rienAFaire"}, {199, "sonder"},
-      {300, "sonder"}, {401, "refusee"},    {403, "refusee"},    {503, "sonder"}};
+  const std::pair<std::optional<int>, const char*> sondes[] = {{{}, "sonder"},      {199, "sonder"},
+                                                               {200, "rienAFaire"}, {299, "rienAFaire"},
+                                                               {300, "sonder"},     {403, "refusee"}};
   for (const auto& [code, attendu] : sondes) EXPECT_EQ(dire(apresSante(code)), attendu) << code.value_or(0);
 
   const struct {
@@ -237,7 +195,6 @@ TEST(ReveilGateway, UneDecisionParObservation) {
   } sorties[] = {{{}, "liaison|h", "liaison|h"},
                  {0, "sante|6", "sante|6"},
                  {1, "lancer", "liaison|h"},
-                 {2, "liaison|h", "liaison|h"},
                  {127, "liaison|h", "binaireAbsent|pas là"},
                  {255, "liaison|h", "liaison|h"}};
   for (const auto& c : sorties) {

@@ -185,8 +185,7 @@ TEST(HermesReel, MilleDepartsNeLaissentRien) {
       partirEtRevenir(
           n, [] { return std::make_unique<ConversationHermes>(); },
           [&](ConversationHermes& conversation) {
-            const auto issue = conversation.jouer({.base = base, .message = "m", .modele = "m"},
-                                                  [](const EvenementGateway&) {});
+            const auto issue = conversation.jouer({.base = base, .message = "m", .modele = "m"}, {});
             EXPECT_EQ(dire(issue), "arretee");
           });
     }

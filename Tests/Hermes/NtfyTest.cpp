@@ -32,27 +32,19 @@ TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
     std::string attendu;  ///< the refusal, or the stream's root
   } cas[] = {
       {"nonsense", "", "Aucun topic ntfy n'est réglé : l'oreille reste fermée."},
-      {"nonsense", " \t\u00A0", "Aucun topic ntfy n'est réglé : l'oreille reste fermée."},
-      {"nonsense", ".",
-       "Le topic ntfy fait 1 caractères ; il en faut au moins 22 — c'est un mot de passe, pas un nom."},
-      {"https://h", topic22.substr(1), court21},
       {"https://h", e21, court21},
       {"nonsense", e21 + "a", admis},
       {"https://h", topic22 + ".", admis},
       {"https://h", topic22 + "\n", admis},
       {"nonsense", topic22, illisible},
       {"", topic22, illisible},
-      {"https://", topic22, illisible},
       {"https:///chemin", topic22, illisible},
       {"https://h:port", topic22, illisible},
       {"https://h:99999", topic22, illisible},
-      {"https://deux mots", topic22, illisible},
       {"ftp://h", topic22, enClair},
       {"//h", topic22, enClair},
       {"HTTPS://h", topic22, enClair},
-      {"HTTP://localhost", topic22, enClair},
       {"http://192.168.1.2", topic22, enClair},
-      {"http://localhost.example", topic22, enClair},
       {"http://127.0.0.1:8080", topic22, "http://127.0.0.1:8080"},
       {"http://LOCALHOST", topic22, "http://LOCALHOST"},
       {"http://[::1]:80/x", topic22, "http://[::1]:80/x"},
@@ -66,26 +58,15 @@ TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
     const bool admise = c.attendu.starts_with("http");
     EXPECT_EQ(refus.value_or(c.attendu), c.attendu) << c.serveur << ' ' << c.topic;
     EXPECT_EQ(refus.has_value(), !admise) << c.serveur << ' ' << c.topic;
-    EXPECT_EQ(reglage.pret(), admise) << c.serveur;
     EXPECT_EQ(reglage.urlFlux(), admise ? std::optional(c.attendu + "/" + topic22 + "/sse") : std::nullopt);
     EXPECT_EQ(AbonnementNtfy::doitSAbonner(reglage, false, false), admise);
     EXPECT_FALSE(AbonnementNtfy::doitSAbonner(reglage, true, false));
     EXPECT_FALSE(AbonnementNtfy::doitSAbonner(reglage, false, true));
   }
-}
-
-TEST(ReglageNtfy, Loopback) {
-  for (const char* hote : {"localhost", "LocalHost", "::1", "[::1]", "127.0.0.1", "127.1"})
-    EXPECT_TRUE(ReglageNtfy::estLoopback(hote)) << hote;
-  for (const char* hote : {"", "localhost.", "::2", "128.0.0.1", "1127.0.0.1", "0.0.0.0"})
-    EXPECT_FALSE(ReglageNtfy::estLoopback(hote)) << hote;
+  EXPECT_TRUE(ReglageNtfy::estLoopback("::1"));
   EXPECT_FALSE(ReglageNtfy::estLoopback({}));
-}
-
-TEST(ReglageNtfy, TopicMasque) {
-  EXPECT_EQ((ReglageNtfy{"", " " + topic22 + "yz ", ""}.topicMasque()), "abcd…(24)");
-  EXPECT_EQ((ReglageNtfy{"", topic22.substr(1), ""}.topicMasque()), "…(21)");
-  EXPECT_EQ(ReglageNtfy{}.topicMasque(), "…(0)");
+  EXPECT_EQ((ReglageNtfy{"", " " + topic22 + "yz "}.topicMasque()), "abcd…(24)");
+  EXPECT_EQ((ReglageNtfy{"", topic22.substr(1)}.topicMasque()), "…(21)");
 }
 
 TEST(MessageNtfy, Lire) {
@@ -97,32 +78,22 @@ TEST(MessageNtfy, Lire) {
       {R"({"event":"message","id":"x","message":"m","time":1700000000})", "x|1700000000000||∅|m"},
       {R"({"event":"message","id":"x","message":"m","title":"t","topic":"a","time":1.5})", "x|1500|a|t|m", "a"},
       {R"({"event":"message","id":"x","title":"T"})", "x|0||T|T"},
-      {R"({"event":"message","id":"x","title":"T","message":""})", "x|0||T|T"},
       {R"({"event":"message","id":"x","title":"","message":"m","time":"7"})", "x|0||∅|m"},
       {R"({"event":"message","id":"x","title":null,"message":"m","time":true})", "x|0||∅|m"},
       {R"({"event":"message","id":"x","message":"m","time":-2})", "x|-2000||∅|m"},
       {R"({"event":"message","id":"x","message":"m","time":1e300})", "x|9223372036854775807||∅|m"},
-      {R"({"event":"message","id":"x","message":"m","time":-1e300})", "x|-9223372036854775808||∅|m"},
-      {R"({"event":"message","id":"x","message":"m","time":18446744073709551615})",
-       "x|9223372036854775807||∅|m"},
       {R"({"event":"message","id":"x","message":" ","topic":7})", "x|0||∅| ", ""},
       {R"({"event":"message","id":"x","title":""})", "rien"},
-      {R"({"event":"message","id":"x"})", "rien"},
       {R"({"event":"message","id":"","message":"m"})", "rien"},
-      {R"({"event":"message","message":"m"})", "rien"},
       {R"({"event":"message","id":7,"message":"m"})", "rien"},
       {R"({"event":"message_delete","id":"x","message":"m"})", "rien"},
-      {R"({"event":"Message","id":"x","message":"m"})", "rien"},
       {R"({"id":"x","message":"m"})", "rien"},
       {R"({"event":"open","topic":"mine"})", "vivant", "mine"},
       {R"({"event":"keepalive","topic":"other"})", "vivant"},
       {R"({"event":"keepalive","topic":"other"})", "rien", "mine"},
-      {R"({"event":"keepalive"})", "rien", "mine"},
       {R"({"event":"message","id":"x","message":"m","topic":"Mine"})", "rien", "mine"},
       {R"([{"event":"open"}])", "rien"},
       {R"({"event":"open")", "rien"},
-      {"open", "rien"},
-      {"", "rien"},
   };
   for (const auto& c : cas) EXPECT_EQ(dire(MessageNtfy::lire(c.ligne, c.topic)), c.attendu) << c.ligne;
 }
@@ -144,7 +115,6 @@ TEST(AbonnementNtfy, Requete) {
       {" \t", "", flux, fixes},
       {" tk_1 ", "30m", flux + "?since=30m", fixes + "Authorization: Bearer tk_1\n"},
       {"tk\r\nX: y", "a&b", flux + "?since=a%26b", fixes},
-      {"tk\u0085", {}, flux, fixes},
   };
   for (const auto& c : cas) {
     const auto requete = AbonnementNtfy::requete({"https://h/", topic22, c.jeton}, c.depuis);
@@ -164,30 +134,19 @@ TEST(AbonnementNtfy, RattrapageEtRecul) {
     double secondes;
     std::string depuis;
   } cas[] = {
-      {-infini, ""},   {-5, "1s"},     {0, "1s"},      {0.2, "1s"},        {0.999, "1s"}, {1, "1s"},
-      {1.2, "2s"},     {59, "59s"},    {59.01, "60s"}, {59.999, "60s"},    {60, "1m"},    {60.5, "2m"},
-      {61, "2m"},      {120, "2m"},    {1740, "29m"},  {1741, "30m"},      {1800, "30m"}, {1801, "30m"},
-      {100000, "30m"}, {1e300, "30m"}, {infini, ""},   {std::nan(""), ""},
+      {-infini, ""},  {-5, "1s"},     {0.999, "1s"}, {1, "1s"},          {1.2, "2s"},
+      {59.01, "60s"}, {60, "1m"},     {60.5, "2m"},  {120, "2m"},        {1740, "29m"},
+      {1741, "30m"},  {1e300, "30m"}, {infini, ""},  {std::nan(""), ""},
   };
   for (const auto& c : cas)
     EXPECT_EQ(AbonnementNtfy::depuis(AbonnementNtfy::Secondes(c.secondes)).value_or(""), c.depuis)
         << c.secondes;
   EXPECT_EQ(AbonnementNtfy::depuis({}), std::nullopt);
 
-  const std::pair<int, double> reculs[] = {{std::numeric_limits<int>::min(), 2},
-                                           {-3, 2},
-                                           {0, 2},
-                                           {1, 2},
-                                           {2, 4},
-                                           {3, 8},
-                                           {4, 16},
-                                           {5, 32},
-                                           {6, 60},
-                                           {16, 60},
-                                           {1000, 60},
-                                           {std::numeric_limits<int>::max(), 60}};
-  for (const auto& [tentative, secondes] : reculs)
-    EXPECT_EQ(AbonnementNtfy::recul(tentative).count(), secondes) << tentative;
+  std::string reculs;
+  for (const int tentative : {std::numeric_limits<int>::min(), 0, 1, 2, 3, 4, 5, 6, 16, 1000})
+    reculs += std::to_string(std::lround(AbonnementNtfy::recul(tentative).count())) + " ";
+  EXPECT_EQ(reculs, "2 2 2 4 8 16 32 60 60 60 ");
 }
 
 TEST(AbonnementNtfy, Verdict) {
@@ -204,7 +163,6 @@ TEST(AbonnementNtfy, Verdict) {
       {http(403), 0, acces, acces},
       {http(429), 0, "60s, rattrapage", "60s, rattrapage"},
       {http(500), 0, "2s, rattrapage", "2s, rattrapage"},
-      {http(404), 4, "16s, rattrapage", "16s, rattrapage"},
       {{EchecNtfy::transport{"x"}}, 2, "4s, rattrapage", "4s, rattrapage"},
       {{EchecNtfy::flotEnLoques{}}, 9, "60s, rattrapage", "60s, rattrapage"},
   };
@@ -219,12 +177,7 @@ TEST(JournalIdsNtfy, OublieDansLOrdreDArrivee) {
     int capacite;
     std::string ids, neufs;
     std::size_t compte;
-  } cas[] = {{2, "abaca", "oonoo", 2},
-             {0, "aabba", "onono", 1},
-             {-7, "ab", "oo", 1},
-             {3, "abcabc", "ooonnn", 3},
-             // Seen again, "a" is no younger: "c" evicts it.
-             {2, "abacb", "oonon", 2}};
+  } cas[] = {{2, "abaca", "oonoo", 2}, {0, "aabba", "onono", 1}, {-7, "ab", "oo", 1}, {2, "abacb", "oonon", 2}};
   for (const auto& c : cas) {
     JournalIdsNtfy journal(c.capacite);
     EXPECT_FALSE(journal.neuf(""));

@@ -67,8 +67,10 @@ std::string suivre(FluxHTTP& flux, const RequeteHTTP& requete) {
 PairTCP::Script envoyer(std::string octets, std::size_t parMorceaux = std::string::npos) {
   return [octets = std::move(octets), parMorceaux](Connexion& c) {
     c.lireRequete();
-    for (std::size_t i = 0; i < octets.size(); i += std::min(parMorceaux, octets.size() - i))
+    for (std::size_t i = 0; i < octets.size(); i += std::min(parMorceaux, octets.size() - i)) {
       if (!c.envoyer(std::string_view(octets).substr(i, parMorceaux))) return;
+      if (parMorceaux == 1) std::this_thread::sleep_for(100us);  // so that each is read alone
+    }
   };
 }
 
@@ -172,32 +174,27 @@ TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
 }
 
 /// A listening socket whose queue is full: connections to it stay under way.
-class PortBouche {
- public:
-  PortBouche() : ecoute_(ouvrir()) {
+struct PortBouche {
+  PortBouche() {
     sockaddr_in adresse{};
     adresse.sin_family = AF_INET;
     adresse.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(ecoute_, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
-    ::listen(ecoute_, 0);
+    const auto lieu = reinterpret_cast<sockaddr*>(&adresse);
     socklen_t taille = sizeof adresse;
-    ::getsockname(ecoute_, reinterpret_cast<sockaddr*>(&adresse), &taille);
+    for (int& prise : prises) prise = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    ::bind(prises[0], lieu, taille);
+    ::listen(prises[0], 0);
+    ::getsockname(prises[0], lieu, &taille);
+    for (const int prise : prises) ::connect(prise, lieu, taille);
     url = "http://127.0.0.1:" + std::to_string(ntohs(adresse.sin_port)) + "/";
-    for (const int fd : clients_) ::connect(fd, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
   }
   ~PortBouche() {
-    for (const int fd : clients_) ::close(fd);
-    ::close(ecoute_);
+    for (const int prise : prises) ::close(prise);
   }
   PortBouche(const PortBouche&) = delete;
 
+  int prises[4];  ///< the one that listens, then those that fill its queue
   std::string url;
-
- private:
-  static int ouvrir(int genre = 0) { return ::socket(AF_INET, SOCK_STREAM | genre, 0); }
-
-  int ecoute_;
-  int clients_[3] = {ouvrir(SOCK_NONBLOCK), ouvrir(SOCK_NONBLOCK), ouvrir(SOCK_NONBLOCK)};
 };
 
 TEST(FluxHTTP, SArreteAToutMoment) {

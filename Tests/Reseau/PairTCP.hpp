@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -22,7 +23,10 @@ namespace tarnavelle::essai {
 /// One accepted connection. Reads give up after two seconds, so that a test cannot hang.
 class Connexion {
  public:
-  explicit Connexion(int fd) : fd_(fd) {}
+  explicit Connexion(int fd) : fd_(fd) {
+    const int oui = 1;  // each send is a packet of its own
+    ::setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &oui, sizeof oui);
+  }
 
   /// One request: its head and as many bytes of body as it announces; empty when the peer closed.
   std::string lireRequete() {

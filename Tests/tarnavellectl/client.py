@@ -166,6 +166,8 @@ def configuration(essai):
     pont = subprocess.run([serveur["command"]], input=json.dumps(appel), env=serveur["env"], capture_output=True,
                           encoding="utf-8", timeout=60)
     assert "Merlin a fini." in pont.stdout, pont
+    code, sortie, erreurs = lancer("mcp-config", monde=monde | {"TARNAVELLE_MCP_SERVER": "/dev/null"})
+    egal((code, sortie, "TARNAVELLE_MCP_SERVER" in erreurs), (2, b"", True))
     ailleurs = MAISON / "guides"
     ailleurs.mkdir()
     egal(lancer("guide", "--fichier", monde=MONDE | {"TARNAVELLE_NODE_ID": "a/b c", "TARNAVELLE_AGENT_GUIDE": str(

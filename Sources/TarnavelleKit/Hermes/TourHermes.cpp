@@ -21,7 +21,7 @@ IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& sur
   const auto recevoir = [&](std::string_view charge) {
     const auto evenement = EvenementGateway::lire(charge);
     noter(evenement);
-    if (!std::holds_alternative<EvenementGateway::rien>(evenement.cas)) surEvenement(evenement);
+    if (surEvenement && !std::holds_alternative<EvenementGateway::rien>(evenement.cas)) surEvenement(evenement);
   };
   const auto entendre = [&](std::string_view ligne) {
     std::visit(Selon{[&](const FluxSSE::Ligne::charge& l) { recevoir(l.texte); },

@@ -41,7 +41,7 @@ struct IssueTour {
 
 class TourHermes {
  public:
-  /// Every event but `rien`.
+  /// Every event but `rien`; may be empty.
   using SurEvenement = std::function<void(const EvenementGateway&)>;
 
   /// The stream must outlive the turn.
