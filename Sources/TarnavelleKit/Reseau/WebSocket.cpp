@@ -41,11 +41,6 @@ class Couche : public Connexion {
 
   void lireSansBorne() { lectureMax_ = std::numeric_limits<std::size_t>::max(); }
 
-  void fermer() {
-    nePlusAttendre();
-    Connexion::fermer();
-  }
-
   template <class Tampons, class Suite>
   void async_read_some(const Tampons& tampons, Suite&& suite) {
     Connexion::async_read_some(beast::buffers_prefix(lectureMax_, tampons), std::forward<Suite>(suite));
@@ -236,18 +231,16 @@ struct WebSocket::Etat {
     flux->async_close(websocket::close_code::going_away, [this](Erreur) { finir(); });
   }
 
-  /// Leaves the loop nothing to wait for.
+  /// Ends the loop, whatever waits there: a close that crosses the server's own can leave Beast's read and
+  /// close waiting for each other, which no timer of Beast's ends.
   void finir() {
     {
       const std::lock_guard garde(verrou);
       finie = true;
       file.clear();
     }
-    fin.cancel();
-    if (!flux) return;
-    flux->next_layer().fermer();
-    flux->set_option(
-        websocket::stream_base::timeout{websocket::stream_base::none(), websocket::stream_base::none(), false});
+    if (flux) flux->next_layer().fermer();
+    boucle.stop();
   }
 };
 
