@@ -18,8 +18,9 @@ ATTENDU = f"{VERSION} {VERSION}\nétat 33\nClaude Code -1\n1 1\n"
 PRIVE = re.compile(r'#include [<"](boost|openssl)/|Interne\.hpp')
 
 
-def faire(*mots, **variables):
-    fait = subprocess.run([str(mot) for mot in mots], env=os.environ | variables, capture_output=True, encoding="utf-8")
+def faire(*mots, entree="", **variables):
+    fait = subprocess.run([str(mot) for mot in mots], input=entree, env=os.environ | variables, capture_output=True,
+                          encoding="utf-8")
     assert fait.returncode == 0, f"{mots} : {fait.stdout}{fait.stderr}"
     return fait.stdout
 
@@ -27,9 +28,10 @@ def faire(*mots, **variables):
 shutil.rmtree(DOSSIER, ignore_errors=True)
 faire(CMAKE, "--install", BATI, "--prefix", PREFIXE)
 
-for programme in ("tarnavelle-mcp", "tarnavellectl"):
-    dit = faire(PREFIXE / "bin" / programme, "--version")
-    assert dit == f"{programme} {VERSION}\n", dit
+dit = faire(PREFIXE / "bin/tarnavellectl", "--version")
+assert dit == f"tarnavellectl {VERSION}\n", dit
+dit = faire(PREFIXE / "bin/tarnavelle-mcp", entree='{"id":1,"method":"initialize"}')
+assert f'{{"name":"tarnavelle-mcp","version":"{VERSION}"}}' in dit, dit
 for chemin, temoin in (("man/man1/tarnavellectl.1", ".TH TARNAVELLECTL 1 "),
                        ("bash-completion/completions/tarnavellectl", "complete "),
                        ("zsh/site-functions/_tarnavellectl", "#compdef tarnavellectl\n"),

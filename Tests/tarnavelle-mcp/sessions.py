@@ -61,8 +61,9 @@ def jouer(pont, chemin):
         return ["session vide"]
     with tempfile.TemporaryDirectory() as maison:
         environnement = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")}
-        fait = subprocess.run(
-            [pont], input=entree, stdout=subprocess.PIPE, timeout=60, env=environnement | {"HOME": maison})
+        # The bridge reads no argument, be it one that other programs know.
+        fait = subprocess.run([pont, "--version"], input=entree, stdout=subprocess.PIPE, timeout=60,
+                              env=environnement | {"HOME": maison})
     ennuis = []
     *recues, reste = fait.stdout.split(b"\n")
     for (numero, attendue), recue in zip(attendues, recues):
