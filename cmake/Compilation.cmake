@@ -18,7 +18,7 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 
 set(TARNAVELLE_SANITIZERS "" CACHE STRING "Comma-separated sanitizers for every target")
 if(TARNAVELLE_SANITIZERS)
-  add_compile_options(-fsanitize=${TARNAVELLE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${TARNAVELLE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TARNAVELLE_SANITIZERS})
 endif()
 
