@@ -30,11 +30,12 @@ constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
 constexpr LectureFlux muette{LectureFlux::perte{ErreurReseau::delaiDepasse}};
 
 /// Listens to the end of the script, or to the end of the ear: what happened, and when.
-Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {}) {
+Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {},
+             int fois = 1) {
   OreilleNtfy oreille(
       monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
       essai::raconter([&](const std::string& fait) { monde.noter(fait); }));
-  monde.noter(dire(oreille.ecouter(r, cockpit)));
+  while (fois-- > 0) monde.noter(dire(oreille.ecouter(r, cockpit)));
   return monde.journal;
 }
 
@@ -64,6 +65,9 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
        {{200, {ligne(0, open), {0, fin}}}, {400}, {500}, {400}, {400}},
        {"0 GET", "0 ouverte", "0 loques, 2", "2 GET?since=2s", "2 400, 0", "2 GET", "2 500, 4",
         "6 GET?since=6s", "6 400, 0", "6 GET", "6 " + demande}},
+      {"an hour without a sign of life is no refusal",
+       {{400}, {200}, {400}},
+       {"0 GET", "0 400, 0", "0 GET", "3600 GET", "3600 400, 0", "3600 arretee"}},
       {"a plain request refused twice", {{400}, {400}}, {"0 GET", "0 400, 0", "0 GET", "0 " + demande}},
       {"401", {{401}}, {"0 GET", "0 " + acces}},
       {"403 after a while",
@@ -100,6 +104,14 @@ TEST(OreilleNtfy, NOuvreRienQuandElleNeDoitPas) {
   vivre(monde, {"http://h", reglage.topic, ""});
   vivre(monde, reglage, {.headless = true});
   EXPECT_EQ(vivre(monde, reglage, {.demo = true}), (Lignes{"0 fermee", "0 fermee", "0 fermee"}));
+}
+
+TEST(OreilleNtfy, RepartANeufApresUnAbandon) {
+  MondeFlux monde(std::vector<Ouverture>{{500}, {500}, {400}, {400}, {400}, {500}});
+  EXPECT_EQ(vivre(monde, reglage, {}, 2),
+            (Lignes{"0 GET", "0 500, 2", "2 GET", "2 500, 2", "4 GET", "4 400, 0", "4 GET",
+                    "4 L'oreille d'Hermès se tait : le serveur refuse la demande.", "4 GET", "4 400, 0",
+                    "4 GET", "4 500, 2", "6 arretee"}));
 }
 
 TEST(OreilleNtfy, SArreteDansUneAttente) {

@@ -23,7 +23,9 @@ OreilleNtfy::OreilleNtfy(FluxLignes& flux, Horloge horloge, Rappels rappels)
 
 OreilleNtfy::Fin OreilleNtfy::ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit) {
   if (!AbonnementNtfy::doitSAbonner(reglage, cockpit.headless, cockpit.demo)) return {Fin::fermee{}};
+  tentative_ = 0;
   bool rattrapage = false;
+  bool dejaRepris = false;  // the last request was refused with 400, this one is its retry
   while (true) {
     std::optional<Secondes> silence;
     if (rattrapage && dernierSigne_) silence = horloge_() - *dernierSigne_;
@@ -35,13 +37,14 @@ OreilleNtfy::Fin OreilleNtfy::ecouter(const ReglageNtfy& reglage, const Cockpit&
     const auto* echec = std::get_if<EchecNtfy>(&issue);
     if (!echec) {
       rattrapage = true;
+      dejaRepris = false;
       continue;
     }
-    const auto verdict = AbonnementNtfy::verdict(*echec, tentative_, dejaRepris_);
+    const auto verdict = AbonnementNtfy::verdict(*echec, tentative_, dejaRepris);
     if (const auto* abandon = std::get_if<AbonnementNtfy::Verdict::abandonner>(&verdict.cas))
       return {Fin::abandonnee{abandon->message}};
     const auto& reprise = std::get<AbonnementNtfy::Verdict::reprendre>(verdict.cas);
-    dejaRepris_ = echec->cas == decltype(echec->cas)(EchecNtfy::http{400});
+    dejaRepris = echec->cas == decltype(echec->cas)(EchecNtfy::http{400});
     ++tentative_;
     rattrapage = reprise.avecRattrapage;
     dire({Etat::attente{*echec, reprise.recul}});
@@ -90,7 +93,6 @@ void OreilleNtfy::entendre(std::string_view ligne, std::string_view topic) {
   dernierSigne_ = horloge_();
   if (!std::exchange(ouverte_, true)) {
     tentative_ = 0;
-    dejaRepris_ = false;
     dire({Etat::ouverte{}});
   }
   if (const auto* lu = std::get_if<LectureNtfy::message>(&lecture.cas))

@@ -81,6 +81,7 @@ class OreilleNtfy {
   /// The stream must outlive the ear.
   OreilleNtfy(FluxLignes& flux, Horloge horloge, Rappels rappels);
 
+  /// May be called again once it has ended: attempts count anew, notices already delivered stay known.
   Fin ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit);
 
  private:
@@ -99,7 +100,6 @@ class OreilleNtfy {
   JournalIdsNtfy journal_{memoire};
   std::optional<Secondes> dernierSigne_;
   int tentative_ = 0;
-  bool dejaRepris_ = false;
   bool ouverte_ = false;
 };
 

@@ -206,6 +206,7 @@ FluxHTTP::~FluxHTTP() { fermer(); }
 
 std::variant<int, ErreurReseau> FluxHTTP::ouvrir(const RequeteHTTP& requete) {
   fermer();
+  if (interrompu_) return ErreurReseau::annulee;
   const auto adresse = Adresse::depuis(requete.url, "http");
   if (!adresse || !envoyable(requete)) return ErreurReseau::autre;
   try {
