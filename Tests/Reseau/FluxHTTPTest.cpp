@@ -136,6 +136,8 @@ TEST(FluxHTTP, RefuseCeQuiNePeutPartir) {
     EXPECT_EQ(suivre(flux, demander(url)), "la connexion a échoué") << url;
   EXPECT_EQ(pair.connexions(), 0);
   EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::perte{ErreurReseau::autre}}));
+  flux.interrompre();  // or whoever tries again would never know
+  EXPECT_EQ(suivre(flux, requete), "la connexion a été annulée");
 }
 
 TEST(FluxHTTP, UnOctetSuffitARompreLeSilence) {
