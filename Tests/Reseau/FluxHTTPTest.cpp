@@ -1,31 +1,13 @@
 #include "Reseau/FluxHTTP.hpp"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <netdb.h>
 
 #include <future>
 
+#include "Reseau/NomLent.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Socle/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
-
-namespace {
-std::atomic<int> recherchesLentes = 0;
-std::atomic<int> recherchesFinies = 0;
-}  // namespace
-
-/// Stands before the system's: the look-up of one name takes three seconds.
-extern "C" int getaddrinfo(const char* nom, const char* service, const addrinfo* indices, addrinfo** resultat) {
-  if (nom && std::string_view(nom) == "lent.example") {
-    ++recherchesLentes;
-    std::this_thread::sleep_for(std::chrono::seconds(3));
-    ++recherchesFinies;
-    return EAI_AGAIN;
-  }
-  const auto suivante = reinterpret_cast<decltype(&getaddrinfo)>(::dlsym(RTLD_NEXT, "getaddrinfo"));
-  return suivante(nom, service, indices, resultat);
-}
 
 namespace tarnavelle {
 namespace {
@@ -254,8 +236,8 @@ TEST(FluxHTTP, SArreteAToutMoment) {
     EXPECT_LT(meilleure, 100ms) << nom;
   }
   termine = true;
-  EXPECT_EQ(recherchesLentes, 3);
-  while (recherchesFinies < recherchesLentes) std::this_thread::sleep_for(10ms);
+  EXPECT_EQ(essai::recherchesLentes, 3);
+  while (essai::recherchesFinies < essai::recherchesLentes) std::this_thread::sleep_for(10ms);
 }
 
 }  // namespace

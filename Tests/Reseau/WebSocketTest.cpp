@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Reseau/NomLent.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Reseau/ServeurEtranger.hpp"
 
@@ -146,6 +147,25 @@ TEST(WebSocket, UnPairQuiNeLitPlusNeFaitPasGrossirLaFile) {
   const auto lignes = journal->attendre(20);
   EXPECT_EQ(std::count(lignes.begin(), lignes.end(), "refus le serveur ne lit plus : envoi refusé"), 1);
   EXPECT_EQ(lignes.back(), "texte encore") << "the session goes on";
+}
+
+/// The look-up cannot be interrupted; the connection's own thread waits for it, not its owner.
+TEST(WebSocket, NAttendPasLaRechercheDUnNom) {
+  const auto fils = essai::compter("task");
+  for (const bool fermer : {true, false}) {
+    const auto journal = std::make_shared<Journal>();
+    const int avant = essai::recherchesLentes;
+    auto socket = WebSocket::creer({.url = "ws://lent.example/", .ouverture = 100ms});
+    socket->demarrer(noterDans(journal));
+    while (essai::recherchesLentes == avant) std::this_thread::sleep_for(1ms);
+    if (fermer) socket->fermer();
+    std::this_thread::sleep_for(300ms);
+    const auto depart = std::chrono::steady_clock::now();
+    socket.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - depart, 1s) << fermer;
+    EXPECT_EQ(journal->attendre(0), fermer ? Lignes{} : Lignes{"chute le serveur ne répond pas"});
+  }
+  EXPECT_LE(essai::retomber("task", fils), fils);
 }
 
 TEST(WebSocket, RefuseCeQuiNePeutPartir) {

@@ -109,6 +109,7 @@ struct WebSocket::Etat {
   websocket::response_type reponse;
   beast::flat_buffer tampon;
   std::string enCours;  ///< the message being written
+  bool reliee = false;  ///< connected, whatever is spoken yet: no name look-up is under way
   bool ouverte = false;
   bool ecriture = false;
   Horloge::time_point echeance;
@@ -125,6 +126,7 @@ struct WebSocket::Etat {
     flux.emplace(boucle, adresse.tls, reglage.adieu);
     flux->next_layer().ouvrir(adresse, reglage.ouverture, [this](std::optional<ErreurReseau> erreur) {
       if (erreur) return chuter(std::string(description(*erreur)));
+      reliee = true;
       saluer();
     });
   }
@@ -232,7 +234,8 @@ struct WebSocket::Etat {
   }
 
   /// Ends the loop, whatever waits there: a close that crosses the server's own can leave Beast's read and
-  /// close waiting for each other, which no timer of Beast's ends.
+  /// close waiting for each other, which no timer of Beast's ends. Before there is a connection the loop
+  /// ends by itself, once the name look-up has: whoever destroys a loop waits for that.
   void finir() {
     {
       const std::lock_guard garde(verrou);
@@ -240,7 +243,7 @@ struct WebSocket::Etat {
       file.clear();
     }
     if (flux) flux->next_layer().fermer();
-    boucle.stop();
+    if (reliee) boucle.stop();
   }
 };
 
