@@ -4,7 +4,9 @@
 
 #include "Commandes.hpp"
 #include "Porte/CommandeControle.hpp"
+#include "Porte/PorteMCP.hpp"
 #include "Porte/TableVerbes.hpp"
+#include "Proche.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -63,11 +65,11 @@ std::vector<std::string> nomsDesCommandes() {
   return noms;
 }
 
-std::vector<std::string> nomsAcceptes() {
+std::optional<std::string> nomVoulu(std::string_view mot) {
   auto noms = nomsDesCommandes();
   for (const std::string& nom : nomsDesCommandes())
     for (const auto alias : autresNoms(*commande(nom).outil)) noms.emplace_back(alias);
-  return noms;
+  return nomProche(PorteMCP::verbe(CommandeControle::normaliserAction(mot)), noms);
 }
 
 std::vector<std::string_view> autresNoms(const OutilVoix& outil) {

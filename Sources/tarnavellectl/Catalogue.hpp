@@ -3,6 +3,7 @@
 // here. Immutable.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,9 +28,11 @@ struct CommandeNommee {
 };
 CommandeNommee commande(std::string_view mot);
 
-/// The names of every verb and command as they are shown; with their aliases.
+/// The names of every verb and command as they are shown.
 std::vector<std::string> nomsDesCommandes();
-std::vector<std::string> nomsAcceptes();
+
+/// The name that a word which names no command probably means; that of an MCP tool means its verb.
+std::optional<std::string> nomVoulu(std::string_view mot);
 
 /// The aliases of a verb or command.
 std::vector<std::string_view> autresNoms(const OutilVoix& outil);

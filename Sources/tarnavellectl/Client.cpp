@@ -20,13 +20,10 @@
 #include "Porte/PorteMCP.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Porte/Version.hpp"
-#include "Proche.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Client {
 namespace {
-
-using namespace std::chrono_literals;
 
 int avertir(Session& session, const std::string& message, int statut) {
   session.erreurs.avertir(message);
@@ -48,8 +45,11 @@ int rendrePhoto(const std::string& png, const Json& corps, Session& session) {
 int rendreReussite(const ReponsePorte& reponse, const LigneCommande& ligne, const Json& corps,
                    Session& session) {
   const Json donnees = reponse.data ? reponse.data->json() : Json();
-  if (Champ::booleen(corps, "inline", false))
+  if (Champ::booleen(corps, "inline", false)) {
     if (const auto png = Photo::png(donnees)) return rendrePhoto(*png, corps, session);
+    if (!ligne.donnees)  // neither a sentence into the picture's file, nor broken base64 onto the terminal
+      return avertir(session, "La réponse de la porte ne contient pas de photo lisible.", Statut::sansReponse);
+  }
   if (const auto dite = phrase(reponse.spoken_text); !dite.empty() && (!ligne.donnees || !reponse.data))
     session.sortie.montrer({{std::string(dite)}});
   else if (reponse.data)
@@ -72,8 +72,7 @@ int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, 
   session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "."
                                          : std::string(raison));
   if (!ligne.commande.outil)
-    if (const auto proche = nomProche(ligne.mot, nomsAcceptes()))
-      session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
+    if (const auto proche = nomVoulu(ligne.mot)) session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
   return Statut::refus;
 }
 
@@ -105,7 +104,7 @@ int mener(const LigneCommande& ligne, Session& session) {
 }  // namespace
 
 std::chrono::seconds patience(const Json& corps) {
-  constexpr std::chrono::seconds marge = 10s, attenteDefaut = 60s, attenteMax = 300s, autres = 90s;
+  constexpr std::chrono::seconds marge{10}, attenteDefaut{60}, attenteMax{300}, autres{90};
   const auto commande = CommandeControle::decoderObjet(Champ::texte(corps, "action"), corps);
   const auto* attendre = std::get_if<CommandeControle::attendre>(&commande.cas);
   if (!attendre) return autres;
@@ -121,6 +120,7 @@ int executer(const std::vector<std::string>& mots, Session& session) {
   if (const auto* faute = std::get_if<FauteLigne>(&lue)) {
     session.erreurs.avertir(faute->message);
     session.erreurs.montrer({{Aide::usage(faute->outil)}});
+    if (!faute->outil) session.erreurs.montrer({{"« tarnavellectl --help » liste les verbes."}});
     return Statut::mauvaiseLigne;
   }
   int statut = Statut::sansReponse;
@@ -130,7 +130,7 @@ int executer(const std::vector<std::string>& mots, Session& session) {
     session.erreurs.avertir("La mémoire manque pour cette réponse.");
   }
   if (!session.sortie.perdu()) return statut;
-  session.erreurs.avertir("La sortie ne s'écrit pas.");
+  session.erreurs.avertir("Impossible d'écrire sur la sortie.");
   return Statut::sansReponse;
 }
 

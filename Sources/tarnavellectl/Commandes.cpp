@@ -10,7 +10,6 @@
 #include "Manuel.hpp"
 #include "Porte/GuideAgent.hpp"
 #include "Porte/PorteControle.hpp"
-#include "Proche.hpp"
 #include "Programme.hpp"
 #include "ScriptsCompletion.hpp"
 #include "Socle/Shell.hpp"
@@ -45,7 +44,7 @@ int aide(Session& session, const Json& arguments) {
   const OutilVoix* outil = commande(mot).outil;
   if (!outil) {
     std::string message = "Verbe inconnu : " + citer(mot) + ".";
-    if (const auto proche = nomProche(mot, nomsAcceptes())) message += " Vouliez-vous dire " + *proche + " ?";
+    if (const auto proche = nomVoulu(mot)) message += " Vouliez-vous dire " + *proche + " ?";
     return refuser(session, message);
   }
   session.sortie.montrer(Aide::deCommande(*outil, colonnes));

@@ -26,11 +26,20 @@ std::string raisonDe(int erreur) {
 }  // namespace
 
 int deposer(Session& session, const std::filesystem::path& chemin, std::string_view contenu, int echec) {
-  if (!ecrireFichierPrive(chemin, contenu)) {
-    session.erreurs.avertir("Impossible d'écrire " + chemin.string() + " : " + raisonDe(errno) + ".");
+  std::error_code erreur;
+  // A new file takes the place of the old one: not that of a device or a pipe.
+  const auto occupant = std::filesystem::status(chemin, erreur);
+  std::string raison;
+  if (std::filesystem::is_directory(occupant))
+    raison = raisonDe(EISDIR);
+  else if (std::filesystem::exists(occupant) && !std::filesystem::is_regular_file(occupant))
+    raison = "ce n'est pas un fichier ordinaire";
+  else if (!ecrireFichierPrive(chemin, contenu))
+    raison = raisonDe(errno);
+  if (!raison.empty()) {
+    session.erreurs.avertir("Impossible d'écrire " + chemin.string() + " : " + raison + ".");
     return echec;
   }
-  std::error_code erreur;
   const auto absolu = std::filesystem::absolute(chemin, erreur);
   session.sortie.montrer({{(erreur ? chemin : absolu).string()}});
   return Statut::fait;

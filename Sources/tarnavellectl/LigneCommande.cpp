@@ -137,7 +137,9 @@ class Decoupage {
     if (outil)
       for (const ParamVoix& p : outil->parametres) {
         const bool donne = ligne_.arguments.contains(p.nom);
-        if (p.requis && !donne) return refuser("Il manque « " + p.nom + " ». " + p.description);
+        if (p.requis && !donne)
+          return refuser("Il manque « " + p.nom + " ». " + p.description +
+                         (p.description.ends_with('.') ? "" : "."));
         places += donne && p.genre == Genre::texte && !ligne_.mots.options.contains(p.nom);
       }
     const auto& mots = ligne_.mots.positionnels;

@@ -57,7 +57,7 @@ TEST(LigneCommande, Decoupee) {
       // The door answers for a verb that is unknown.
       {{"Ouvre-Tout", "x", "--y", "--json"}, R"(json {"action":"ouvre_tout"} | x | --y)"},
       {{"trv_etat"}, R"({"action":"trv_etat"})"},
-      {{"focus"}, "Il manque « cible ». Le nom de l'agent, du membre du crew ou de la fenêtre"},
+      {{"focus"}, "Il manque « cible ». Le nom de l'agent, du membre du crew ou de la fenêtre."},
       {{"lire", "--agnet=x"}, "Option inconnue : « --agnet ». Vouliez-vous dire --agent ?"},
       {{"attendre", "M", "--timeout", "3"}, "Option inconnue : « --timeout ». Vouliez-vous dire --timeout-s ?"},
       {{"lire", "--Agent", "x"}, "Option inconnue : « --Agent ». Vouliez-vous dire --agent ?"},
@@ -106,6 +106,15 @@ TEST(Client, Patience) {
   };
   for (const auto& [corps, secondes] : cas)
     EXPECT_EQ(Client::patience(Json::parse(corps)), std::chrono::seconds(secondes)) << corps;
+}
+
+TEST(Proche, NomDeCommande) {
+  for (const auto& [mot, voulu] : {std::pair("trv_etat", "etat"),
+                                   {"Trv-Screnshot", "screenshot"},
+                                   {"trv_close", "fermer"},
+                                   {"trv_guide", "guide"},
+                                   {"trv_", ""}})
+    EXPECT_EQ(nomVoulu(mot).value_or(""), voulu) << mot;
 }
 
 TEST(Proche, NomVoulu) {

@@ -115,6 +115,8 @@ def sur_un_tube(porte):
         (b"", 200, ["etat"], (3, b"", illisible.format(200))),
         ({"ok": True}, 200, ["focus", "a", "b\n"],
          (0, b"C'est fait.\n", "tarnavellectl : De trop, et laissé de côté : « b\\n ».\n")),
+        ({"ok": True, "spoken_text": "Photo prise.", "data": {"p": "iVBORw0KGgo*"}}, 200, ["capture", "--inline"],
+         (3, b"", "tarnavellectl : La réponse de la porte ne contient pas de photo lisible.\n")),
         ({"ok": True, "data": {"p": base64.b64encode(PNG).decode()}}, 200, ["capture", "--inline"], (0, PNG, "")),
     ]
     for reponse, statut, mots, attendu in cas:
@@ -128,7 +130,7 @@ def sur_un_tube(porte):
     egal((code, sortie, "n'existe pas" in erreurs), (3, b"", True))
     with open("/dev/full", "wb") as plein:
         fait = subprocess.run([CLIENT, "etat"], env=porte.monde, stdout=plein, stderr=subprocess.PIPE, timeout=60)
-    egal((fait.returncode, fait.stderr.decode()), (3, "tarnavellectl : La sortie ne s'écrit pas.\n"))
+    egal((fait.returncode, fait.stderr.decode()), (3, "tarnavellectl : Impossible d'écrire sur la sortie.\n"))
     # A closed stream does not become the door's connection.
     fait = subprocess.run(["sh", "-c", "tarnavellectl etat >&- 2>&-"], env=porte.monde, timeout=60)
     egal(fait.returncode, 3)
@@ -159,9 +161,17 @@ def configuration(essai):
         egal(lancer("mcp-config", "--fichier", fichier, monde=monde), (0, f"{MAISON}/{fichier}\n".encode(), ""))
         egal(((MAISON / fichier).read_bytes(), (MAISON / fichier).lstat().st_mode), (texte, 0o100600), fichier)
     egal(cible.read_text(), "intacte")
-    mots = shlex.split(lancer("mcp-config", "--codex", monde=monde)[1].decode())
-    codex = tomllib.loads("\n".join(mots[1::2]))["mcp_servers"]["tarnavelle"]
-    egal((mots[0::2], codex), (["-c"] * 4, {"command": serveur["command"], "env": serveur["env"]}))
+    os.mkfifo(MAISON / "tube")
+    for fichier, raison in (("tube", "ce n'est pas un fichier ordinaire"), (".", "c'est un dossier")):
+        egal(lancer("mcp-config", "--fichier", fichier, monde=monde),
+             (2, b"", f"tarnavellectl : Impossible d'écrire {fichier} : {raison}.\n"))
+    assert (MAISON / "tube").is_fifo()
+    for qui in ("Merlin", "l'a \"b\" \\ \\n $HOME `id` a=b\n\t# ''' \"\"\" é\u0301🦅\\"):
+        mots = shlex.split(lancer("mcp-config", "--codex", monde=monde | {"TARNAVELLE_NODE_ID": qui})[1].decode())
+        codex = tomllib.loads("\n".join(mots[1::2]))["mcp_servers"]["tarnavelle"]
+        lu = json.loads(lancer("mcp-config", monde=monde | {"TARNAVELLE_NODE_ID": qui})[1])["mcpServers"]["tarnavelle"]
+        egal((mots[0::2], codex | {"args": []}), (["-c"] * 4, lu), qui)
+        egal(lu["env"], serveur["env"] | {"TARNAVELLE_NODE_ID": qui})
     appel = {"jsonrpc": "2.0", "id": 1, "method": "tools/call", "params": {"name": "trv_fini", "arguments": {}}}
     pont = subprocess.run([serveur["command"]], input=json.dumps(appel), env=serveur["env"], capture_output=True,
                           encoding="utf-8", timeout=60)
