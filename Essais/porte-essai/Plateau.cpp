@@ -124,7 +124,7 @@ ReponsePorte Plateau::attendre(const CommandeControle::attendre& commande) {
     monde_.actualiser(maintenant);
     agent = monde_.agent(id);  // the dead leave the board with their window
     const std::string_view etat = Verbes::enMots(agent ? agent->etat() : EtatAgent::sorti);
-    const auto rendre = [&](Issue issue) { return compteRendu(nom, issue, maintenant - debut, etat); };
+    const auto rendre = [&](const Issue& issue) { return compteRendu(nom, issue, maintenant - debut, etat); };
 
     if (motif && agent && revisionLue != agent->revision()) {
       revisionLue = agent->revision();

@@ -10,7 +10,7 @@ constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmno
 /// The two characters of every twelve bits.
 constexpr auto paires = [] {
   std::array<std::array<char, 2>, 4096> table{};
-  for (std::size_t i = 0; i < table.size(); ++i) table[i] = {alphabet[i >> 6], alphabet[i & 63]};
+  for (std::size_t i = 0; i != table.size(); ++i) table[i] = {alphabet[i >> 6], alphabet[i & 63]};
   return table;
 }();
 
@@ -20,7 +20,7 @@ constexpr std::uint32_t intrus = 1u << 31;  ///< outside the 24 bits of a group
 constexpr auto valeurs = [] {
   std::array<std::array<std::uint32_t, 256>, 4> table{};
   for (auto& place : table) place.fill(intrus);
-  for (std::uint32_t i = 0; i < alphabet.size(); ++i)
+  for (std::uint32_t i = 0; i != alphabet.size(); ++i)
     for (std::size_t place = 0; place < 4; ++place)
       table[place][static_cast<unsigned char>(alphabet[i])] = i << (18 - 6 * place);
   return table;

@@ -5,9 +5,12 @@
 namespace tarnavelle {
 
 std::optional<FileAppelsRealtime::Appel> FileAppelsRealtime::enfiler(Appel appel) {
-  if (!courant) return courant = std::move(appel);
-  attente.push_back(std::move(appel));
-  return std::nullopt;
+  if (courant) {
+    attente.push_back(std::move(appel));
+    return std::nullopt;
+  }
+  courant = std::move(appel);
+  return courant;
 }
 
 std::optional<FileAppelsRealtime::Appel> FileAppelsRealtime::terminer() {

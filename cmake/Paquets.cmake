@@ -1,0 +1,56 @@
+# What CPack makes: a tarball of the whole and, on Debian, two packages: the programs, and the kit to build on.
+set(CPACK_GENERATOR TGZ)
+set(CPACK_VERBATIM_VARIABLES TRUE)
+set(CPACK_STRIP_FILES TRUE)
+set(CPACK_PACKAGE_VENDOR Tarnavelle)
+set(CPACK_PACKAGE_CONTACT "Tarnavelle <tarnavelle@localhost>")
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+find_program(TARNAVELLE_SHLIBDEPS dpkg-shlibdeps)
+if(TARNAVELLE_SHLIBDEPS)
+  list(APPEND CPACK_GENERATOR DEB)
+
+  # The kit needs the packages that hold what this build found, by the names that they have on this system. The
+  # names of nlohmann's types carry its version.
+  get_target_property(url Boost::url LOCATION)
+  execute_process(
+    COMMAND dpkg-query --search ${OPENSSL_INCLUDE_DIR}/openssl/ssl.h ${url} ${utf8proc_LIBRARY} ${nlohmann_json_CONFIG}
+    OUTPUT_VARIABLE proprietaires ERROR_QUIET)
+  string(REGEX MATCHALL "[^\n]+\n" proprietaires "${proprietaires}")
+  list(TRANSFORM proprietaires REPLACE ":.*" "")
+  if(TARNAVELLE_STATIQUE)
+    # The programs carry these libraries, whose licences ask to be told of; Boost's asks nothing of programs.
+    foreach(paquet IN LISTS proprietaires)
+      if(NOT paquet MATCHES boost)
+        install(FILES /usr/share/doc/${paquet}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tarnavelle/licences
+          RENAME ${paquet})
+      endif()
+    endforeach()
+  endif()
+  set(version ${nlohmann_json_VERSION})
+  list(TRANSFORM proprietaires REPLACE "nlohmann.*" "\\0 (>= ${version}), \\0 (<< ${version}.0~)")
+  list(JOIN proprietaires ", " CPACK_DEBIAN_KIT_PACKAGE_DEPENDS)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL TRUE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/PaquetsDebian.cmake)
+
+set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_NAME tarnavelle)
+set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_SHLIBDEPS TRUE)
+# For a door behind https only.
+set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_RECOMMENDS ca-certificates)
+set(CPACK_DEBIAN_PROGRAMMES_DESCRIPTION "MCP bridge and shell client of the Tarnavelle cockpit
+tarnavelle-mcp gives coding agents the verbs of the cockpit's control door as
+MCP tools; tarnavellectl gives them to a shell.")
+
+set(CPACK_DEBIAN_KIT_PACKAGE_NAME libtarnavellekit-dev)
+set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_KIT_DESCRIPTION "domain kit of the Tarnavelle cockpit (C++20 headers and archives)
+The verbs of the control door and its replies, the agent programs, the
+realtime voice and the remote agent, for CMake and for pkg-config.")
+
+include(CPack)

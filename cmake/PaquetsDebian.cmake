@@ -1,0 +1,18 @@
+# What Debian asks of a package's files, done on those about to be packed.
+if(NOT CPACK_GENERATOR STREQUAL DEB)
+  return()
+endif()
+file(GLOB_RECURSE fichiers ${CPACK_TEMPORARY_DIRECTORY}/*)
+foreach(fichier IN LISTS fichiers)
+  if(fichier MATCHES "/man1/[^/]*[.]1$|/CHANGELOG[.]md$")
+    execute_process(COMMAND gzip -9n ${fichier} COMMAND_ERROR_IS_FATAL ANY)
+  elseif(fichier MATCHES "/zsh/site-functions/")
+    # Its zsh leaves that folder to what is built on the machine.
+    string(REPLACE /site-functions/ /vendor-completions/ chez_debian ${fichier})
+    cmake_path(GET chez_debian PARENT_PATH dossier)
+    file(MAKE_DIRECTORY ${dossier})
+    file(RENAME ${fichier} ${chez_debian})
+    cmake_path(GET fichier PARENT_PATH dossier)
+    file(REMOVE_RECURSE ${dossier})
+  endif()
+endforeach()
