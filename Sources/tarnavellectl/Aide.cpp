@@ -108,7 +108,7 @@ const std::vector<std::pair<int, std::string_view>>& statuts() {
       {Statut::mauvaiseLigne,
        "La ligne de commande est fautive, ou demande ce qui ne peut se faire ici. Rien n'a été envoyé."},
       {Statut::sansReponse,
-       "Pas de porte, pas de réponse, ou réponse perdue en sortie. Le verbe a pu être exécuté."},
+       "Pas de porte, pas de réponse lisible, ou réponse perdue en sortie. Le verbe a pu être exécuté."},
       {130, "Interrompu par Ctrl-C. Le verbe a pu être exécuté."},
   };
   return liste;
@@ -117,6 +117,13 @@ const std::vector<std::pair<int, std::string_view>>& statuts() {
 std::string_view premierePhrase(std::string_view texte) {
   const auto fin = texte.find(". ");
   return fin == texte.npos ? texte : texte.substr(0, fin + 1);
+}
+
+std::pair<std::string_view, std::string> alias(const OutilVoix& outil) {
+  const auto autres = autresNoms(outil);
+  std::string noms;
+  for (const auto nom : autres) noms.append(noms.empty() ? "" : ", ").append(nom);
+  return {autres.empty() ? "" : autres.size() > 1 ? "Autres noms" : "Autre nom", noms};
 }
 
 std::string formeOption(const ParamVoix& p) {
@@ -161,16 +168,16 @@ Page generale(std::optional<std::size_t> colonnes) {
 }
 
 Page deCommande(const OutilVoix& outil, std::optional<std::size_t> colonnes) {
-  Page page = {{usage(&outil)}, {}};
+  Page page;
+  paragraphe(page, usage(&outil), colonnes);
+  page.push_back({});
   paragraphe(page, outil.description, colonnes);
   if (!outil.parametres.empty()) {
     titre(page, "Paramètres");
     lexiqueDOptions(page, outil.parametres, colonnes);
   }
-  if (const auto autres = autresNoms(outil); !autres.empty()) {
-    std::string noms;
-    for (const auto nom : autres) noms.append(noms.empty() ? "" : ", ").append(nom);
-    titre(page, autres.size() > 1 ? "Autres noms" : "Autre nom");
+  if (const auto [intitule, noms] = alias(outil); !noms.empty()) {
+    titre(page, std::string(intitule));
     page.push_back({std::string(retrait, ' ') + noms});
   }
   titre(page, "Options");

@@ -34,6 +34,9 @@ const std::vector<std::pair<int, std::string_view>>& statuts();
 /// The environment variables that are read, and what for.
 const std::vector<std::pair<std::string_view, std::string_view>>& variables();
 
+/// The other names of a command, and their title; both empty when it has none.
+std::pair<std::string_view, std::string> alias(const OutilVoix& outil);
+
 /// A parameter with what it takes: "--agent AGENT", "--valider=false".
 std::string formeOption(const ParamVoix& parametre);
 

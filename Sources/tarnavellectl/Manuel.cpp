@@ -66,9 +66,7 @@ void commandeEntiere(Page& page, const OutilVoix& outil) {
   page.paragraphe(outil.description);
   for (const ParamVoix& p : outil.parametres)
     page.terme(Aide::formeOption(p), p.requis ? "Obligatoire. " + p.description : p.description);
-  std::string noms;
-  for (const auto nom : autresNoms(outil)) noms.append(noms.empty() ? "" : ", ").append(nom);
-  if (!noms.empty()) page.terme("Autres noms", noms);
+  if (const auto [intitule, noms] = Aide::alias(outil); !noms.empty()) page.terme(intitule, noms);
 }
 
 }  // namespace

@@ -258,6 +258,9 @@ def sur_un_terminal(porte):
         assert "le jeton de la porte" not in t.faire("tarnavellectl mcp-config | tail -n 1"), t.ecran()
         assert re.search(r"^  etat +Dit ce qui se passe", t.faire("tarnavellectl --help | head -n 8"), re.M), t.ecran()
 
+        usage = t.faire("tarnavellectl attendre --help")
+        assert re.search(r"\[--motif\nMOTIF\] \[--timeout-s", usage), usage
+
         porte.retenue.clear()
         porte.recus.clear()
         t.taper("-l", "tarnavellectl attendre Merlin")
