@@ -24,7 +24,19 @@ std::string repeter(std::size_t fois, std::string_view motif) {
   return texte;
 }
 
-std::string enCitation(const std::string& texte) { return EcritureJSON::compacte(texte).value(); }
+/// A machine of its own, where no line fails, complains, or makes a file named "canari".
+struct Ailleurs {
+  const essai::Interprete& shell;
+  const DossierTemporaire maison = {};
+
+  std::string executer(const std::string& ligne, std::string_view entree = {}) const {
+    const auto sortie = shell.executer(
+        "cd\n" + ligne, {{"HOME", maison.chemin().string()}, {"PATH", ::getenv("PATH")}}, entree);
+    EXPECT_EQ(std::to_string(sortie.statut) + sortie.erreurs, "0") << shell << ligne;
+    EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell << ligne;
+    return sortie.texte;
+  }
+};
 
 const std::string journalMilan = "$HOME/.tarnavelle/vol/Milan.jsonl";
 
@@ -35,26 +47,18 @@ TEST(CarnetDeVol, NomSur) {
   } cas[] = {
       {"Milan 2/é!", "Milan2é"},
       {"///", "session"},
-      {"", "session"},
-      {"tarnavelle-claude-2", "tarnavelle-claude-2"},
-      {"a.b-c_d", "a.b-c_d"},
-      {"../..", "...."},
+      {"tarnavelle-claude_2.b", "tarnavelle-claude_2.b"},
       {"a'\"`$\\;#&|<>(){}*?[]~!\n\t\r\0 b"s, "ab"},
       // A letter keeps its accents, composed or not; a sign with an accent is no letter.
       {"é|e\u0301|\u0301|.\u0301|-\u0308", "ée\u0301"},
       {"日本語 한글 ١٢ Ⅷ ² ½ नमस्ते", "日本語한글١٢Ⅷ²½नमस्ते"},
-      {"क्\u200Dष\u200D", "क्\u200Dष\u200D"},
-      {"😀👨\u200D👩\u200D👧🇫🇷", "session"},
       {"a🏽1\uFE0F\u20E3", "a1\uFE0F\u20E3"},
       {"\u00A0\u3000\u2028\u200B€«»“’", "session"},
       {"a\xFF\xC3z\xED\xA0\x80", "az"},
       // Letters that take whatever follows them along
       {"\u0D4E\"\u0D4E'\u0D4E$\u0D4E`\u0D4E/\u0D4E\\\u0D4Eക", "\u0D4E\u0D4E\u0D4E\u0D4E\u0D4E\u0D4E\u0D4Eക"},
   };
-  for (const auto& c : cas) {
-    EXPECT_EQ(CarnetDeVol::nomSur(c.nom), c.sur) << testing::PrintToString(c.nom);
-    EXPECT_EQ(CarnetDeVol::nomSur(c.sur), c.sur) << testing::PrintToString(c.sur);
-  }
+  for (const auto& c : cas) EXPECT_EQ(CarnetDeVol::nomSur(c.nom), c.sur) << testing::PrintToString(c.nom);
   EXPECT_EQ(CarnetDeVol::journalDistant("Mi lan"), ".tarnavelle/vol/Milan.jsonl");
   EXPECT_EQ(CarnetDeVol::reglagesDistant("Mi lan"), ".tarnavelle/vol/Milan.hooks.json");
 }
@@ -69,28 +73,13 @@ TEST(CarnetDeVol, CommandeHook) {
 // Every event takes exactly one line of the log, whatever the path is made of.
 TEST(CarnetDeVol, LeHookAjouteUneLigneParEvenement) {
   const std::string nom = R"(a "b" `touch canari` c\d é😀)";
-  const std::string evenements[] = {"{}",
-                                    "{\n  \"a\" : 1\n}\n",
-                                    "",
-                                    "\n\n",
-                                    "{\"é\":\"\r\"}",
-                                    "100 % \\n $HOME 'x'",
-                                    std::string(300'000, 'x') + "\n" + std::string(5, 'y')};
+  const std::string hook = CarnetDeVol::commandeHook("$HOME/" + nom);
   for (const auto& shell : essai::interpretes()) {
-    const DossierTemporaire maison;
-    std::string attendu;
-    for (const std::string& evenement : evenements) {
-      const auto sortie =
-          shell.executer("cd; " + CarnetDeVol::commandeHook("$HOME/" + nom),
-                         {{"HOME", maison.chemin().string()}, {"PATH", ::getenv("PATH")}}, evenement);
-      EXPECT_EQ(sortie.texte + sortie.erreurs, "") << shell;
-      EXPECT_EQ(sortie.statut, 0) << shell;
-      for (const char c : evenement)
-        if (c != '\n') attendu += c;
-      attendu += '\n';
-    }
-    EXPECT_EQ(lireFichier(maison.chemin() / nom, 1'000'000), attendu) << shell;
-    EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell;
+    const Ailleurs ailleurs{shell};
+    EXPECT_EQ(ailleurs.executer(hook, "\n{\n \"é\":\"\r\"}\n\n100 % \\n $HOME 'x'"), "");
+    EXPECT_EQ(ailleurs.executer(hook), "");
+    EXPECT_EQ(lireFichier(ailleurs.maison.chemin() / nom, 1000), "{ \"é\":\"\r\"}100 % \\n $HOME 'x'\n\n")
+        << shell;
   }
 }
 
@@ -117,34 +106,20 @@ TEST(CarnetDeVol, ReglagesEnJSON) {
 
 TEST(CarnetDeVol, ReglagesRelus) {
   using Reglages = CarnetDeVol::Reglages;
-  const struct {
-    std::string texte;
-    Reglages reglages;
-    std::string relu;
-  } acceptes[] = {
-      {R"({"hooks":{}})", {}, R"({"hooks":{}})"},
-      {R"({"hooks":{"Stop":[]},"autre":1})", {{{"Stop", {}}}}, R"({"hooks":{"Stop":[]}})"},
-      {R"({"hooks":{"Stop":[{"hooks":[],"matcher":"*"}],"A":[{"hooks":[{"type":"t","command":"c"}]}]}})",
-       {{{"Stop", {{"*", {}}}}, {"A", {{{}, {{"t", "c", {}}}}}}}},
-       R"({"hooks":{"A":[{"hooks":[{"command":"c","type":"t"}]}],"Stop":[{"hooks":[],"matcher":"*"}]}})"},
-      {R"({"hooks":{"A":[{"matcher":null,"hooks":[{"type":"","command":"\/","timeout":-3},
-           {"type":"t","command":"c","timeout":null}]}]}})",
-       {{{"A", {{{}, {{"", "/", -3}, {"t", "c", {}}}}}}}},
-       R"({"hooks":{"A":[{"hooks":[{"command":"/","timeout":-3,"type":""},{"command":"c","type":"t"}]}]}})"},
-  };
-  for (const auto& c : acceptes) {
-    EXPECT_EQ(Reglages::lire(c.texte), c.reglages) << c.texte;
-    EXPECT_EQ(EcritureJSON::compacte(c.reglages.json()), c.relu) << c.texte;
-  }
-  for (const char* refuse :
-       {"", "[]", "{}", R"({"hooks":[]})", R"({"hooks":{"A":{}}})", R"({"hooks":{"A":[[]]}})",
-        R"({"hooks":{"A":[{}]}})", R"({"hooks":{"A":[{"hooks":{}}]}})",
-        R"({"hooks":{"A":[{"hooks":[],"matcher":1}]}})", R"({"hooks":{"A":[{"hooks":[{"type":"t"}]}]}})",
-        R"({"hooks":{"A":[{"hooks":[{"command":"c"}]}]}})",
-        R"({"hooks":{"A":[{"hooks":[{"type":1,"command":"c"}]}]}})",
-        R"({"hooks":{"A":[{"hooks":[{"type":"t","command":"c","timeout":"5"}]}]}})",
-        R"({"hooks":{"A":[{"hooks":[{"type":"t","command":"c","timeout":5.5}]}]}})",
-        R"({"hooks":{"A":[{"hooks":[{"type":"t","command":"c","timeout":18446744073709551615}]}]}})"})
+  const auto relu = Reglages::lire(
+      R"({"hooks":{"Stop":[],"A":[{"matcher":"*","hooks":[{"type":"","command":"\/","timeout":-3,"x":1}]},
+          {"matcher":null,"hooks":[{"type":"t","command":"c","timeout":null}]}]},"autre":1})");
+  const Reglages attendus = {{{"Stop", {}}, {"A", {{"*", {{"", "/", -3}}}, {{}, {{"t", "c", {}}}}}}}};
+  EXPECT_EQ(relu, attendus);
+  EXPECT_EQ(EcritureJSON::compacte(attendus.json()),
+            R"({"hooks":{"A":[{"hooks":[{"command":"/","timeout":-3,"type":""}],"matcher":"*"},)"
+            R"({"hooks":[{"command":"c","type":"t"}]}],"Stop":[]}})");
+  for (const std::string refuse : {"", "1", "[1]", "[{}]", R"([{"hooks":{}}])", R"([{"hooks":[],"matcher":1}])",
+                                   R"([{"hooks":[{"type":"t"}]}])", R"([{"hooks":[{"command":"c"}]}])",
+                                   R"([{"hooks":[{"type":"t","command":"c","timeout":"5"}]}])",
+                                   R"([{"hooks":[{"type":"t","command":"c","timeout":5.5}]}])"})
+    EXPECT_EQ(Reglages::lire(R"({"hooks":{"A":)" + refuse + "}}"), std::nullopt) << refuse;
+  for (const char* refuse : {"[]", "{}", R"({"hooks":[]})"})
     EXPECT_EQ(Reglages::lire(refuse), std::nullopt) << refuse;
 }
 
@@ -159,9 +134,6 @@ TEST(CarnetDeVol, CommandeLancement) {
                 "\nTV_VOL_EOF\n }; "
                 R"(tmux new -A -s 'l'\''é 2' 'claude' '--un' 'l'\''autre' '-p' 'dis "$x"' '--settings' )"
                 R"("$HOME/.tarnavelle/vol/lé2.hooks.json" ';' set -t 'l'\''é 2' mouse on)");
-  EXPECT_EQ(CarnetDeVol::commandeLancement(AgentCLI::codex(), "tarnavelle-codex-2", {"-c", "a=\"b\""}),
-            R"(tmux new -A -s 'tarnavelle-codex-2' 'codex' '-c' 'a="b"' ';' )"
-            R"(set -t 'tarnavelle-codex-2' mouse on)");
   // tmux would end its command at the last ";" of a word, and run what a new session's name says in "#()".
   EXPECT_EQ(CarnetDeVol::commandeLancement(AgentCLI::grok(), "#(id);", {";", "a;b", "c\\;"}),
             R"(tmux new -A -s '##(id)\;' 'grok' '\;' 'a;b' 'c\\;' ';' set -t '#(id)\;' mouse on)");
@@ -174,251 +146,142 @@ TEST(CarnetDeVol, CommandeLecture) {
   EXPECT_EQ(CarnetDeVol::impressionDepuis("$f", std::numeric_limits<std::int64_t>::max()),
             R"({ [ -f "$f" ] && tail -c +9223372036854775808 "$f" | head -c 262144; } || :)");
 
-  const std::string sessions[] = {"tarnavelle-claude", "é 日本 'x' \"y\" $(touch canari) `z` \\ \n 😀"};
+  const std::string session = "é 日本 'x' \"y\" $(touch canari) `z` \\ \n 😀";
   const std::string contenu = "{\"a\":\"é\"}\n" + std::string(300'000, 'x') + "\n";
-  const struct {
-    std::int64_t curseur;
-    std::string lu;
-  } cas[] = {
-      {0, contenu.substr(0, 262144)},
-      {-1, contenu.substr(0, 262144)},
-      {std::numeric_limits<std::int64_t>::min(), contenu.substr(0, 262144)},
-      {7, contenu.substr(7, 262144)},  // within a character
-      {11, contenu.substr(11, 262144)},
-      {300'000, contenu.substr(300'000)},
-      {static_cast<std::int64_t>(contenu.size()), ""},
-      {std::int64_t{1} << 42, ""},
-  };
-  for (const auto& shell : essai::interpretes())
-    for (const auto& session : sessions) {
-      const DossierTemporaire maison;
-      const Environnement ailleurs = {{"HOME", maison.chemin().string()}, {"PATH", ::getenv("PATH")}};
-      const auto lire = [&](std::int64_t curseur) {
-        const auto sortie = shell.executer("cd; " + CarnetDeVol::commandeLecture(session, curseur), ailleurs);
-        EXPECT_EQ(sortie.statut, 0) << shell << " " << session << " " << sortie;
-        EXPECT_EQ(sortie.erreurs, "") << shell << " " << session;
-        return sortie.texte;
-      };
-      EXPECT_EQ(lire(0), "") << shell << " " << session;
-      maison.ecrire(CarnetDeVol::journalDistant(session), contenu);
-      for (const auto& c : cas) EXPECT_TRUE(lire(c.curseur) == c.lu) << shell << " " << session << c.curseur;
-      EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell;
-    }
+  for (const auto& shell : essai::interpretes()) {
+    const Ailleurs ailleurs{shell};
+    const auto lire = [&](std::int64_t n) {
+      return ailleurs.executer(CarnetDeVol::commandeLecture(session, n));
+    };
+    EXPECT_EQ(lire(0), "") << shell;
+    ailleurs.maison.ecrire(CarnetDeVol::journalDistant(session), contenu);
+    EXPECT_TRUE(lire(std::numeric_limits<std::int64_t>::min()) == contenu.substr(0, 262144)) << shell;
+    EXPECT_TRUE(lire(7) == contenu.substr(7, 262144)) << shell;  // within a character
+    EXPECT_EQ(lire(300'000), contenu.substr(300'000)) << shell;
+    EXPECT_EQ(lire(std::int64_t{1} << 42), "") << shell;
+  }
 }
 
 const struct {
-  std::string ligne;
+  std::string nom;
+  std::string champs;
   EvenementVol evenement;
   std::optional<std::string> transcript = {};
-} lignes[] = {
-    {R"({"hook_event_name":"SessionStart","source":"startup"})", {E::demarre{}}},
-    {R"({"hook_event_name":"Stop"})", {E::fini{}}},
-    {R"({"hook_event_name":"SessionEnd","transcript_path":"/a/b.jsonl"})", {E::fini{}}, "/a/b.jsonl"},
-    {"\uFEFF{\"hook_event_name\":\"Stop\"} \r", {E::fini{}}},
-    // Prompts
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":"\u2003\n dis « é\ud83d\ude00 »\nbis\r\n"})",
+} hooks[] = {
+    {"SessionStart", R"("source":"startup")", {E::demarre{}}},
+    {"Stop", R"("transcript_path":{})", {E::fini{}}},
+    {"SessionEnd", R"("transcript_path":"/a/b.jsonl")", {E::fini{}}, "/a/b.jsonl"},
+    {"SubagentStop", R"("transcript_path":"/s")", {E::inconnu{}}, "/s"},
+    {"UserPromptSubmit",
+     R"("prompt":"\u2003\n dis « é\ud83d\ude00 »\nbis\r\n")",
      {E::consigne{"dis « é😀 »\nbis"}}},
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":" \t\n\u00a0\u2029"})", {E::inconnu{}}},
-    {R"({"hook_event_name":"UserPromptSubmit","transcript_path":""})", {E::inconnu{}}, ""},
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":["x"]})", {E::inconnu{}}},
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":" )" + repeter(500, "é") + " \"}",
-     {E::consigne{repeter(500, "é")}}},
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":" )" + repeter(600, "e\u0301") + "\"}",
+    {"UserPromptSubmit", R"("prompt":" \t\n\u00a0\u2029")", {E::inconnu{}}},
+    {"UserPromptSubmit", R"("prompt":[],"transcript_path":"")", {E::inconnu{}}, ""},
+    {"UserPromptSubmit", R"("prompt":" )" + repeter(500, "é") + " \"", {E::consigne{repeter(500, "é")}}},
+    {"UserPromptSubmit",
+     "\"prompt\":\"" + repeter(600, "e\u0301") + "\"",
      {E::consigne{repeter(500, "e\u0301") + "…"}}},
-    {R"({"hook_event_name":"UserPromptSubmit","prompt":")" + repeter(501, "👨\u200D👩\u200D👧") + "\"}",
-     {E::consigne{repeter(500, "👨\u200D👩\u200D👧") + "…"}}},
-    // Tools
-    {R"({"hook_event_name":"PreToolUse","tool_name":"Read","tool_input":{"path":"/a/b/c.txt","command":"ls"}})",
-     {E::outil{"Read", "ls"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"Write","tool_input":{"file_path":"/x/y/z.md"}})",
-     {E::outil{"Write", "z.md"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"","tool_input":{"file_path":"","command":7,"pattern":" "}})",
-     {E::outil{"", " "}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"LS","tool_input":{"path":"/a/é b//"}})",
-     {E::outil{"LS", "é b"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"LS","tool_input":{"path":"///"}})", {E::outil{"LS", "/"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"W","tool_input":{"file_path":"E:\\p\\i.ts"}})",
+    {"PreToolUse", R"("tool_name":"R","tool_input":{"path":"/b/c.txt","command":"ls"})", {E::outil{"R", "ls"}}},
+    {"PreToolUse", R"("tool_name":"W","tool_input":{"file_path":"/x/y/z.md"})", {E::outil{"W", "z.md"}}},
+    {"PreToolUse",
+     R"("tool_name":"W","tool_input":{"file_path":"E:\\p\\i.ts"})",
      {E::outil{"W", "E:\\p\\i.ts"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"F","tool_input":{"description":"d","query":"q","url":"u/v"}})",
+    {"PreToolUse",
+     R"("tool_name":"","tool_input":{"file_path":"","command":7,"pattern":" "})",
+     {E::outil{"", " "}}},
+    {"PreToolUse", R"("tool_name":"L","tool_input":{"path":"/a/é b//"})", {E::outil{"L", "é b"}}},
+    {"PreToolUse",
+     R"("tool_name":"F","tool_input":{"description":"d","query":"q","url":"u/v"})",
      {E::outil{"F", "u/v"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"F","tool_input":{"prompt":"p"}})", {E::outil{"F", ""}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":"F","tool_input":["ls"]})", {E::outil{"F", ""}}},
-    {R"({"hook_event_name":"PreToolUse","tool_name":")" + repeter(600, "n") + R"(","tool_input":{"command":")" +
-         repeter(501, "c") + "\"}}",
+    {"PreToolUse", R"("tool_name":"F","tool_input":["ls"])", {E::outil{"F", ""}}},
+    {"PreToolUse",
+     "\"tool_name\":\"" + repeter(600, "n") + R"(","tool_input":{"command":")" + repeter(501, "c") + "\"}",
      {E::outil{repeter(600, "n"), repeter(500, "c") + "…"}}},
-    {R"({"hook_event_name":"PreToolUse","tool_input":{"command":"ls"},"transcript_path":"/t"})",
-     {E::inconnu{}},
-     "/t"},
-    {R"({"hook_event_name":"PreToolUse","tool_name":null})", {E::inconnu{}}},
-    // Notifications, also when they say nothing
-    {R"({"hook_event_name":"Notification","message":" Claude attend\n"})", {E::besoin{"Claude attend"}}},
-    {R"({"hook_event_name":"Notification"})", {E::besoin{""}}},
-    {R"({"hook_event_name":"Notification","message":" "})", {E::besoin{""}}},
-    {R"({"hook_event_name":"Notification","message":")" + repeter(501, "m") + "\"}",
-     {E::besoin{repeter(500, "m") + "…"}}},
-    // Others
-    {R"({"hook_event_name":"SubagentStop","transcript_path":"/s"})", {E::inconnu{}}, "/s"},
-    {R"({"hook_event_name":"stop"})", {E::inconnu{}}},
-    {R"({"hook_event_name":["Stop"],"transcript_path":"/a"})", {E::inconnu{}}},
-    {R"({"transcript_path":"/a"})", {E::inconnu{}}},
-    {R"({"hook_event_name":"Stop","transcript_path":{}})", {E::fini{}}},
-    {"", {E::inconnu{}}},
-    {"42", {E::inconnu{}}},
-    {R"(["hook_event_name","Stop"])", {E::inconnu{}}},
-    {R"({"hook_event_name":"Stop"}{"hook_event_name":"Stop"})", {E::inconnu{}}},
-    {R"({"hook_event_name":"Stop","a":")"
-     "\xC3\"}",
-     {E::inconnu{}}},
-    {"{\"hook_event_name\":\"Stop\",\"a\":\"\0\"}"s, {E::inconnu{}}},
-    {R"({"hook_event_name":"Stop","a":)" + repeter(600, "[") + repeter(600, "]") + "}", {E::inconnu{}}},
+    {"PreToolUse", R"("tool_input":{"command":"ls"},"transcript_path":"/t")", {E::inconnu{}}, "/t"},
+    {"Notification", R"("message":" Claude attend\n")", {E::besoin{"Claude attend"}}},
+    {"Notification", R"("a":1)", {E::besoin{""}}},  // also when it says nothing
+    {"Notification", "\"message\":\"" + repeter(501, "m") + "\"", {E::besoin{repeter(500, "m") + "…"}}},
+    {"Stop", "\"a\":\"\xC3\"", {E::inconnu{}}},
+    {"Stop", "\"a\":" + repeter(600, "[") + repeter(600, "]"), {E::inconnu{}}},
 };
 
-TEST(CarnetDeVol, DecodeUneLigne) {
-  for (const auto& c : lignes) {
-    const auto decodee = CarnetDeVol::decoder(c.ligne);
-    EXPECT_EQ(decodee.evenement, c.evenement) << c.ligne;
-    EXPECT_EQ(decodee.transcript, c.transcript) << c.ligne;
-  }
-}
-
-void ajouter(CarnetDeVol::Lecture& vue, CarnetDeVol::Lecture suite) {
-  vue.evenements.insert(vue.evenements.end(), suite.evenements.begin(), suite.evenements.end());
-  vue.consommes += suite.consommes;
-  if (suite.transcript) vue.transcript = suite.transcript;
-}
-
-TEST(CarnetDeVol, LitParTranches) {
+TEST(CarnetDeVol, DecodeChaqueLigneDUnJournalQuiGrandit) {
   std::string journal;
-  CarnetDeVol::Lecture attendue;
-  for (const auto& c : lignes) {
-    if (c.ligne.size() > 400) continue;  // what is long adds nothing here
-    journal += c.ligne + "\n";
-    if (c.transcript) attendue.transcript = c.transcript;
-    if (!std::holds_alternative<E::inconnu>(c.evenement.cas)) attendue.evenements.push_back(c.evenement);
+  std::vector<EvenementVol> attendus = {{E::fini{}}};
+  for (const char* illisible : {"", "42", R"(["hook_event_name"])", R"({"transcript_path":"/a"})",
+                                R"({"hook_event_name":["Stop"],"transcript_path":"/a"})"})
+    journal.append(illisible).append("\n");
+  journal += "\uFEFF{\"hook_event_name\":\"Stop\"} \r\n";
+  for (const auto& c : hooks) {
+    const std::string ligne = R"({"hook_event_name":")" + c.nom + "\"," + c.champs + "}";
+    const auto decodee = CarnetDeVol::decoder(ligne);
+    EXPECT_EQ(decodee.evenement, c.evenement) << ligne;
+    EXPECT_EQ(decodee.transcript, c.transcript) << ligne;
+    if (ligne.size() > 400) continue;  // what is long adds nothing to the cuts
+    journal += ligne + "\n";
+    if (!std::holds_alternative<E::inconnu>(c.evenement.cas)) attendus.push_back(c.evenement);
   }
-  attendue.consommes = journal.size();
-  journal += R"({"hook_event_name":"Stop"})";
-  ASSERT_EQ(attendue.transcript, "/s");
-  const auto verifier = [&](const CarnetDeVol::Lecture& lue, std::size_t coupe) {
-    EXPECT_EQ(lue.evenements, attendue.evenements) << coupe;
-    EXPECT_EQ(lue.consommes, attendue.consommes) << coupe;
-    EXPECT_EQ(lue.transcript, attendue.transcript) << coupe;
-  };
   const std::string_view tout = journal;
-  for (std::size_t coupe = 0; coupe <= tout.size(); ++coupe) {
-    auto lue = CarnetDeVol::lire(tout.substr(0, coupe));
-    ajouter(lue, CarnetDeVol::lire(tout.substr(lue.consommes)));
-    verifier(lue, coupe);
+  for (const std::size_t pas : {std::size_t{1}, std::size_t{7}, tout.size()}) {
+    std::vector<EvenementVol> lus;
+    std::optional<std::string> transcript;
+    std::size_t consommes = 0;
+    for (std::size_t fin = pas; fin < tout.size() + pas; fin += pas) {
+      auto lecture = CarnetDeVol::lire(tout.substr(0, fin).substr(consommes));
+      consommes += lecture.consommes;
+      lus.insert(lus.end(), lecture.evenements.begin(), lecture.evenements.end());
+      if (lecture.transcript) transcript = lecture.transcript;
+    }
+    EXPECT_EQ(lus, attendus) << pas;
+    EXPECT_EQ(transcript, "/t") << pas;
+    EXPECT_EQ(consommes, tout.size()) << pas;
   }
-  for (const std::size_t pas : {std::size_t{1}, std::size_t{7}}) {  // a file that grows by as many bytes
-    CarnetDeVol::Lecture lue;
-    for (std::size_t fin = 0; fin <= tout.size(); fin += pas)
-      ajouter(lue, CarnetDeVol::lire(tout.substr(lue.consommes, fin - lue.consommes)));
-    ajouter(lue, CarnetDeVol::lire(tout.substr(lue.consommes)));
-    verifier(lue, pas);
-  }
-
-  EXPECT_EQ(CarnetDeVol::lire("").consommes, 0u);
-  EXPECT_EQ(CarnetDeVol::lire(std::string(CarnetDeVol::lectureMax, 'x')).consommes, 0u);
   EXPECT_EQ(CarnetDeVol::lire("A\nB").consommes, 2u);
-  EXPECT_EQ(CarnetDeVol::lire("\n\r\n\n").consommes, 4u);
-}
-
-TEST(CarnetDeVol, CurseurSuivant) {
-  EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 0, 0), 10);
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262143, 0), 10);
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 1), 11);
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 0), 262154);
 }
 
 TEST(CarnetDeVol, SansEcho) {
-  const std::vector<EvenementVol> evenements = {{E::besoin{"oui"}},
-                                                {E::consigne{"oui"}},
-                                                {E::fini{}},
-                                                {E::consigne{"oui"}},
-                                                {E::consigne{repeter(500, "é") + "…"}}};
-  const auto sans = [&](std::size_t position) {
-    auto reste = evenements;
-    reste.erase(reste.begin() + static_cast<std::ptrdiff_t>(position));
-    return reste;
-  };
-  const struct {
-    std::optional<std::string> echo;
-    std::vector<EvenementVol> reste;
-    bool consomme;
-  } cas[] = {
-      {{}, evenements, false},
-      {"", evenements, false},
-      {"non", evenements, false},
-      {"Oui", evenements, false},
-      {"oui", sans(1), true},
-      {"\u00A0oui\r\n", sans(1), true},
-      {" " + repeter(700, "é") + " ", sans(4), true},
-      {repeter(500, "é"), evenements, false},
-  };
-  for (const auto& c : cas) {
-    const auto resultat = CarnetDeVol::sansEcho(evenements, c.echo);
-    EXPECT_EQ(resultat.evenements, c.reste) << c.echo.value_or("(absent)");
-    EXPECT_EQ(resultat.echoConsomme, c.consomme) << c.echo.value_or("(absent)");
+  const std::vector<EvenementVol> recus = {
+      {E::besoin{"oui"}}, {E::consigne{"oui"}}, {E::consigne{"oui"}}, {E::consigne{repeter(500, "é") + "…"}}};
+  EXPECT_EQ(CarnetDeVol::sansEcho(recus, {}).evenements, recus);
+  const std::pair<std::string, std::size_t> retires[] = {
+      {"", 4}, {"Oui", 4}, {"\u00A0oui\r\n", 1}, {repeter(500, "é"), 4}, {" " + repeter(700, "é") + " ", 3}};
+  for (const auto& [echo, position] : retires) {
+    auto reste = recus;
+    if (position < 4) reste.erase(reste.begin() + static_cast<std::ptrdiff_t>(position));
+    const auto resultat = CarnetDeVol::sansEcho(recus, echo);
+    EXPECT_EQ(resultat.evenements, reste) << echo;
+    EXPECT_EQ(resultat.echoConsomme, position < 4) << echo;
   }
 }
 
 // Transcripts as claude keeps them: titles are appended again and again, the last one wins, and a title
 // quoted in what someone says does not count.
 TEST(CarnetDeVol, TitresDesTranscripts) {
-  const std::string fin =
-      R"({"type":"ai-title","aiTitle":"Refonte du « parseur » \u00e0 $(touch canari) 100% `x` l'été 😀","sessionId":"s"})"
-      "\n";
-  const std::string transcript =
-      R"({"type":"ai-title","aiTitle":"Premier essai","sessionId":"s"})"
-      "\n"
-      R"({"type":"custom-title","customTitle":"autre","sessionId":"s"})"
-      "\n"
-      R"({"type":"user","message":{"role":"user","content":"cite : {\"aiTitle\":\"PAS un titre\"}"}})"
-      "\n" +
-      fin + R"({"type":"assistant","message":{"content":[]}})" + "\n";
   const std::string titre = R"(Refonte du « parseur » \u00e0 $(touch canari) 100% `x` l'été 😀)";
+  const std::string transcript = R"({"type":"ai-title","aiTitle":"Premier essai"}
+{"type":"ai-title","aiTitle":")" +
+                                 titre + R"(","sessionId":"s"}
+{"type":"user","message":{"content":"cite : {\"aiTitle\":\"PAS un titre\"}"}}
+)";
   for (const auto& shell : essai::interpretes()) {
-    const DossierTemporaire maison;
-    const Environnement ailleurs = {{"HOME", maison.chemin().string()}, {"PATH", ::getenv("PATH")}};
-    const auto titres = [&](std::string_view marque, std::int64_t queue) {
-      const auto sortie = shell.executer("cd\n" + CarnetDeVol::commandeTitres(marque, queue), ailleurs);
-      EXPECT_EQ(sortie.statut, 0) << shell << sortie;
-      EXPECT_EQ(sortie.erreurs, "") << shell;
-      return sortie.texte;
+    const Ailleurs ailleurs{shell};
+    const auto titres = [&](const char* marque, std::int64_t queue) {
+      return ailleurs.executer(CarnetDeVol::commandeTitres(marque, queue));
     };
-    const auto journal = [&](const std::string& session, const std::string& chemin,
-                             const std::string& apres = "") {
-      maison.ecrire(
-          CarnetDeVol::journalDistant(session),
-          "{\"hook_event_name\":\"SessionStart\",\"transcript_path\":" + enCitation(chemin) + "}\n" + apres);
+    const auto chemin = ailleurs.maison.ecrire("a b'c;$(touch canari)`d`*", transcript).string();
+    const auto journal = [&](const char* session, const std::string& avant, const std::string& apres) {
+      ailleurs.maison.ecrire(CarnetDeVol::journalDistant(session),
+                             R"({"transcript_path":")" + avant + "\"}\n" + R"({"transcript_path":")" + apres +
+                                 R"("} {"prompt":"cite \"transcript_path\":\"/x\""})" + "\n");
     };
-    const auto ecrit = [&](const std::string& nom) {
-      return maison.ecrire("projets/" + nom + ".jsonl", transcript).string();
-    };
-    journal("tarnavelle-claude", ecrit("a b'c;$(touch canari)`d`*"));
-    if (shell.mots !=
-        std::vector<std::string>{"zsh", "-c"}) {  // where a pattern that names no file is an error
-      const DossierTemporaire vide;
-      EXPECT_EQ(shell
-                    .executer(CarnetDeVol::commandeTitres("T:", 10),
-                              {{"HOME", vide.chemin().string()}, {"PATH", ::getenv("PATH")}})
-                    .statut,
-                0)
-          << shell;
-    }
-    EXPECT_EQ(titres("T:", 65536), "T:tarnavelle-claude:" + titre + "\n") << shell;
+    journal("tarnavelle-claude", "/nulle/part", chemin);
+    journal("un-autre", chemin, "/nulle/part");
+    journal("sans-titre", chemin, ailleurs.maison.ecrire("c", "{\"type\":\"summary\"}\n").string());
     EXPECT_EQ(titres("T:", 20), "") << shell;
     EXPECT_EQ(titres(R"(100% \n'"$x)", 65536), R"(100% \n'"$xtarnavelle-claude:)" + titre + "\n") << shell;
-
-    journal("un-autre", ecrit("b"), "{\"hook_event_name\":\"Stop\",\"transcript_path\":\"/nulle/part\"}\n");
-    journal("sans-titre", maison.ecrire("c.jsonl", "{\"type\":\"summary\"}\n").string());
-    journal("deux", "/nulle/part",
-            "{\"hook_event_name\":\"Stop\",\"transcript_path\":" + enCitation(ecrit("d")) +
-                "}\n{\"prompt\":\"" + R"(cite \"transcript_path\":\"/x\"")" + "}\n");
-    maison.ecrire(".tarnavelle/vol/vide.jsonl", "");
-    EXPECT_EQ(titres("T:", 65536), "T:deux:" + titre + "\nT:tarnavelle-claude:" + titre + "\n") << shell;
-    EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell;
   }
 }
 

@@ -5,28 +5,23 @@
 
 #include "Agents/CarnetDeVol.hpp"
 #include "Agents/VoliereTmux.hpp"
-#include "Socle/Selon.hpp"
 
 namespace tarnavelle {
 
 inline void PrintTo(const EvenementVol& evenement, std::ostream* flux) {
-  const auto dire = [&](const char* nom, const auto&... textes) {
-    *flux << nom;
-    ((*flux << ' ' << testing::PrintToString(textes)), ...);
-  };
-  std::visit(Selon{[&](const EvenementVol::consigne& e) { dire("consigne", e.texte); },
-                   [&](const EvenementVol::outil& e) { dire("outil", e.nom, e.resume); },
-                   [&](const EvenementVol::besoin& e) { dire("besoin", e.message); },
-                   [&](const EvenementVol::reponse& e) { dire("reponse", e.texte); },
-                   [&](const EvenementVol::demarre&) { dire("demarre"); },
-                   [&](const EvenementVol::fini&) { dire("fini"); },
-                   [&](const EvenementVol::inconnu&) { dire("inconnu"); }},
-             evenement.cas);
+  *flux << "cas " << evenement.cas.index();
+  std::visit(
+      [&](const auto& e) {
+        if constexpr (requires { e.texte; }) *flux << ' ' << e.texte;
+        if constexpr (requires { e.message; }) *flux << ' ' << e.message;
+        if constexpr (requires { e.resume; }) *flux << ' ' << e.nom << " : " << e.resume;
+      },
+      evenement.cas);
 }
 
 namespace VoliereTmux {
 inline void PrintTo(const SessionLaBas& session, std::ostream* flux) {
-  *flux << testing::PrintToString(std::array{session.nom, session.dossier, session.titre});
+  *flux << session.nom << " | " << session.dossier << " | " << session.titre;
 }
 }  // namespace VoliereTmux
 
