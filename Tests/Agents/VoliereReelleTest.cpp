@@ -60,12 +60,11 @@ class VoliereReelle : public testing::TestWithParam<essai::Interprete> {
   }
 
   /// Runs a line in a new terminal, where it stays, and waits for its agent to be the `n`th started.
-  void ouvrir(const std::string& ligne, std::size_t n) {
+  bool ouvrir(const std::string& ligne, std::size_t n) {
     Mots mots = {"new-session", "-d", "-c", dossier.string(), "env", "-u", "TMUX", "-u", "TMUX_PANE"};
     mots.insert(mots.end(), GetParam().mots.begin(), GetParam().mots.end());
     mots.push_back(ligne);
-    ASSERT_EQ(operateur(mots).statut, 0);
-    ASSERT_TRUE(attendre([&] { return lancements().size() == n; })) << ligne;
+    return operateur(mots).statut == 0 && attendre([&] { return lancements().size() == n; });
   }
 
   /// The words of each agent started so far.
@@ -112,9 +111,10 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
   const std::string ligne = CarnetDeVol::commandeLancement(AgentCLI::claude(), session, {"-p", "l'été"});
 
   // A first launch empties the log and starts claude with its hooks.
-  ouvrir(ligne, 1);
+  ASSERT_TRUE(ouvrir(ligne, 1));
   EXPECT_EQ(lancements(), std::vector<Mots>({{"-p", "l'été", "--settings", reglages(session)}}));
   EXPECT_EQ(std::filesystem::file_size(journal), 0u);
+  EXPECT_EQ(executer(CarnetDeVol::commandeLecture("absente", 0)), "");
 
   // What goes through the hooks is read back; a line longer than a read is passed over.
   const std::string dit = "« l'été » \"$HOME\" `id` \\n 100% 😀\nbis";
@@ -148,7 +148,7 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
   EXPECT_EQ(static_cast<std::uintmax_t>(curseur), std::filesystem::file_size(journal));
 
   // A second launch attaches another terminal to the same agent and leaves its log alone.
-  ouvrir(ligne, 1);
+  ASSERT_TRUE(ouvrir(ligne, 1));
   ASSERT_TRUE(attendre([&] { return std::ranges::count(tmux({"list-clients"}).texte, '\n') == 2; }));
   EXPECT_EQ(static_cast<std::uintmax_t>(curseur), std::filesystem::file_size(journal));
   EXPECT_EQ(lancements().size(), 1u);
@@ -160,7 +160,7 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
                              executer(CarnetDeVol::commandeTitres(VoliereTmux::marqueTitre, 65536)));
   };
   const std::string codex = VoliereTmux::nommer({"codex", 2});
-  ouvrir(CarnetDeVol::commandeLancement(AgentCLI::codex(), codex, {"-c", "a=\"l'été\""}), 2);
+  ASSERT_TRUE(ouvrir(CarnetDeVol::commandeLancement(AgentCLI::codex(), codex, {"-c", "a=\"l'été\""}), 2));
   EXPECT_EQ(lancements().back(), (Mots{"-c", "a=\"l'été\""}));
   ASSERT_EQ(tmux({"new-session", "-d", "-s", "mon-tarnavelle-claude", "cat"}).statut, 0);
   const VoliereTmux::SessionLaBas agents[] = {{session, dossier.string(), "Refonte du « parseur »"},
@@ -176,7 +176,7 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
   EXPECT_EQ(tmux({"list-sessions", "-F", "#S"}).texte, "mon-tarnavelle-claude\n");
 
   // A new session begins a new log.
-  ouvrir(ligne, 3);
+  ASSERT_TRUE(ouvrir(ligne, 3));
   EXPECT_EQ(std::filesystem::file_size(journal), 0u);
 }
 
@@ -197,7 +197,7 @@ TEST_P(VoliereReelle, AucunNomNAjouteDeMotNiDeCommande) {
     Mots attendus = agent.arguments;
     attendus.insert(attendus.end(), hostiles.begin(), hostiles.end());
     if (agent.id == "claude") attendus.insert(attendus.end(), {"--settings", reglages(nom)});
-    ouvrir(CarnetDeVol::commandeLancement(agent, nom, hostiles), ++lances);
+    ASSERT_TRUE(ouvrir(CarnetDeVol::commandeLancement(agent, nom, hostiles), ++lances)) << nom;
     EXPECT_EQ(lancements().back(), attendus) << nom;
   }
   EXPECT_FALSE(std::filesystem::exists(temoin));
