@@ -59,9 +59,9 @@ std::optional<Nom> decomposer(std::string_view nom) {
   const auto tiret = reste.rfind('-');
   if (tiret == std::string_view::npos || !AgentCLI::parId(reste.substr(0, tiret))) return std::nullopt;
   const auto rang = entierDecimal(reste.substr(tiret + 1));
-  if (!rang || *rang < 2) return std::nullopt;
+  if (!rang) return std::nullopt;
   const Nom compose{std::string(reste.substr(0, tiret)), *rang};
-  if (nommer(compose) != nom) return std::nullopt;  // a sign or a leading zero
+  if (nommer(compose) != nom) return std::nullopt;  // a rank below 2, a sign or a leading zero
   return compose;
 }
 
