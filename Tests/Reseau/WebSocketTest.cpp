@@ -30,6 +30,9 @@ using Lignes = std::vector<std::string>;
 TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
   auto& serveur = ServeurEtranger::commun();
   essai::PairTCP taiseux({[](essai::Connexion& c) { c.lireRequete(), c.attendreFermeture(5000); }});
+  essai::PairTCP etranger({[](essai::Connexion& c) { c.lireRequete(), c.envoyer("SSH-2.0-x\r\n"); }});
+  auto sansHTTP = vers("clair", "/");
+  sansHTTP.url = "ws://127.0.0.1:" + std::to_string(etranger.port());
   auto sansReponse = vers("clair", "/");
   sansReponse.url = "ws://127.0.0.1:" + std::to_string(taiseux.port());
   sansReponse.ouverture = 150ms;
@@ -83,6 +86,7 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
        {"chute le certificat du serveur vient d'une autorité inconnue"},
        false},
       {"TLS asked of a plain server", sansTLS, {"chute la liaison chiffrée a échoué"}},
+      {"not HTTP", sansHTTP, {"chute le serveur ne parle pas WebSocket"}},
       {"nobody there", ferme, {"chute le serveur n'accepte pas la connexion"}},
       {"accepts and says nothing", sansReponse, {"chute le serveur ne répond pas"}},
       {"goes silent", sourd, {"chute le serveur ne répond pas"}},
@@ -125,17 +129,24 @@ TEST(WebSocket, SePresenteEtPrendConge) {
   EXPECT_EQ(vu.at("entetes").at("authorization"), "Bearer cle-secrete");
 }
 
-/// Its own writes fail long before it has read what the server said last.
+/// Its own writes fail long before it has read what the server said last, or only its answer to that.
 TEST(WebSocket, LitLaRaisonDUnServeurDejaParti) {
-  const auto journal = std::make_shared<Journal>();
-  const std::shared_ptr<WebSocket> socket = WebSocket::creer(vers("clair", "/congedie"));
-  auto rappels = noterDans(journal);
-  rappels.surTexte = [journal, faible = std::weak_ptr(socket)](std::string_view texte) {
-    if (const auto vivant = faible.lock()) vivant->envoyer(std::string(5000, 'x'));
-    journal->noter("texte", texte);
-  };
-  socket->demarrer(rappels);
-  EXPECT_EQ(journal->attendre(501).back(), "chute le serveur a fermé la connexion (3000) : non!");
+  for (const std::size_t fois : {500U, 2U}) {
+    const auto journal = std::make_shared<Journal>();
+    const std::shared_ptr<WebSocket> socket =
+        WebSocket::creer(vers("clair", "/congedie/" + std::to_string(fois)));
+    auto rappels = noterDans(journal);
+    rappels.surTexte = [=, faible = std::weak_ptr(socket)](std::string_view texte) {
+      const auto vivant = faible.lock();
+      if (vivant && (fois > 2 || journal->attendre(0).empty())) vivant->envoyer(std::string(5000, 'x'));
+      if (fois == 2) std::this_thread::sleep_for(50ms);
+      journal->noter("texte", texte);
+    };
+    const auto depart = std::chrono::steady_clock::now();
+    socket->demarrer(rappels);
+    EXPECT_EQ(journal->attendre(fois + 1).back(), "chute le serveur a fermé la connexion (3000) : non!");
+    EXPECT_LT(std::chrono::steady_clock::now() - depart, 1s) << fois;
+  }
 }
 
 TEST(WebSocket, UnPairQuiNeLitPlusNeFaitPasGrossirLaFile) {

@@ -77,9 +77,9 @@ async def ferme(ws):
     await ws.close(3000, "invalid_request_error.invalid_api_key")
 
 
-async def congedie(ws):
-    """Says much, then why it leaves, and is gone before the client has answered."""
-    ws.transport.write(b"\x81\x02un" * 500 + b"\x88\x06\x0b\xb8non!")
+async def congedie(ws, fois):
+    """Speaks, says why it leaves, and is gone before the client has answered."""
+    ws.transport.write(b"\x81\x02un" * int(fois) + b"\x88\x06\x0b\xb8non!")
     ws.transport.close()
 
 
@@ -159,7 +159,7 @@ async def servir(ws, _=None):
     if nom == "v1":
         nom, mots = "realtime", urllib.parse.parse_qs(url.query)["model"]
     try:
-        await globals()[nom](ws, *mots) if nom in ("grand", "realtime") else await globals()[nom](ws)
+        await globals()[nom](ws, *mots) if nom in ("congedie", "grand", "realtime") else await globals()[nom](ws)
     except websockets.ConnectionClosed:
         pass
     finally:

@@ -3,6 +3,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/beast/core/buffers_prefix.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/error.hpp>
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 #include <deque>
@@ -37,7 +38,10 @@ class Couche : public Connexion {
       : Connexion(boucle, tls), attente_(boucle), patience_(patience) {}
 
   /// The server has said its last word.
-  void nePlusAttendre() { attente_.cancel(); }
+  void nePlusAttendre() {
+    patience_ = {};
+    attente_.cancel();
+  }
 
   void lireSansBorne() { lectureMax_ = std::numeric_limits<std::size_t>::max(); }
 
@@ -78,10 +82,13 @@ std::string raison(const Erreur& erreur) {
   if (erreur == websocket::error::message_too_big || erreur == websocket::error::buffer_overflow)
     return "le serveur a envoyé un message de plus de 16 Mio";
   if (erreur == websocket::error::closed) return "le serveur a fermé la connexion";
-  if (erreur == websocket::condition::handshake_failed) return "le serveur ne parle pas WebSocket";
   if (erreur == websocket::condition::protocol_violation)
     return "le serveur ne respecte pas le protocole WebSocket";
-  return std::string(description(classer(erreur)));
+  const ErreurReseau genre = classer(erreur);
+  const bool pasHTTP = genre == ErreurReseau::autre &&
+                       erreur.category() == make_error_code(beast::http::error::bad_version).category();
+  if (pasHTTP || erreur == websocket::condition::handshake_failed) return "le serveur ne parle pas WebSocket";
+  return std::string(description(genre));
 }
 
 }  // namespace
