@@ -14,7 +14,7 @@ import sys
 CMAKE, BATI, DOSSIER, VERSION, COMPILATEUR = sys.argv[1:]
 EXEMPLE = pathlib.Path(__file__).parent / "exemple"
 PREFIXE = pathlib.Path(DOSSIER) / "prefixe"
-ATTENDU = f"{VERSION} {VERSION}\nétat 33\nClaude Code -1\n1 1\n"
+ATTENDU = f"{VERSION} {VERSION}\nétat trv_etat\nClaude Code -1\n1 1\n"
 PRIVE = re.compile(r'#include [<"](boost|openssl)/|Interne\.hpp')
 
 

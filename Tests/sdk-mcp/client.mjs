@@ -74,9 +74,8 @@ describe("porte ouverte", () => {
   test("every tool has a valid schema, the guide comes last", async () => {
     const { tools, nextCursor } = await client.listTools();
     assert.equal(nextCursor, undefined);
-    assert.equal(tools.length, 34);
     assert.equal(tools.at(-1).name, "trv_guide");
-    assert.equal(new Set(tools.map((outil) => outil.name)).size, 34);
+    assert.equal(new Set(tools.map((outil) => outil.name)).size, tools.length);
     const ajv = new Ajv({ strict: true });
     for (const { name, description, inputSchema } of tools) {
       assert.match(name, /^trv_[a-z_]+$/);

@@ -18,7 +18,8 @@ int main() {
   const bool fermee =
       oreille.ecouter({}, {.headless = true}) == T::OreilleNtfy::Fin{T::OreilleNtfy::Fin::fermee{}};
   std::cout << VERSION_TROUVEE << ' ' << T::versionTarnavelle << '\n'
-            << T::Texte::minuscules("ÉTAT") << ' ' << T::PorteMCP::outils().size() << '\n'
+            << T::Texte::minuscules("ÉTAT") << ' '
+            << T::PorteMCP::outils().front().at("name").get<std::string>() << '\n'
             << T::AgentCLI::depuisPhrase("ouvre claude ici")->titre << ' ' << coffre.statut << '\n'
             << fermee << ' ' << (T::TransportWebSocketRealtime::creer("wss://un hôte/", "clé") == nullptr)
             << '\n';
