@@ -218,6 +218,15 @@ TEST(CarnetDeVol, SansEcho) {
 // Transcripts as claude keeps them: titles are appended again and again, the last one wins, and a title
 // quoted in what someone says does not count.
 TEST(CarnetDeVol, TitresDesTranscripts) {
+  EXPECT_EQ(CarnetDeVol::commandeTitres("T:", 777), R"SH(for c in "$HOME/.tarnavelle/vol"/*.jsonl; do
+[ -f "$c" ] || continue
+s=${c##*/}; s=${s%.jsonl}
+p=$(grep -o '"transcript_path":"[^"]*"' "$c" 2>/dev/null | tail -1 | sed 's/.*"transcript_path":"//; s/"$//')
+[ -n "$p" ] && [ -f "$p" ] || continue
+t=$(tail -c 777 "$p" 2>/dev/null | grep -o '"aiTitle":"[^"]*"' | tail -1 | sed 's/.*"aiTitle":"//; s/"$//')
+[ -n "$t" ] && printf 'T:%s:%s\n' "$s" "$t"
+done
+exit 0)SH");
   const std::string titre = R"(Refonte du « parseur » \u00e0 $(touch canari) 100% `x` l'été 😀)";
   const std::string transcript = R"({"type":"ai-title","aiTitle":"Premier essai"}
 {"type":"ai-title","aiTitle":")" +
