@@ -9,16 +9,12 @@ namespace tarnavelle {
 namespace {
 
 using namespace std::chrono_literals;
-using Secondes = FenetreLecture::Secondes;
 
 TEST(FenetreLecture, LeSonSeMetEnFile) {
   FenetreLecture f;
   EXPECT_FALSE(f.audible(-1s));
-  EXPECT_EQ(f.planifier(24000, 100s, 24000), 24000);
-  EXPECT_EQ(f.planifier(24000, 100s, 24000), 24000);
-  EXPECT_EQ(f.finDeLecture, 102s);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(f.planifier(24000, 100s, 24000), 24000);
   EXPECT_EQ(f.restantSecondes(101.5s), 0.5s);
-  EXPECT_EQ(f.restantSecondes(103s), -1s);
   EXPECT_TRUE(f.audible(102.34s));
   EXPECT_FALSE(f.audible(102.35s));
 
@@ -27,33 +23,20 @@ TEST(FenetreLecture, LeSonSeMetEnFile) {
   EXPECT_EQ(f.finDeLecture, 102s);
   f.planifier(1, 110s, 1);
   EXPECT_EQ(f.finDeLecture, 111s);
-  f.vider();
-  for (const auto t : {0s, 111s}) EXPECT_FALSE(f.audible(t));
 }
 
-TEST(FenetreHautParleur, SuitSonHorloge) {
-  Secondes maintenant = 50s;
-  FenetreHautParleur f([&] { return maintenant; });
-  EXPECT_EQ(f.planifier(36000), 36000);
-  EXPECT_EQ(f.restantSecondes(), 1.5s);
-  maintenant += 1.8s;
-  EXPECT_TRUE(f.parleEncore());
-  maintenant += 0.1s;
-  EXPECT_FALSE(f.parleEncore());
-  maintenant -= 1s;
-  f.vider();
-  EXPECT_FALSE(f.parleEncore());
-}
-
+// 24 kHz, on the real clock.
 TEST(FenetreHautParleur, SertDeuxFils) {
   FenetreHautParleur f;
   std::thread lecteur([&] {
-    for (int i = 0; i < 1000; ++i) f.planifier(2400);
+    for (int i = 0; i < 1000; ++i) EXPECT_EQ(f.planifier(2400), 2400);
   });
   for (int i = 0; i < 1000; ++i) (void)f.parleEncore();
   lecteur.join();
   EXPECT_TRUE(f.parleEncore());
-  EXPECT_NEAR(f.restantSecondes().count(), 100, 30);  // on the real clock
+  EXPECT_NEAR(f.restantSecondes().count(), 100, 30);
+  f.vider();
+  EXPECT_FALSE(f.parleEncore());
 }
 
 }  // namespace
