@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "DossierTemporaire.hpp"
 #include "Socle/EcritureJSON.hpp"
@@ -13,88 +14,63 @@ namespace {
 constexpr auto fichierValide = R"({"host":"127.0.0.1","pid":1,"port":5000,"token":"t"})";
 
 TEST(EndpointPorte, Lecture) {
-  struct {
-    const char* texte;
-    std::optional<EndpointPorte> lu;
-  } const cas[] = {
-      {fichierValide, {{"127.0.0.1", 1, 5000, "t"}}},
-      {R"( {"token":"","port":5000.0,"version":[2],"pid":4242,"host":"mac.local"} )",
-       {{"mac.local", 4242, 5000, ""}}},
-      {R"({"host":"h","pid":-1,"port":9223372036854775807,"token":"é"})", {{"h", -1, INT64_MAX, "é"}}},
-      {R"({"pid":1,"port":5000,"token":"t"})", {}},
-      {R"({"host":"h","port":5000,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"port":5000})", {}},
-      {R"({"Host":"h","pid":1,"port":5000,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"port":"5000","token":"t"})", {}},
-      {R"({"host":"h","pid":true,"port":5000,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"port":5000.5,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"port":1e300,"token":"t"})", {}},
-      {R"({"host":"h","pid":9223372036854775808,"port":5000,"token":"t"})", {}},
-      {R"({"host":1,"pid":1,"port":5000,"token":"t"})", {}},
-      {R"({"host":"h","pid":1,"port":5000,"token":null})", {}},
-      {R"([{"host":"h","pid":1,"port":5000,"token":"t"}])", {}},
-      {R"({"host":"h","pid":1,"port":5000,"token":"t"},)", {}},
-      {"", {}},
-  };
-  for (const auto& c : cas) {
-    EXPECT_TRUE(EndpointPorte::lire(c.texte) == c.lu) << c.texte;
-    const auto relu = [](const EndpointPorte& e) {
-      return EndpointPorte::lire(EcritureJSON::compacte(e.json()).value());
-    };
-    EXPECT_TRUE(!c.lu || relu(*c.lu) == c.lu) << c.texte;
+  const std::pair<const char*, EndpointPorte> cas[] = {
+      {fichierValide, {"127.0.0.1", 1, 5000, "t"}},
+      {R"( {"token":"","port":5e3,"version":[2],"pid":4242,"host":"mac.local"} )",
+       {"mac.local", 4242, 5000, ""}},
+      {R"({"host":"h","pid":-1,"port":9223372036854775807,"token":"é"})", {"h", -1, INT64_MAX, "é"}}};
+  for (const auto& [texte, endpoint] : cas) {
+    EXPECT_TRUE(EndpointPorte::lire(texte) == endpoint) << texte;
+    EXPECT_TRUE(EndpointPorte::lire(EcritureJSON::compacte(endpoint.json()).value()) == endpoint) << texte;
   }
-  EXPECT_EQ(EcritureJSON::compacte(EndpointPorte::lire(fichierValide)->json()), fichierValide);
+  EXPECT_EQ(EcritureJSON::compacte(cas[0].second.json()), fichierValide);
+  for (const char* refuse :
+       {R"({"pid":1,"port":5000,"token":"t"})", R"({"host":"h","port":5000,"token":"t"})",
+        R"({"host":"h","pid":1,"token":"t"})", R"({"host":"h","pid":1,"port":5000})",
+        R"({"host":"h","pid":1,"port":"5000","token":"t"})",
+        R"({"host":"h","pid":true,"port":5000,"token":"t"})",
+        R"({"host":"h","pid":1,"port":5000.5,"token":"t"})",
+        R"({"host":"h","pid":9223372036854775808,"port":5000,"token":"t"})",
+        R"({"host":1,"pid":1,"port":5000,"token":"t"})", R"({"host":"h","pid":1,"port":5000,"token":null})"})
+    EXPECT_FALSE(EndpointPorte::lire(refuse)) << refuse;
 }
 
 TEST(PorteControle, PorteResolue) {
-  const char* const url = "TARNAVELLE_CONTROL_URL";
-  const char* const jeton = "TARNAVELLE_CONTROL_TOKEN";
   const std::optional<PorteResolue> duFichier{{"http://127.0.0.1:5000/action", "t"}};
   struct {
-    Environnement environnement;
-    const char* fichier;  ///< null: no file
-    std::optional<PorteResolue> attendue;
+    const char* url;
+    const char* jeton;
+    std::optional<PorteResolue> attendue;  ///< beside a valid file
   } const cas[] = {
       // The environment alone decides as soon as it gives a complete URL.
-      {{{url, "http://127.0.0.1:6000/action"}}, fichierValide, {{"http://127.0.0.1:6000/action", ""}}},
-      {{{url, "http://127.0.0.1:6000"}, {jeton, "j"}}, nullptr, {{"http://127.0.0.1:6000/action", "j"}}},
-      {{{url, " http://127.0.0.1:6000/\n"}, {jeton, " j\t"}}, nullptr, {{"http://127.0.0.1:6000/action", "j"}}},
-      {{{url, "http://127.0.0.1:6000//"}}, nullptr, {{"http://127.0.0.1:6000/action", ""}}},
-      {{{url, "//http://h/x/"}}, nullptr, {{"http://h/x/action", ""}}},
-      {{{url, "https://mac.local/porte"}}, nullptr, {{"https://mac.local/porte/action", ""}}},
-      {{{url, "http://h/action/"}}, nullptr, {{"http://h/action/action", ""}}},
-      {{{url, "http://h/reaction"}}, nullptr, {{"http://h/reaction/action", ""}}},
-      {{{url, "http://[::1]:6000"}}, nullptr, {{"http://[::1]:6000/action", ""}}},
+      {"http://127.0.0.1:6000/action", "", {{"http://127.0.0.1:6000/action", ""}}},
+      {" http://127.0.0.1:6000/\n", " j\t", {{"http://127.0.0.1:6000/action", "j"}}},
+      {"//https://h/x//", "", {{"https://h/x/action", ""}}},
+      {"http://h/reaction", "", {{"http://h/reaction/action", ""}}},
+      {"http://[::1]:6000", "", {{"http://[::1]:6000/action", ""}}},
       // Without one it is forgotten, its token too.
-      {{}, fichierValide, duFichier},
-      {{{url, ""}, {jeton, "j"}}, fichierValide, duFichier},
-      {{{url, " \n"}, {jeton, "j"}}, fichierValide, duFichier},
-      {{{url, "pas une adresse"}, {jeton, "j"}}, fichierValide, duFichier},
-      {{{url, "127.0.0.1:6000"}}, fichierValide, duFichier},
-      {{{url, "http://"}}, fichierValide, duFichier},
-      {{{url, "/action"}}, fichierValide, duFichier},
-      {{{url, "http://h\uFFFD/action"}}, fichierValide, duFichier},
-      {{{url, "http://h:port"}}, nullptr, {}},
-      {{{url, "http://h:5000x"}}, nullptr, {}},
-      // The file
-      {{}, nullptr, {}},
-      {{{jeton, "j"}}, nullptr, {}},
-      {{}, R"({"host":"127.0.0.1","port":5000,"token":"t"})", {}},
-      {{}, R"({"host":"127.0.0.1","pid":1,"port":"5000","token":"t"})", {}},
-      {{}, R"({"host":"pas un hôte","pid":1,"port":5000,"token":"t"})", {}},
-      {{}, R"({"host":"","pid":1,"port":5000,"token":"t"})", {}},
-      {{}, R"({"host":"::1","pid":1,"port":5000,"token":"t"})", {}},
-      {{}, R"({"host":"[::1]","pid":1,"port":5000,"token":""})", {{"http://[::1]:5000/action", ""}}},
-      {{}, R"({"host":"h","pid":1,"port":-1,"token":"t"})", {}},
+      {"pas une adresse", "j", duFichier},
+      {"http://", "j", duFichier},
+      {"http://h\uFFFD/action", "j", duFichier},
+      {"http://h:5000x", "j", duFichier},
   };
-  for (const auto& c : cas) {
-    const DossierTemporaire maison;
-    if (c.fichier) maison.ecrire("Library/Application Support/Tarnavelle/porte-commande.json", c.fichier);
-    Environnement environnement = c.environnement;
-    environnement["HOME"] = maison.chemin().string();
-    EXPECT_TRUE(PorteControle::resoudrePorte(environnement) == c.attendue)
-        << testing::PrintToString(c.environnement) << " " << (c.fichier ? c.fichier : "sans fichier");
+  const DossierTemporaire maison;
+  const auto resoudre = [&](const char* url, const char* jeton) {
+    return PorteControle::resoudrePorte({{"HOME", maison.chemin().string()},
+                                         {"TARNAVELLE_CONTROL_URL", url},
+                                         {"TARNAVELLE_CONTROL_TOKEN", jeton}});
+  };
+  EXPECT_FALSE(resoudre("", "j"));
+  const auto ecrire = [&](std::string_view texte) {
+    maison.ecrire("Library/Application Support/Tarnavelle/porte-commande.json", texte);
+  };
+  ecrire(fichierValide);
+  for (const auto& c : cas) EXPECT_TRUE(resoudre(c.url, c.jeton) == c.attendue) << c.url;
+  ecrire(R"({"host":"[::1]","pid":1,"port":5000,"token":""})");
+  EXPECT_TRUE(resoudre("", "j") == (PorteResolue{"http://[::1]:5000/action", ""}));
+  for (const char* hote : {"pas un hôte", "", "::1"}) {
+    ecrire(EcritureJSON::compacte(EndpointPorte{hote, 1, 5000, "t"}.json()).value());
+    EXPECT_FALSE(resoudre("", "j")) << hote;
   }
 }
 

@@ -6,8 +6,8 @@
 #include <signal.h>
 
 #include <cstdio>
-#include <set>
 #include <string>
+#include <utility>
 
 #include "Agents/Interprete.hpp"
 #include "DossierTemporaire.hpp"
@@ -22,48 +22,29 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 
 /// Each is one word, or one key, that a careless line would break or run.
-const std::vector<std::string> hostiles = {"l'atelier",
-                                           "'",
-                                           "''\\'''",
-                                           "\"guillemets\" \"",
-                                           "$HOME ${PATH} $(id) `id`",
-                                           "a b\tc  ",
-                                           "\\ \\\\ \\",
-                                           "deux\nlignes\n",
-                                           "; touch intrus #",
-                                           "!! !$ *?[a] ~ {a,b}",
-                                           "é\u0301Œ🦅\u00A0",
-                                           "-H @/etc/passwd",
-                                           "=x",
-                                           "&& exit 3 || exit 4 > f",
-                                           "%s\\n\\c"};
+const std::vector<std::string> hostiles = {
+    // Quotes and spaces
+    "l'atelier", "''\\'''", "\"guillemets\" \"", "deux\nlignes\n", "a b\tc  ",
+    // What a shell replaces, or runs
+    "$HOME ${PATH} $(id) `id`", "\\ \\\\ \\", "; touch intrus #", "!! !$ *?[a] ~ {a,b}", "=x",
+    "&& exit 3 || exit 4 > f",
+    // What curl and printf read
+    "-H @/etc/passwd", "%s\\n\\c", "é\u0301Œ🦅\u00A0"};
 
 TEST(PorteDistante, LitUnEndpoint) {
   const auto avec = [](const char* host, const char* port, const char* token) {
     return R"({"host":")"s + host + R"(","pid":7,"port":)" + port + R"(,"token":")" + token + R"("})";
   };
-  const struct {
-    std::string texte;
-    std::optional<EndpointPorte> lu;
-  } cas[] = {
-      {avec("mac.local", "4242", "t"), {{"mac.local", 7, 4242, "t"}}},
-      {"\r\n\u00A0 " + avec(" \\tmac.local ", "1", " t ") + "\n\n", {{"mac.local", 7, 1, " t "}}},
-      {avec(" ", "65535", "t"), {{"127.0.0.1", 7, 65535, "t"}}},
-      {avec("", "80", "t"), {{"127.0.0.1", 7, 80, "t"}}},
-      {avec("\\n", "80", "\\n"), {{"\n", 7, 80, "\n"}}},  // a line feed is no blank
-      {avec("h", "0", "t"), {}},
-      {avec("h", "-1", "t"), {}},
-      {avec("h", "65536", "t"), {}},
-      {avec("h", "1e300", "t"), {}},
-      {avec("h", "80", ""), {}},
-      {avec("h", "80", " \\t\\u00a0"), {}},
-      {avec("h", "80", "t") + "}", {}},
-      {R"({"host":"h","port":80,"token":"t"})", {}},
-      {"cat: no such file", {}},
-      {" \n", {}},
-      {"", {}},
+  const std::pair<std::string, EndpointPorte> cas[] = {
+      {"\r\n\u00A0 " + avec(" \\tmac.local ", "1", " t ") + "\n\n", {"mac.local", 7, 1, " t "}},
+      {avec(" ", "65535", "t"), {"127.0.0.1", 7, 65535, "t"}},
+      {avec("\\n", "80", "\\n"), {"\n", 7, 80, "\n"}},  // a line feed is no blank
   };
-  for (const auto& c : cas) EXPECT_TRUE(analyserEndpoint(c.texte) == c.lu) << c.texte;
+  for (const auto& [texte, endpoint] : cas) EXPECT_TRUE(analyserEndpoint(texte) == endpoint) << texte;
+  for (const auto& refuse :
+       {avec("h", "0", "t"), avec("h", "65536", "t"), avec("h", "80", ""), avec("h", "80", " \\t\\u00a0"),
+        avec("h", "80", "t") + "}", "cat: no such file"s, ""s})
+    EXPECT_FALSE(analyserEndpoint(refuse)) << refuse;
 }
 
 TEST(PorteDistante, NeRelaieQueCinqCommandes) {
@@ -72,28 +53,17 @@ TEST(PorteDistante, NeRelaieQueCinqCommandes) {
       {{C::allerScene{""}}, R"({"action":"aller_scene","nom":""})"},
       {{C::ouvrirAgent{"codex", "~/S", "mac"}},
        R"({"action":"ouvrir_agent","cli":"codex","dossier":"~/S","hote":"mac"})"},
-      {{C::ouvrirWeb{"a.fr", false}}, R"({"action":"ouvrir_web","cible":"a.fr","externe":false})"},
       {{C::ouvrirWeb{"a.fr", true}}, R"({"action":"ouvrir_web","cible":"a.fr","externe":true})"},
       {{C::etat{}}, R"({"action":"etat","format":"json"})"},
   };
   for (const auto& [commande, corps] : relayees) EXPECT_EQ(corpsAction(commande), corps);
   EXPECT_EQ(corpsAction({C::focus{"\xFF"}}), std::nullopt);
 
-  std::set<std::string> verbes;
+  int relayes = 0;
   for (const OutilVoix& outil : C::outilsPorte())
-    if (corpsAction(C::decoder(outil.nom, "{}"))) verbes.insert(outil.nom);
-  EXPECT_EQ(verbes, (std::set<std::string>{"focus", "aller_scene", "ouvrir_agent", "ouvrir_web", "etat"}));
+    relayes += corpsAction(C::decoder(outil.nom, "{}")).has_value();
+  EXPECT_EQ(relayes, 5);
   EXPECT_EQ(corpsAction({C::inconnue{"focus"}}), std::nullopt);
-}
-
-TEST(PorteDistante, LignesEcrites) {
-  EXPECT_EQ(commandeLecture(),
-            R"(sh -c 'PATH="$PATH:$HOME/.local/bin:/opt/homebrew/bin:/usr/local/bin" cat "$HOME"/'\''Library/)"
-            R"(Application Support/Tarnavelle/porte-commande.json'\'' 2>/dev/null')");
-  EXPECT_EQ(commandeAction({"mac.local", 7, 4242, "t"}, R"({"nom":"l'atelier"})"),
-            R"(sh -c 'PATH="$PATH:$HOME/.local/bin:/opt/homebrew/bin:/usr/local/bin" curl -s -m 5 -X POST )"
-            R"('\''http://mac.local:4242/action'\'' -H '\''Authorization: Bearer t'\'' -H '\''Content-Type: )"
-            R"(application/json'\'' --data-binary '\''{"nom":"l'\''\'\'''\''atelier"}'\''')");
 }
 
 // The stand-in is only in ~/.local/bin, which the shell itself does not know.
@@ -160,105 +130,64 @@ TEST(PorteDistante, PiloteLaPorteDEssaiParCurl) {
       return analyserReponse(lancer(commandeAction(endpoint, corpsAction(commande).value())).texte);
     };
 
-    const auto sansFichier = lancer(commandeLecture());
-    EXPECT_EQ(sansFichier.texte + sansFichier.erreurs, "");
+    EXPECT_EQ(lancer(commandeLecture()).erreurs, "");
     EXPECT_FALSE(lire());
 
     EndpointPorte endpoint;
     {
       const std::string jeton = "s'\"\\$`!";
       const PorteEssai porte(maison, "--jeton " + Shell::mot(jeton));
-      const auto lu = lire();
-      ASSERT_TRUE(lu);
-      endpoint = *lu;
+      endpoint = lire().value();
       EXPECT_TRUE(endpoint == (EndpointPorte{"127.0.0.1", porte.pid(), endpoint.port, jeton}));
 
-      const auto etat = relayer(endpoint, {C::etat{}});
-      ASSERT_TRUE(etat);
-      EXPECT_TRUE(plateau(*etat) == depart);
+      EXPECT_TRUE(plateau(relayer(endpoint, {C::etat{}}).value()) == depart);
       EXPECT_EQ(depart.recit(),
                 "SCÈNE VISIBLE sur le Mac : « Sources ». Autres scènes : « Atelier ». Agents ouverts là-bas : "
                 "Merlin (au repos), Milan (sur « Atelier »). Fenêtres du cockpit : Forge.");
 
       EXPECT_EQ(relayer(endpoint, {C::allerScene{"Atelier"}}).value().spoken_text, "Scène Atelier.");
       EXPECT_EQ(plateau(relayer(endpoint, {C::etat{}}).value()).value().scene, "Atelier");
-      for (const auto& texte : hostiles) {
-        const auto refus = relayer(endpoint, {C::focus{"x" + texte + "x"}});
-        ASSERT_TRUE(refus) << texte;
-        EXPECT_NE(refus->error.value_or("").find("« x" + texte + "x »"), std::string::npos) << texte;
-      }
-
+      for (const auto& texte : hostiles)
+        EXPECT_NE(relayer(endpoint, {C::focus{texte + "x"}}).value().error.value().find(texte + "x »"),
+                  std::string::npos);
       EndpointPorte faux = endpoint;
       faux.token += "x";
-      const auto refus = relayer(faux, {C::etat{}});
-      ASSERT_TRUE(refus == ReponsePorte::echec("Jeton absent ou faux."));
-      EXPECT_FALSE(plateau(*refus));
+      EXPECT_TRUE(relayer(faux, {C::etat{}}) == ReponsePorte::echec("Jeton absent ou faux."));
     }
     // The door is gone, and its file with it.
     EXPECT_FALSE(lire());
-    const auto morte = lancer(commandeAction(endpoint, "{}"));
-    EXPECT_EQ(morte.texte + morte.erreurs, "");
-    EXPECT_EQ(morte.statut, 7);  // curl: could not connect
-    EXPECT_FALSE(analyserReponse(morte.texte));
+    EXPECT_EQ(lancer(commandeAction(endpoint, "{}")).statut, 7);  // curl: could not connect
     EXPECT_FALSE(std::filesystem::exists("intrus"));
   }
 }
 
 TEST(PorteDistante, LitUnPlateau) {
-  const struct {
-    std::string reponse;
-    std::optional<PlateauMac> plateau;
-    std::string recit;
-  } cas[] = {
-      {R"({"ok":true,"data":{"scene":"A","agents":[{"nom":"Merlin","etat":"actif"}],
-          "ailleurs":[{"nom":"Milan","scene":"B"}]}})",
-       PlateauMac{.scene = "A",
-                  .autresScenes = {},
-                  .agents = {{"Merlin", "actif"}, {"Milan", "sur « B »"}},
-                  .crew = {},
-                  .ancrages = {{"Merlin", "A", "", ""}, {"Milan", "B", "", ""}},
-                  .dossier = ""},
-       "SCÈNE VISIBLE sur le Mac : « A ». Agents ouverts là-bas : Merlin (actif), Milan (sur « B »)."},
-      // Mistyped members are empty, mistyped elements skipped; what is left is told.
-      {R"({"ok":true,"data":{"scene":3,"dossier":[],"autres_scenes":["B",1,null,["C"],"D"],"crew":"Forge",
-          "ailleurs":[{"nom":"Milan","scene":7,"tmux":"t","hote":"h","etat":"actif"},{"nom":""},"Milan"],
-          "agents":[[],{"etat":"actif"},{"nom":5},{"nom":"Merlin","etat":true,"tmux":1,"hote":"mac"}]}})",
-       PlateauMac{.scene = "",
-                  .autresScenes = {"B", "D"},
-                  .agents = {{"Merlin", ""}, {"Milan", "ailleurs"}},
-                  .crew = {},
-                  .ancrages = {{"Merlin", "", "", "mac"}, {"Milan", "", "t", "h"}},
-                  .dossier = ""},
-       "Autres scènes : « B », « D ». Agents ouverts là-bas : Merlin (), Milan (ailleurs)."},
-      {R"({"ok":true,"data":{"crew":["","Forge","Notes"],"agents":{"nom":"x"}}})",
-       PlateauMac{.scene = {},
-                  .autresScenes = {},
-                  .agents = {},
-                  .crew = {"", "Forge", "Notes"},
-                  .ancrages = {},
-                  .dossier = {}},
-       "Fenêtres du cockpit : , Forge, Notes."},
-      {R"({"ok":true,"data":{}})", {}, ""},
-      {R"({"ok":true,"data":{"dossier":"~/S","autres_scenes":[1]}})", {}, ""},
-      {R"({"ok":true,"data":[{"scene":"A"}]})", {}, ""},
-      {R"({"ok":true})", {}, ""},
-      {R"({"ok":false,"data":{"scene":"A"}})", {}, ""},
-  };
-  for (const auto& c : cas) {
-    const auto reponse = analyserReponse(" \n" + c.reponse + "\r\n");
-    ASSERT_TRUE(reponse) << c.reponse;
-    const auto lu = plateau(*reponse);
-    EXPECT_TRUE(lu == c.plateau) << c.reponse;
-    EXPECT_EQ(lu ? lu->recit() : "", c.recit) << c.reponse;
-  }
-  for (const char* illisible : {"", " \n", "curl: (7) Failed", R"({"data":{"scene":"A"}})", R"([{"ok":true}])"})
+  // Mistyped members are empty, mistyped elements skipped; what is left is told.
+  const auto lu = plateau(analyserReponse(R"( {"ok":true,"data":{"scene":3,"dossier":[],"crew":["","Forge"],
+      "autres_scenes":["B",1,null,["C"],"D"],
+      "ailleurs":[{"nom":"Milan","scene":7,"tmux":"t","hote":"h","etat":"actif"},{"nom":""},"Milan"],
+      "agents":[[],{"etat":"actif"},{"nom":5},{"nom":"Merlin","etat":true,"tmux":1,"hote":"mac"}]}} )")
+                              .value());
+  EXPECT_TRUE(lu == (PlateauMac{.scene = "",
+                                .autresScenes = {"B", "D"},
+                                .agents = {{"Merlin", ""}, {"Milan", "ailleurs"}},
+                                .crew = {"", "Forge"},
+                                .ancrages = {{"Merlin", "", "", "mac"}, {"Milan", "", "t", "h"}},
+                                .dossier = ""}));
+  EXPECT_EQ(lu->recit(),
+            "Autres scènes : « B », « D ». Agents ouverts là-bas : Merlin (), Milan (ailleurs). "
+            "Fenêtres du cockpit : , Forge.");
+  for (const char* vide :
+       {R"({"ok":true,"data":{"dossier":"~/S","autres_scenes":[1],"crew":"Forge","agents":{"nom":"x"}}})",
+        R"({"ok":true,"data":[{"scene":"A"}]})", R"({"ok":true})", R"({"ok":false,"data":{"scene":"A"}})"})
+    EXPECT_FALSE(plateau(analyserReponse(vide).value())) << vide;
+  for (const char* illisible : {"", "curl: (7) Failed", R"({"data":{"scene":"A"}})"})
     EXPECT_FALSE(analyserReponse(illisible)) << illisible;
 }
 
 TEST(PorteDistante, RelitUnEndpointPerime) {
   const EndpointPorte connu{"h", 7, 80, "t"};
   EXPECT_FALSE(doitDecouvrir(connu, 30s, false, 30s));
-  EXPECT_FALSE(doitDecouvrir(connu, 0s, false, 30s));
   EXPECT_TRUE(doitDecouvrir(connu, 30.5s, false, 30s));
   EXPECT_TRUE(doitDecouvrir(connu, 0s, true, 30s));
   EXPECT_TRUE(doitDecouvrir(connu, {}, false, 30s));

@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
 
+#include "Porte/PorteMCP.hpp"
+#include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {
@@ -14,38 +15,23 @@ namespace {
 
 using Genre = ParamVoix::Genre;
 
-std::size_t occurrences(std::string_view texte, std::string_view motif) {
-  std::size_t n = 0;
-  for (auto i = texte.find(motif); i != std::string_view::npos; i = texte.find(motif, i + motif.size())) ++n;
-  return n;
-}
-
+/// A name that shadows another is a duplicate; two verbs of one case would be a confusion.
 TEST(TableVerbes, NomsEtAliasSansDoublonNiConfusion) {
   std::set<std::string_view> noms;
+  std::set<std::size_t> cas;
   for (const LigneVerbe& ligne : tableVerbes()) {
     EXPECT_TRUE(noms.insert(ligne.outil.nom).second) << ligne.outil.nom;
-    EXPECT_EQ(CommandeControle::normaliserAction(ligne.outil.nom), ligne.outil.nom);
-  }
-  EXPECT_EQ(noms.size(), 33u);
-
-  // Aliases join the verbs' names: one that shadows a verb or another alias is a duplicate there.
-  for (const LigneVerbe& ligne : tableVerbes())
+    EXPECT_EQ(CommandeControle::canonique(ligne.outil.nom), ligne.outil.nom);
+    EXPECT_TRUE(cas.insert(CommandeControle::decoder(ligne.outil.nom, "{}").cas.index()).second);
     for (const auto alias : ligne.alias) {
       EXPECT_TRUE(noms.insert(alias).second) << alias;
       EXPECT_EQ(CommandeControle::normaliserAction(alias), alias);
       EXPECT_EQ(CommandeControle::canonique(alias), ligne.outil.nom);
     }
+  }
+  EXPECT_EQ(CommandeControle::outilsPorte().size(), 33u);
   EXPECT_EQ(CommandeControle::aliasEN().size(), 36u);
   EXPECT_EQ(noms.size(), 33u + 36u);
-}
-
-TEST(TableVerbes, ChaqueVerbeDonneSonPropreCas) {
-  std::set<std::size_t> cas;
-  for (const OutilVoix& outil : CommandeControle::outilsPorte()) {
-    const auto commande = CommandeControle::decoder(outil.nom, "{}");
-    EXPECT_FALSE(std::holds_alternative<CommandeControle::inconnue>(commande.cas)) << outil.nom;
-    EXPECT_TRUE(cas.insert(commande.cas.index()).second) << outil.nom;
-  }
 }
 
 // What is published is what is read: each declared argument changes the command, alone.
@@ -78,53 +64,25 @@ TEST(TableVerbes, DescriptionsALaLongueurConvenue) {
   }
 }
 
-// Model services and terminals show these texts as they are: one kind of apostrophe and of space.
-TEST(TableVerbes, TypographieDesTextes) {
-  const auto verifier = [](std::string_view texte) {
-    for (const char* proscrit : {"’", "“", "”", "\u00A0", "\u202F", "\n", "  ", " ,"})
-      EXPECT_EQ(texte.find(proscrit), std::string_view::npos) << proscrit << " : " << texte;
-    EXPECT_EQ(occurrences(texte, "« "), occurrences(texte, " »")) << texte;
-    EXPECT_EQ(occurrences(texte, "«"), occurrences(texte, "« ")) << texte;
-    EXPECT_EQ(occurrences(texte, "("), occurrences(texte, ")")) << texte;
-  };
-  for (const OutilVoix& outil : CommandeControle::outilsPorte()) {
-    verifier(outil.description);
-    for (const ParamVoix& p : outil.parametres) verifier(p.description);
-  }
-}
-
 TEST(OutilVoix, OutilDeFonction) {
-  const OutilVoix outil{.nom = "essai",
-                        .description = "Un essai.",
-                        .parametres = {{"b", Genre::booleen, "Deuxième", true},
-                                       {"a", Genre::texte, "Premier", false},
-                                       {"c", Genre::texte, "Troisième", true}}};
-  EXPECT_EQ(outil.json(), Json::parse(R"({
-    "type": "function", "name": "essai", "description": "Un essai.",
-    "parameters": {
-      "type": "object",
-      "properties": {"a": {"type": "string", "description": "Premier"},
-                     "b": {"type": "boolean", "description": "Deuxième"},
-                     "c": {"type": "string", "description": "Troisième"}},
-      "required": ["b", "c"]}})"));
-  EXPECT_EQ(CommandeControle::outil("taches")->schema(),
-            Json::parse(R"({"type": "object", "properties": {}, "required": []})"));
-  EXPECT_EQ(CommandeControle::outil("attendre")->json()["parameters"]["required"], Json({"agent"}));
-}
-
-TEST(OutilVoix, GenresParLeurValeurBrute) {
-  for (const auto genre : {Genre::texte, Genre::booleen}) EXPECT_EQ(genreDepuis(valeurBrute(genre)), genre);
-  EXPECT_EQ(genreDepuis("string"), Genre::texte);
+  const OutilVoix outil{
+      .nom = "essai",
+      .description = "Un essai.",
+      .parametres = {
+          {"c", Genre::texte, "C", false}, {"b", Genre::booleen, "B", true}, {"a", Genre::texte, "A", true}}};
+  EXPECT_EQ(
+      EcritureJSON::compacte(outil.json()),
+      R"({"description":"Un essai.","name":"essai","parameters":{"properties":{)"
+      R"("a":{"description":"A","type":"string"},"b":{"description":"B","type":"boolean"},)"
+      R"("c":{"description":"C","type":"string"}},"required":["b","a"],"type":"object"},"type":"function"})");
+  EXPECT_EQ(PorteMCP::outil(outil),
+            Json({{"name", "trv_essai"}, {"description", "Un essai."}, {"inputSchema", outil.schema()}}));
+  EXPECT_EQ(EcritureJSON::compacte(PorteMCP::outilGuide().schema()),
+            R"({"properties":{},"required":[],"type":"object"})");
+  // A required text is served before an optional one that stands ahead of it.
+  EXPECT_EQ(outil.arguments({{"x", "y"}, {}, {}}), Json({{"a", "x"}, {"c", "y"}}));
   EXPECT_EQ(genreDepuis("boolean"), Genre::booleen);
-  for (const char* autre : {"", "String", "texte", "number", " boolean"})
-    EXPECT_EQ(genreDepuis(autre), std::nullopt) << autre;
-}
-
-TEST(TableVerbes, OutilParSonNomExact) {
-  ASSERT_NE(CommandeControle::outil("fermer_tout"), nullptr);
-  EXPECT_EQ(CommandeControle::outil("fermer_tout")->nom, "fermer_tout");
-  for (const char* autre : {"", "Fermer", "fermer-tout", "close", "trv_etat"})
-    EXPECT_EQ(CommandeControle::outil(autre), nullptr) << autre;
+  EXPECT_EQ(genreDepuis("String"), std::nullopt);
 }
 
 }  // namespace
