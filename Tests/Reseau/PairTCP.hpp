@@ -56,19 +56,11 @@ class Connexion {
     return true;
   }
 
-  /// Orderly end of the connection, or a reset after `couperNet`.
-  void fermer() {
-    if (net_) {
-      const int neuf = ::dup(STDERR_FILENO);
-      linger immediat{1, 0};
-      ::setsockopt(fd_, SOL_SOCKET, SO_LINGER, &immediat, sizeof immediat);
-      ::dup2(neuf, fd_);  // closes the socket and keeps its number taken
-      ::close(neuf);
-    } else {
-      ::shutdown(fd_, SHUT_RDWR);
-    }
+  /// Ends it with a reset.
+  void couperNet() {
+    const sockaddr personne{.sa_family = AF_UNSPEC, .sa_data = {}};
+    ::connect(fd_, &personne, sizeof personne);
   }
-  void couperNet() { net_ = true; }
 
   /// Waits for the client's end of the connection; false when it is still open after `ms`.
   bool attendreFermeture(int ms) {
@@ -79,12 +71,20 @@ class Connexion {
 
  private:
   int fd_;
-  bool net_ = false;
 };
 
 class PairTCP {
  public:
   using Script = std::function<void(Connexion&)>;
+
+  /// Reads a request and sends these bytes; the client ends the connection if it is kept.
+  static Script envoyer(std::string octets, bool garder = false) {
+    return [octets = std::move(octets), garder](Connexion& c) {
+      c.lireRequete();
+      c.envoyer(octets);
+      if (garder) c.attendreFermeture(3000);
+    };
+  }
 
   /// The n-th connection runs the n-th script in a thread of its own; later ones run the last script.
   explicit PairTCP(std::vector<Script> scripts) : scripts_(std::move(scripts)) {
@@ -126,7 +126,7 @@ class PairTCP {
       fils_.emplace_back([fd, &script] {
         Connexion connexion(fd);
         script(connexion);
-        connexion.fermer();
+        ::shutdown(fd, SHUT_RDWR);
       });
     }
   }

@@ -1,0 +1,335 @@
+// The ear and the turn: in a world where time passes at once, then over real sockets.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <deque>
+
+#include "Hermes/ConversationHermes.hpp"
+#include "Hermes/Dire.hpp"
+#include "Hermes/EcouteNtfy.hpp"
+#include "Reseau/ServeurPython.hpp"
+
+namespace tarnavelle {
+namespace {
+
+using essai::dire;
+using Lignes = std::vector<std::string>;
+
+/// The failures of an ear and of a turn: a status, a phrase, or a stream of no use.
+template <class Echec>
+std::string direEchec(const Echec& echec) {
+  return std::visit(Selon{[](const typename Echec::http& e) { return std::to_string(e.statut); },
+                          [](const typename Echec::transport& e) { return e.phrase; },
+                          [](const auto&) -> std::string { return "tronqué"; }},
+                    echec.cas);
+}
+
+std::string dire(const OreilleNtfy::Fin& issue) {
+  using F = OreilleNtfy::Fin;
+  if (const auto* f = std::get_if<F::abandonnee>(&issue.cas)) return f->message;
+  return std::holds_alternative<F::fermee>(issue.cas) ? "fermee" : "arretee";
+}
+
+std::string dire(const IssueTour& issue) {
+  const auto* echec = std::get_if<IssueTour::echouee>(&issue.cas);
+  if (!echec) return std::holds_alternative<IssueTour::finie>(issue.cas) ? "finie" : "arretee";
+  const std::string texte = direEchec(echec->erreur);
+  if (!echec->repli) return texte + (echec->erreur.sentLaSessionRefusee() ? ", session refusée" : "");
+  return texte + (*echec->repli == RepliApresCoupure::Decision::rejouerEnCLI ? ", rejouer" : ", annoncer");
+}
+
+/// One connection: what the server answers, then what comes and after how many seconds.
+struct Ouverture {
+  std::variant<int, ErreurReseau> reponse;
+  std::deque<std::pair<double, LectureFlux>> suite = {};
+};
+
+std::pair<double, LectureFlux> ligne(double apres, std::string_view texte) {
+  return {apres, {LectureFlux::ligne{texte}}};
+}
+
+class MondeFlux : public FluxLignes {
+ public:
+  /// Once the script is over, the stream is interrupted.
+  explicit MondeFlux(std::vector<Ouverture> script) : script_(script.begin(), script.end()) {}
+
+  std::vector<std::string> journal;
+  std::vector<RequeteHTTP> requetes;
+  double secondes = 0;
+
+  void noter(const std::string& fait) { journal.push_back(std::to_string(std::lround(secondes)) + " " + fait); }
+
+  void noter(const RequeteHTTP& requete) {
+    const auto question = requete.url.find('?');
+    noter(requete.methode + (question == std::string::npos ? "" : requete.url.substr(question)));
+    requetes.push_back(requete);
+  }
+
+  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
+    if (script_.empty()) return ErreurReseau::annulee;
+    noter(requete);
+    ouverte_ = std::move(script_.front());
+    script_.pop_front();
+    dernier_ = secondes;
+    return ouverte_.reponse;
+  }
+
+  LectureFlux suivante(std::optional<std::chrono::milliseconds> attente) override {
+    auto& suite = ouverte_.suite;
+    if (suite.empty() && !attente) return {LectureFlux::perte{ErreurReseau::delaiDepasse}};
+    const double terme = attente ? secondes + std::chrono::duration<double>(*attente).count() : HUGE_VAL;
+    if (suite.empty() || dernier_ + suite.front().first > terme) {
+      secondes = terme;
+      return {LectureFlux::attente{}};
+    }
+    secondes = dernier_ += suite.front().first;
+    const LectureFlux lue = suite.front().second;
+    suite.pop_front();
+    return lue;
+  }
+
+  void fermer() override { ouverte_ = {ErreurReseau::autre}; }
+  void pauser(std::chrono::milliseconds duree) override {
+    secondes += std::chrono::duration<double>(duree).count();
+  }
+  void interrompre() override {}
+
+ private:
+  std::deque<Ouverture> script_;
+  Ouverture ouverte_{ErreurReseau::autre};
+  double dernier_ = 0;  ///< when the last of what came did
+};
+
+const std::string topic = "abcdefghijklmnopqrst-_";
+const ReglageNtfy reglage{"https://h", " " + topic + " ", "tk"};
+
+#define ICI R"(,"topic":"abcdefghijklmnopqrst-_"})"
+constexpr std::string_view open = R"(data: {"event":"open")" ICI;
+constexpr std::string_view vie = R"(data:{"event":"keepalive")" ICI;
+constexpr std::string_view a = R"(data: {"event":"message","id":"a","message":"A")" ICI;
+constexpr std::string_view b = R"(data: {"event":"message","id":"b","message":"B")" ICI;
+constexpr std::string_view etrangere = R"(data: {"event":"keepalive","topic":"autre"})";
+
+constexpr LectureFlux fin{LectureFlux::fin{}};
+constexpr LectureFlux illisible{LectureFlux::illisible{}};
+constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
+
+/// Listens to the end of the script, or to the end of the ear: what happened, and when.
+Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {},
+             int fois = 1) {
+  using E = OreilleNtfy::Etat;
+  const auto surEtat = [&](const E& etat) {
+    if (std::holds_alternative<E::ouverte>(etat.cas)) monde.noter("ouverte");
+    if (const auto* e = std::get_if<E::attente>(&etat.cas))
+      monde.noter(direEchec(e->echec) + ", " + std::to_string(std::lround(e->recul.count())));
+  };
+  OreilleNtfy oreille(monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
+                      {[&](const MessageNtfy& m) { monde.noter(m.texte); }, surEtat});
+  while (fois-- > 0) monde.noter(dire(oreille.ecouter(r, cockpit)));
+  return monde.journal;
+}
+
+TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
+  const std::string demande = "L'oreille d'Hermès se tait : le serveur refuse la demande.";
+  const std::string acces = "L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.";
+  const struct {
+    const char* nom;
+    std::vector<Ouverture> script;
+    Lignes attendu;
+  } cas[] = {
+      {"opened afresh every hour, waiting for nothing; no notice twice",
+       {{200, {ligne(0, open), ligne(3590, vie)}},
+        {201, {ligne(3599.5, a), ligne(1, b)}},
+        {200, {ligne(0, a)}},
+        {200}},
+       {"0 GET", "0 ouverte", "3600 GET?since=10s", "7200 ouverte", "7200 A", "7200 GET?since=1s",
+        "7200 ouverte", "10800 GET?since=30m", "14400 arretee"}},
+      {"a refused catch-up is tried once plainly; a retry that fails otherwise does not count against the next "
+       "catch-up",
+       {{200, {ligne(0, open), {0, fin}}}, {400}, {500}, {400}, {400}},
+       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=2s", "2 400, 0", "2 GET", "2 500, 4",
+        "6 GET?since=6s", "6 400, 0", "6 GET", "6 " + demande}},
+      {"an hour without a sign of life is no refusal",
+       {{400}, {200}, {400}},
+       {"0 GET", "0 400, 0", "0 GET", "3600 GET", "3600 400, 0", "3600 arretee"}},
+      {"whatever else fails, what was missed is asked for; 403 ends it",
+       {{200, {ligne(0, open), {0, fin}}}, {429}, {500}, {ErreurReseau::delaiDepasse}, {403}},
+       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=2s", "2 429, 60", "62 GET?since=2m", "62 500, 4",
+        "66 GET?since=2m", "66 le serveur n'a plus rien dit, 8", "74 GET?since=2m", "74 " + acces}},
+      {"redirects are not followed; 401 ends it", {{302}, {401}}, {"0 GET", "0 302, 2", "2 GET", "2 " + acces}},
+      {"back-off grows until the server gives a sign of life, which an answer alone is not",
+       {{ErreurReseau::hoteIntrouvable},
+        {ErreurReseau::racineInconnue},
+        {500},
+        {200, {ligne(0, etrangere), {0, fin}}},
+        {200, {{0, illisible}}},
+        {503},
+        {503},
+        {200, {ligne(0, vie), {0, perdue}}}},
+       {"0 GET", "0 le serveur ntfy est injoignable, 2", "2 GET", "2 la liaison chiffrée a échoué, 2", "4 GET",
+        "4 500, 4", "8 GET", "8 tronqué, 8", "16 GET", "16 tronqué, 16", "32 GET", "32 503, 32", "64 GET",
+        "64 503, 60", "124 GET", "124 ouverte", "124 la liaison réseau a été coupée, 2", "126 arretee"}},
+  };
+  for (const auto& c2 : cas) {
+    MondeFlux monde(c2.script);
+    EXPECT_EQ(vivre(monde), c2.attendu) << c2.nom;
+    for (const auto& requete : monde.requetes) {
+      EXPECT_TRUE(requete.url.starts_with("https://h/abcdefghijklmnopqrst-_/sse")) << requete.url;
+      EXPECT_EQ(requete.entetes.back(), (EnteteHTTP{"Authorization", "Bearer tk"}));
+    }
+  }
+}
+
+TEST(OreilleNtfy, NOuvreQueSIlLeFautEtRepartANeufApresUnAbandon) {
+  MondeFlux monde(std::vector<Ouverture>{{500}, {500}, {400}, {400}, {400}, {500}});
+  vivre(monde, {"http://h", reglage.topic, ""});
+  vivre(monde, reglage, {.headless = true});
+  vivre(monde, reglage, {.demo = true});
+  EXPECT_EQ(vivre(monde, reglage, {}, 2),
+            (Lignes{"0 fermee", "0 fermee", "0 fermee", "0 GET", "0 500, 2", "2 GET", "2 500, 2", "4 GET",
+                    "4 400, 0", "4 GET", "4 L'oreille d'Hermès se tait : le serveur refuse la demande.",
+                    "4 GET", "4 400, 0", "4 GET", "4 500, 2", "6 arretee"}));
+}
+
+constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";
+constexpr auto outil = R"(data: {"type":"tool.start","name":"n"})";
+constexpr auto outilFini = R"(data: {"type":"tool.end","name":"n"})";
+constexpr auto demande = R"(data: {"type":"approval.request","id":"i"})";
+constexpr auto feuVert = R"(data: {"type":"approval.responded","id":"i","approved":true})";
+constexpr auto feuRouge = R"(data: {"type":"approval.responded","id":"i","approved":false})";
+
+TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
+  const struct {
+    Ouverture ouverture;
+    std::string attendu;
+    bool feuVertDIci = false;
+  } cas[] = {
+      {{200,
+        {ligne(0, ": x"), ligne(0, texte), ligne(0, ""), ligne(0, "data: {}"), ligne(0, "data:  "),
+         ligne(0, outil), ligne(0, R"(data:{"error":"e"})"), ligne(0, R"( data: {"error":"e"})"),
+         ligne(0, R"(Data: {"error":"e"})"), ligne(0, "data: [DONE]x"), ligne(0, texte),
+         ligne(0, "data:\t[DONE] \u00A0"), ligne(0, texte)}},
+       "texte|a; outil|n|∅; erreur|e; texte|a; finie"},
+      {{400}, "400, session refusée"},
+      {{404}, "404, session refusée"},
+      {{422}, "422, session refusée"},
+      {{500}, "500"},
+      {{ErreurReseau::certificatPerime}, "la liaison chiffrée a échoué, rejouer"},
+      {{ErreurReseau::hoteIntrouvable}, "la passerelle d'Hermès est injoignable, rejouer"},
+      {{ErreurReseau::annulee}, "arretee"},
+      {{200, {ligne(0, texte), ligne(0, outil), {0, fin}}}, "texte|a; outil|n|∅; tronqué, annoncer"},
+      {{200, {ligne(0, outilFini), {0, illisible}}}, "outilFini|n; tronqué, annoncer"},
+      {{200, {ligne(0, demande), {0, fin}}}, "approbation|i|||∅|∅; tronqué, rejouer"},
+      {{200, {ligne(0, demande), {0, fin}}}, "approbation|i|||∅|∅; tronqué, annoncer", true},
+      {{200, {ligne(0, feuRouge), {0, perdue}}}, "tranchee|i|non; la liaison réseau a été coupée, rejouer"},
+      {{200, {ligne(0, feuVert), {0, perdue}}}, "tranchee|i|oui; la liaison réseau a été coupée, annoncer"},
+  };
+  const RequeteGateway::Tour demandee{.base = "http://h/v1", .message = "m", .modele = "hermes", .cle = "k"};
+  for (const auto& joue : cas) {
+    MondeFlux monde({joue.ouverture});
+    std::string vu;
+    TourHermes tour(monde);
+    const auto issue = tour.jouer(demandee, [&](const EvenementGateway& evenement) {
+      vu += dire(evenement) + "; ";
+      if (joue.feuVertDIci) tour.donnerFeuVert();
+    });
+    EXPECT_EQ(vu + dire(issue), joue.attendu);
+    EXPECT_EQ(monde.requetes, std::vector{RequeteGateway::chat(demandee)});
+  }
+}
+
+// Over real sockets, against serveur_flux.py.
+
+class ServeurFlux : public essai::ServeurPython {
+ public:
+  ServeurFlux() : ServeurPython(PYTHON, SERVEUR_FLUX) {}
+
+  /// A place of its own where that server plays a scenario.
+  std::string base(const std::string& serveur, const std::string& chemin) {
+    return (serveur == "clair" ? "http://127.0.0.1:" : "https://localhost:") + port(serveur) + "/" + chemin +
+           "/" + std::to_string(++places_);
+  }
+
+ private:
+  int places_ = 0;
+};
+
+/// Real connections, in the time of that world.
+class MondeReel final : public MondeFlux {
+ public:
+  MondeReel() : MondeFlux({}) {}
+
+  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
+    noter(requete);
+    return vrai_.ouvrir(requete);
+  }
+  LectureFlux suivante(std::optional<std::chrono::milliseconds> attente) override {
+    return vrai_.suivante(attente);
+  }
+  void fermer() override { vrai_.fermer(); }
+
+ private:
+  FluxHTTP vrai_;
+};
+
+std::string converser(const std::string& base) {
+  std::string vu;
+  const auto issue = ConversationHermes().jouer({.base = base, .message = "m", .modele = "hermes"},
+                                                [&](const auto& evenement) { vu += dire(evenement) + "; "; });
+  return vu + dire(issue);
+}
+
+TEST(HermesReel, RienDePerduNiDeDeuxFois) {
+  ServeurFlux serveur;
+  for (const char* ou : {"clair", "localhost"}) {
+    MondeReel monde;
+    EXPECT_EQ(
+        vivre(monde, {serveur.base(ou, "coupe"), topic, "tk"}),
+        (Lignes{"0 GET", "0 ouverte", "0 A é", "0 la liaison réseau a été coupée, 2", "2 GET?since=2s",
+                "2 ouverte", "2 B é", "2 C é", "2 tronqué, 2", "4 GET?since=2s", "4 ouverte", "4 tronqué, 2",
+                "6 GET?since=2s", "6 L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal."}));
+    EXPECT_EQ(converser(serveur.base(ou, "tour")), "texte|é; outil|lire|/p; finie");
+  }
+}
+
+TEST(HermesReel, NeParleQuACeluiQuOnLuiANomme) {
+  ServeurFlux serveur;
+  const std::string refus = "la liaison chiffrée a échoué, rejouer";
+  EXPECT_EQ(converser(serveur.base("ailleurs.example", "tour")), refus);
+  serveur.approuver(false);
+  EXPECT_EQ(converser(serveur.base("localhost", "tour")), refus);
+  serveur.approuver(true);
+}
+
+TEST(HermesReel, MilleDepartsNeLaissentRien) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  constexpr int departs = 60;
+#else
+  constexpr int departs = 1000;
+#endif
+  ServeurFlux serveur;
+  const auto partir = [](const std::string& base, int fois) {
+    for (int i = 0; i < fois; ++i) {
+      EcouteNtfy ecoute({});
+      ConversationHermes conversation;
+      std::thread oreille([&] { EXPECT_EQ(dire(ecoute.ecouter({base, topic, "tk"}, {})), "arretee"); });
+      std::thread tour([&] { EXPECT_EQ(dire(conversation.jouer({base, "m", "m"}, {})), "arretee"); });
+      std::this_thread::sleep_for(std::chrono::microseconds(i % 40 * 100));
+      ecoute.arreter();
+      conversation.arreter();
+      oreille.join();
+      tour.join();
+    }
+  };
+  const auto clair = serveur.base("clair", "ouverte"), chiffre = serveur.base("localhost", "ouverte");
+  partir(clair, 20);
+  partir(chiffre, 20);
+  const auto fils = essai::compter("task"), descripteurs = essai::compter("fd");
+  partir(clair, departs);
+  partir(chiffre, departs / 10);  // the authorities are read at each start
+  EXPECT_LE(essai::retomber("task", fils), fils);
+  EXPECT_LE(essai::retomber("fd", descripteurs), descripteurs);
+}
+
+}  // namespace
+}  // namespace tarnavelle
