@@ -45,7 +45,7 @@ for fichier in PREFIXE.rglob("*"):
     if fichier.suffix in (".cmake", ".pc", ".hpp"):
         assert str(BATI) not in fichier.read_text(encoding="utf-8"), fichier
 
-faire(CMAKE, "-S", EXEMPLE, "-B", f"{DOSSIER}/cmake", f"-DCMAKE_CXX_COMPILER={COMPILATEUR}",
+faire(CMAKE, "-G", "Ninja", "-S", EXEMPLE, "-B", f"{DOSSIER}/cmake", f"-DCMAKE_CXX_COMPILER={COMPILATEUR}",
       f"-DCMAKE_PREFIX_PATH={PREFIXE}")
 faire(CMAKE, "--build", f"{DOSSIER}/cmake")
 dit = faire(f"{DOSSIER}/cmake/exemple")
