@@ -71,15 +71,12 @@ std::vector<ParamVoix> parametresCommuns() {
 const std::vector<std::string_view>& principes() {
   static const std::vector<std::string_view> paragraphes = {
       "Les verbes du cockpit Tarnavelle dans un shell, par sa porte de commande : tarnavellectl en poste un, "
-      "et "
-      "montre la réponse.",
+      "et montre la réponse.",
       "Les mots donnent les paramètres d'un verbe dans l'ordre, les obligatoires d'abord ; chacun peut aussi "
-      "se "
-      "donner par son option, « --option valeur » ou « --option=valeur ». Les tirets et les soulignés se "
-      "valent, "
-      "la casse du verbe ne compte pas, et « -- » met fin aux options. Un mot qui commence par un seul tiret "
-      "reste un mot. Une valeur qui commence par deux tirets se donne avec « = ». Un drapeau se donne sans "
-      "valeur, ou avec « = » : « --valider=false ».",
+      "se donner par son option, « --option valeur » ou « --option=valeur ». Les tirets et les soulignés se "
+      "valent, la casse du verbe ne compte pas, et « -- » met fin aux options. Un mot qui commence par un "
+      "seul tiret reste un mot. Une valeur qui commence par deux tirets se donne avec « = ». Un drapeau se "
+      "donne sans valeur, ou avec « = » : « --valider=false ».",
       "La réponse est la phrase du cockpit, à défaut ses données mises en page. Un refus, et tout ce qui n'est "
       "pas la réponse, va sur la sortie d'erreur. Les caractères de contrôle venus de la porte sont montrés, "
       "« \\u001b », jamais envoyés au terminal.",

@@ -37,14 +37,12 @@ constexpr std::string_view regleAgentRegarde =
 
 constexpr std::string_view interdits =
     " INTERDIT de dire « je ne peux pas », de parler de tes outils, de transmission ou de tes limites : "
-    "appelle "
-    "l'outil en silence, puis énonce seulement le résultat.";
+    "appelle l'outil en silence, puis énonce seulement le résultat.";
 
 constexpr std::string_view limitesDuRegistre =
     "CE REGISTRE NE VAUT QUE POUR CE QUE TU DIS À L'OPÉRATEUR. Le texte que tu relaies à un agent part MOT "
-    "POUR "
-    "MOT, tel que dicté : le registre n'y touche JAMAIS, ni pour l'embellir, ni pour l'assaisonner. Les faits "
-    "que tu rapportes restent exacts, et tu appelles tes outils comme d'habitude.";
+    "POUR MOT, tel que dicté : le registre n'y touche JAMAIS, ni pour l'embellir, ni pour l'assaisonner. Les "
+    "faits que tu rapportes restent exacts, et tu appelles tes outils comme d'habitude.";
 
 }  // namespace
 

@@ -81,9 +81,8 @@ std::string phraseDeNommage(const std::vector<std::string>& sessions) {
     return "Les agents ouverts portent des noms PROPRES (Merlin, Milan, Harfang…) : nomme-les toujours par ce "
            "nom-là, JAMAIS par le nom du CLI (« claude », « codex », « grok »).";
   return "Les agents ouverts s'appellent " + noms +
-         ". Nomme-les TOUJOURS par ces noms-là, JAMAIS par le nom du CLI (« claude », « codex », « grok ») ni "
-         "par "
-         "un numéro.";
+         ". Nomme-les TOUJOURS par ces noms-là, JAMAIS par le nom du CLI (« claude », « codex », « grok ») "
+         "ni par un numéro.";
 }
 
 Json audioAppend(std::string base64) {
