@@ -19,7 +19,9 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   exiger(ecrit && LectureJSON::objet(*ecrit) == objet);
   exiger(LectureJSON::objet(EcritureJSON::lisible(*objet).value()) == objet);
 
-  if (const auto ligne = repartiteur.traiter(*objet)) {
+  const auto message = LectureJSON::objet(Texte::rogner(vue(octets, taille)), Repartiteur::membresLus);
+  exiger(message.has_value());
+  if (const auto ligne = repartiteur.traiter(*message)) {
     exiger(ligne->find('\n') == std::string::npos);
     const auto reponse = LectureJSON::objet(*ligne);
     exiger(reponse && PorteMCP::ligne(*reponse) == *ligne);

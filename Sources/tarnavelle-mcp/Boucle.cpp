@@ -18,7 +18,8 @@ std::optional<std::string> repondre(const LecteurLignes::Ligne& ligne, Repartite
   const auto texte = Texte::rogner(ligne.texte);
   if (texte.empty() && !ligne.tropLongue) return std::nullopt;
   try {
-    if (auto message = LectureJSON::objet(texte)) return repartiteur.traiter(std::move(*message));
+    if (auto message = LectureJSON::objet(texte, Repartiteur::membresLus))
+      return repartiteur.traiter(std::move(*message));
   } catch (const std::bad_alloc&) {  // a line too large for this machine
   }
   return PorteMCP::ligne(PorteMCP::erreur({}, PorteMCP::CodeErreur::illisible, "JSON illisible"));

@@ -1,6 +1,8 @@
 #include "Repartiteur.hpp"
 
+#include <array>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "ContenuReponse.hpp"
@@ -8,6 +10,8 @@
 
 namespace tarnavelle {
 namespace {
+
+constexpr std::array<std::string_view, 3> cles = {"id", "method", "params"};
 
 /// The member when it is an object, taken out of its parent; else an empty object.
 Json prendreObjet(Json& parent, std::string_view cle) {
@@ -17,6 +21,8 @@ Json prendreObjet(Json& parent, std::string_view cle) {
 }
 
 }  // namespace
+
+constinit const LectureJSON::Filtre Repartiteur::membresLus{.cles = cles, .enTeteSeulement = true};
 
 std::optional<std::string> Repartiteur::traiter(Json message) {
   auto reponse = repondre(message);

@@ -15,6 +15,9 @@ namespace tarnavelle {
 
 class Repartiteur {
  public:
+  /// What is read of a request.
+  static const LectureJSON::Filtre membresLus;
+
   /// What the dispatcher reads of the outside, asked afresh at every call.
   struct Monde {
     std::function<Variables()> environnement = Variables::duProcessus;

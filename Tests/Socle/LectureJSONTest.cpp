@@ -80,7 +80,7 @@ TEST(LectureJSON, Refuse) {
     EXPECT_FALSE(LectureJSON::valeur(texte)) << apercu(texte);
     EXPECT_FALSE(LectureJSON::booleenDeTete(texte, "ok").lisible) << apercu(texte);
     for (const auto& cles : {std::vector<std::string_view>{}, {"ok"}})  // built, or read and left out
-      EXPECT_FALSE(LectureJSON::objet(R"({"ok":true,"a":)" + texte + "}", cles)) << apercu(texte);
+      EXPECT_FALSE(LectureJSON::objet(R"({"ok":true,"a":)" + texte + "}", {cles})) << apercu(texte);
   }
   const std::string entier = R"({"é\n":[true,null,-1.5e3,"\ud83d\ude00"],"b":{"c":[]}})";
   for (std::size_t n = 0; n < entier.size(); ++n)
@@ -95,7 +95,8 @@ TEST(LectureJSON, TextesPlusLongsQuUnMorceau) {
           '"' + std::string(avant, 'x') + R"(é\ud83d\ude00\n\u00e9)" + std::string(taille, 'y') + '"';
       const auto lu = std::string(avant, 'x') + "é😀\né" + std::string(taille, 'y');
       EXPECT_EQ(LectureJSON::objet("{" + texte + ":[" + texte + "]}"), Json({{lu, {lu}}})) << avant;
-      EXPECT_EQ(LectureJSON::objet("{\"x\":" + texte + "," + texte + ":" + texte + "}", {{lu}}),
+      const std::string_view gardee = lu;
+      EXPECT_EQ(LectureJSON::objet("{\"x\":" + texte + "," + texte + ":" + texte + "}", {{&gardee, 1}}),
                 Json({{lu, lu}}))
           << avant;
       EXPECT_EQ(LectureJSON::booleenDeTete("{" + texte + ":true}", lu).valeur, true) << avant;
@@ -111,8 +112,10 @@ TEST(LectureJSON, NeGardeQueLesMembresVoulus) {
       {R"({"a":1,"a":{"c":2,"\u0062":1},"aa":1,"":1})", R"({"a":{"b":1}})"},
   };
   for (const auto& [texte, garde] : cas)
-    EXPECT_EQ(LectureJSON::objet(texte, cles), LectureJSON::valeur(garde)) << texte;
-  EXPECT_FALSE(LectureJSON::objet("[]", cles));
+    EXPECT_EQ(LectureJSON::objet(texte, {cles}), LectureJSON::valeur(garde)) << texte;
+  EXPECT_EQ(LectureJSON::objet(R"({"c":{"a":1},"b":{"c":[{"a":2,"d":3}]},"a":4})", {cles, true}),
+            LectureJSON::valeur(R"({"b":{"c":[{"a":2,"d":3}]},"a":4})"));
+  EXPECT_FALSE(LectureJSON::objet("[]", {cles}));
 }
 
 TEST(LectureJSON, BooleenDeTete) {

@@ -93,7 +93,7 @@ std::optional<std::string> cheminDArguments(const Json& objet, Cles cles) {
   for (const auto cle : cles) {
     const Json* arguments = membreDe(objet, cle, Json::value_t::object);
     std::optional<Json> lus;
-    if (const std::string* texte = Champ::chaine(objet, cle)) lus = LectureJSON::objet(*texte, clesLues);
+    if (const std::string* texte = Champ::chaine(objet, cle)) lus = LectureJSON::objet(*texte, {clesLues});
     if (lus) arguments = &*lus;
     if (!arguments) continue;
     const std::string* chemin = premierTexte(*arguments, clesChemin);
@@ -192,7 +192,7 @@ const std::string* sessionAnnoncee(const Json& objet) {
 }  // namespace
 
 EvenementGateway EvenementGateway::lire(std::string_view charge) {
-  auto objet = LectureJSON::objet(charge, clesLues);
+  auto objet = LectureJSON::objet(charge, {clesLues});
   if (!objet) return aucun();
   if (const Json* erreur = Champ::membre(*objet, "error"); erreur && !erreur->is_null())
     return lireErreur(*erreur);

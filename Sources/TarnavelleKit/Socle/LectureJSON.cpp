@@ -51,7 +51,7 @@ class Batisseur : public Gestionnaire {
   Json racine;
 
   // Written out, so that `ouverts_` is not zeroed for every document.
-  explicit Batisseur(std::span<const std::string_view> voulues) : voulues_(voulues) {}
+  explicit Batisseur(const LectureJSON::Filtre& filtre) : filtre_(filtre) {}
 
   bool on_object_begin(Erreur&) { return ouvrir(Json::value_t::object); }
   bool on_object_end(std::size_t, Erreur&) { return fermer(); }
@@ -65,7 +65,7 @@ class Batisseur : public Gestionnaire {
       accumuler(m);
       entiere = partiel_;
     }
-    if (voulues_.empty() || std::ranges::binary_search(voulues_, entiere))
+    if (voulue(entiere))
       cle_ = entiere;
     else
       ecartes_ = 1;
@@ -96,6 +96,10 @@ class Batisseur : public Gestionnaire {
   }
 
  private:
+  bool voulue(std::string_view cle) const {
+    return filtre_.cles.empty() || (filtre_.enTeteSeulement && profondeur_ > 1) ||
+           std::ranges::binary_search(filtre_.cles, cle);
+  }
   bool accumuler(Morceau m) {
     partiel_.append(m.data(), m.size());
     return true;
@@ -144,7 +148,7 @@ class Batisseur : public Gestionnaire {
 
   std::array<Json*, LectureJSON::profondeurMax> ouverts_;  // the parser refuses to go deeper
   std::size_t profondeur_ = 0;
-  std::span<const std::string_view> voulues_;
+  const LectureJSON::Filtre& filtre_;
   std::size_t ecartes_ = 0;  ///< within an unwanted member: one, and one more for each container open there
   std::string cle_;
   std::string partiel_;
@@ -224,8 +228,8 @@ bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) 
   return !erreur && analyseur.done() && lus == texte.size();
 }
 
-std::optional<Json> document(std::string_view texte, std::span<const std::string_view> cles) {
-  boost::json::basic_parser<Batisseur> analyseur(options(), cles);
+std::optional<Json> document(std::string_view texte, const LectureJSON::Filtre& filtre) {
+  boost::json::basic_parser<Batisseur> analyseur(options(), filtre);
   if (!parcourir(analyseur, texte)) return std::nullopt;
   return std::move(analyseur.handler().racine);
 }
@@ -236,8 +240,10 @@ namespace LectureJSON {
 
 std::optional<Json> valeur(std::string_view texte) { return document(texte, {}); }
 
-std::optional<Json> objet(std::string_view texte, std::span<const std::string_view> cles) {
-  auto lu = document(texte, cles);
+std::optional<Json> objet(std::string_view texte) { return objet(texte, {}); }
+
+std::optional<Json> objet(std::string_view texte, const Filtre& filtre) {
+  auto lu = document(texte, filtre);
   if (lu && !lu->is_object()) lu.reset();
   return lu;
 }

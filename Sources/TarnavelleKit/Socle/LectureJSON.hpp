@@ -27,10 +27,16 @@ inline constexpr std::size_t profondeurMax = 512;
 /// The document, or nothing when the text is unreadable. Integers that fit 64 bits keep every digit.
 std::optional<Json> valeur(std::string_view texte);
 
-/// The document when it is an object; nothing when it is anything else or unreadable. With `cles`, which
-/// must be sorted, members of any other key are read but left out, at every depth: half the time or less
-/// when few are of use.
-std::optional<Json> objet(std::string_view texte, std::span<const std::string_view> cles = {});
+/// The document when it is an object; nothing when it is anything else or unreadable.
+std::optional<Json> objet(std::string_view texte);
+
+/// The members that are of use: those of any other key are read and left out, which takes half the time or
+/// less when few remain.
+struct Filtre {
+  std::span<const std::string_view> cles;  ///< sorted
+  bool enTeteSeulement = false;            ///< the members of members are all kept
+};
+std::optional<Json> objet(std::string_view texte, const Filtre& filtre);
 
 /// What reading one boolean of a large text found.
 struct BooleenDeTete {
