@@ -1,5 +1,6 @@
 #include "Commandes.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -102,9 +103,10 @@ int guide(Session& session, const Json& arguments) {
 
 int completions(Session& session, const Json& arguments) {
   const std::string shell = Champ::texte(arguments, "shell");
-  const auto script = scriptCompletion(shell);
-  if (!script) return refuser(session, "Ni bash, ni zsh, ni fish : " + citer(shell) + ".");
-  session.sortie.rendre(*script);
+  const auto scripts = scriptsCompletion();
+  const auto script = std::ranges::find(scripts, shell, &ScriptCompletion::shell);
+  if (script == scripts.end()) return refuser(session, "Ni bash, ni zsh, ni fish : " + citer(shell) + ".");
+  session.sortie.rendre(script->texte);
   return Statut::fait;
 }
 

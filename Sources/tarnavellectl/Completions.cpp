@@ -11,6 +11,7 @@
 #include "LigneCommande.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteControle.hpp"
+#include "ScriptsCompletion.hpp"
 #include "Socle/Colonnes.hpp"
 #include "Socle/Texte.hpp"
 
@@ -126,7 +127,8 @@ class Contexte {
     } else if (commande_.locale && p.nom == "verbe") {
       liste = commandes();
     } else if (commande_.locale && p.nom == "shell") {
-      for (const char* shell : {"bash", "zsh", "fish"}) liste.push_back({shell, ""});
+      for (const ScriptCompletion& script : scriptsCompletion())
+        liste.push_back({std::string(script.shell), ""});
     }
     return liste;
   }

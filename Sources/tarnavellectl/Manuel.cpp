@@ -7,6 +7,7 @@
 #include "LigneCommande.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/GuideAgent.hpp"
+#include "Porte/PorteControle.hpp"
 #include "Porte/Version.hpp"
 #include "Socle/Colonnes.hpp"
 
@@ -95,7 +96,7 @@ std::string page() {
   page.section("ENVIRONNEMENT");
   for (const auto& [nom, sens] : Aide::variables()) page.terme(nom, sens);
   page.section("FICHIERS");
-  page.terme("~/Library/Application Support/Tarnavelle/porte-commande.json",
+  page.terme("~/" + PorteControle::cheminEndpointUsuel(),
              "L'adresse et le jeton de la porte, que le cockpit écrit quand il l'ouvre.");
   page.section("EXEMPLES");
   for (const auto exemple : GuideAgent::exemplesCLI()) page.exemple("tarnavellectl " + std::string(exemple));

@@ -1,5 +1,7 @@
 #include "ScriptsCompletion.hpp"
 
+#include <array>
+
 namespace tarnavelle {
 namespace {
 
@@ -61,11 +63,10 @@ complete -c tarnavellectl -f -a '(__tarnavellectl_proposer)'
 
 }  // namespace
 
-std::optional<std::string_view> scriptCompletion(std::string_view shell) {
-  if (shell == "bash") return bash;
-  if (shell == "zsh") return zsh;
-  if (shell == "fish") return fish;
-  return std::nullopt;
+std::span<const ScriptCompletion> scriptsCompletion() {
+  static constexpr std::array scripts{ScriptCompletion{"bash", bash}, ScriptCompletion{"zsh", zsh},
+                                      ScriptCompletion{"fish", fish}};
+  return scripts;
 }
 
 }  // namespace tarnavelle

@@ -1,12 +1,17 @@
 // What a shell loads so that it completes the client's command lines, by asking the client each time.
 #pragma once
 
-#include <optional>
+#include <span>
 #include <string_view>
 
 namespace tarnavelle {
 
-/// The script of bash, zsh or fish; nothing for another name.
-std::optional<std::string_view> scriptCompletion(std::string_view shell);
+struct ScriptCompletion {
+  std::string_view shell;  ///< its name
+  std::string_view texte;
+};
+
+/// One for each shell that is served.
+std::span<const ScriptCompletion> scriptsCompletion();
 
 }  // namespace tarnavelle

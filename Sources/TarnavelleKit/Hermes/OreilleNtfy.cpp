@@ -60,7 +60,7 @@ OreilleNtfy::Issue OreilleNtfy::suivre(const RequeteHTTP& requete, std::string_v
     if (*erreur == ErreurReseau::annulee) return arret{};
     return echecDeTransport(*erreur);
   }
-  if (const int statut = std::get<int>(ouverture); statut < 200 || statut > 299)
+  if (const int statut = std::get<int>(ouverture); !estUnSucces(statut))
     return EchecNtfy{EchecNtfy::http{statut}};
 
   const Secondes terme = horloge_() + AbonnementNtfy::rotationSocket;

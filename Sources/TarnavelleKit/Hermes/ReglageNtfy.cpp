@@ -1,30 +1,9 @@
 #include "Hermes/ReglageNtfy.hpp"
 
-#include <boost/url/parse.hpp>
-#include <boost/url/url_view.hpp>
-
-#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
+#include "Socle/URL.hpp"
 
 namespace tarnavelle {
-namespace {
-
-/// The host of a URL that a connection can be made to.
-std::optional<std::string> hoteLisible(std::string_view texte) {
-  const auto url = boost::urls::parse_uri_reference(boost::urls::string_view(texte.data(), texte.size()));
-  if (!url || url->encoded_host().empty()) return std::nullopt;
-  // The parser's own number wraps around.
-  if (const auto port = url->port(); !port.empty()) {
-    const auto n = entierDecimal({port.data(), port.size()});
-    if (!n || *n < 1 || *n > 65535) return std::nullopt;
-  }
-  // The parser takes a port that is no number as an empty port, then a path without its slash.
-  const auto chemin = url->encoded_path();
-  if (!chemin.empty() && !chemin.starts_with('/')) return std::nullopt;
-  return std::string(url->encoded_host());
-}
-
-}  // namespace
 
 std::string_view ReglageNtfy::serveurNet() const {
   auto net = Texte::rognerBlancs(serveur);
@@ -43,9 +22,9 @@ std::optional<std::string> ReglageNtfy::refus() const {
   if (canal.find_first_not_of(admis) != canal.npos)
     return "Le topic ntfy n'admet que des lettres, des chiffres, « - » et « _ ».";
   const auto s = serveurNet();
-  const auto hote = hoteLisible(s);
-  if (!hote) return "Le serveur ntfy n'est pas une adresse lisible.";
-  if (s.starts_with("https://") || (s.starts_with("http://") && estLoopback(*hote))) return std::nullopt;
+  const auto url = URL::lire(s);
+  if (!url || url->port == 0) return "Le serveur ntfy n'est pas une adresse lisible.";
+  if (s.starts_with("https://") || (s.starts_with("http://") && estLoopback(url->hote))) return std::nullopt;
   return "Le serveur ntfy doit être en https:// (http:// n'est toléré que sur la machine même).";
 }
 

@@ -1,5 +1,6 @@
 #include "Hermes/ReveilGateway.hpp"
 
+#include "Socle/RequeteHTTP.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::ReveilGateway {
@@ -19,7 +20,7 @@ std::optional<EchecGateway> apresEnv(const LectureEnvHermes& lecture) {
 
 Geste apresSante(std::optional<int> code) {
   if (code == 401 || code == 403) return abandon({EchecGateway::refusee{}});
-  if (code && *code >= 200 && *code <= 299) return {Geste::rienAFaire{}};
+  if (code && estUnSucces(*code)) return {Geste::rienAFaire{}};
   return {Geste::sonderProcessus{}};
 }
 

@@ -14,7 +14,7 @@ IssueTour TourHermes::jouer(const RequeteGateway::Tour& tour, const SurEvenement
 IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& surEvenement) {
   const auto ouverture = flux_.ouvrir(requete);
   if (const auto* erreur = std::get_if<ErreurReseau>(&ouverture)) return perdre(*erreur);
-  if (const int statut = std::get<int>(ouverture); statut < 200 || statut > 299)
+  if (const int statut = std::get<int>(ouverture); !estUnSucces(statut))
     return {IssueTour::echouee{{ErreurFluxGateway::http{statut}}, {}}};
 
   std::optional<IssueTour> issue;

@@ -1,9 +1,7 @@
 #include "Porte/PorteControle.hpp"
 
-#include <boost/url/parse.hpp>
-#include <boost/url/url_view.hpp>
-
 #include "Socle/Fichiers.hpp"
+#include "Socle/URL.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -12,13 +10,12 @@ namespace {
 constexpr std::size_t tailleEndpointMax = 64 * 1024;
 
 constexpr std::string_view cheminAction = "/action";
+constexpr std::string_view nomDossier = "Tarnavelle";
+constexpr std::string_view nomEndpoint = "porte-commande.json";
 
 bool urlComplete(std::string_view texte) {
-  const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
-  if (!url || url->encoded_host().empty()) return false;
-  // The parser takes a port that is no number as an empty port, then a path without its slash.
-  const auto chemin = url->encoded_path();
-  return chemin.empty() || chemin.starts_with('/');
+  const auto url = URL::lire(texte);
+  return url && !url->schema.empty();
 }
 
 std::string urlAction(std::string_view base) {
@@ -50,7 +47,9 @@ std::optional<EndpointPorte> EndpointPorte::lire(std::string_view texte) {
 
 Json EndpointPorte::json() const { return {{"host", host}, {"pid", pid}, {"port", port}, {"token", token}}; }
 
-std::string EndpointPorte::url() const { return "http://" + host + ":" + std::to_string(port) + "/action"; }
+std::string EndpointPorte::url() const {
+  return "http://" + host + ":" + std::to_string(port) + std::string(cheminAction);
+}
 
 namespace PorteControle {
 
@@ -60,11 +59,15 @@ std::string_view urlBase(std::string_view url) {
 }
 
 std::filesystem::path dossierSupport(const Variables& environnement) {
-  return dossierApplicationSupport(environnement) / "Tarnavelle";
+  return dossierApplicationSupport(environnement) / nomDossier;
 }
 
 std::filesystem::path cheminEndpoint(const Variables& environnement) {
-  return dossierSupport(environnement) / "porte-commande.json";
+  return dossierSupport(environnement) / nomEndpoint;
+}
+
+std::string cheminEndpointUsuel() {
+  return std::string(applicationSupport).append("/").append(nomDossier).append("/").append(nomEndpoint);
 }
 
 std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin) {

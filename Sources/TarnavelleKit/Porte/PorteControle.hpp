@@ -51,8 +51,11 @@ std::string_view urlBase(std::string_view url);
 /// gives HOME where the platform has no such folder of its own.
 std::filesystem::path dossierSupport(const Variables& environnement);
 
-/// The endpoint file, "porte-commande.json" in that folder.
+/// The endpoint file in that folder.
 std::filesystem::path cheminEndpoint(const Variables& environnement);
+
+/// The same from a home folder, for another machine or for a reader.
+std::string cheminEndpointUsuel();
 
 /// The file's record; nothing when it is missing, unreadable or larger than any real one.
 std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin);

@@ -59,8 +59,7 @@ std::string PlateauMac::recit() const {
 
 const std::string& PorteDistante::commandeLecture() {
   static const std::string commande =
-      parSh("cat \"$HOME\"/" + Shell::mot("Library/Application Support/Tarnavelle/porte-commande.json") +
-            " 2>/dev/null");
+      parSh("cat \"$HOME\"/" + Shell::mot(PorteControle::cheminEndpointUsuel()) + " 2>/dev/null");
   return commande;
 }
 

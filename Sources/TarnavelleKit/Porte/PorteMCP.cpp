@@ -121,7 +121,7 @@ Json reponseInitialize(Identifiant id) {
                                   {"serverInfo", {{"name", nomServeur}, {"version", versionServeur}}}});
 }
 
-Json reponseListe(Identifiant id) { return resultat(std::move(id), {{"tools", outilsExposes()}}); }
+Json reponseListe(Identifiant id) { return resultat(std::move(id), contenuListe()); }
 
 std::string ligne(const Json& objet) { return EcritureJSON::compacte(objet).value_or("{}"); }
 

@@ -1,14 +1,16 @@
 #include "Reseau/ClientHTTP.hpp"
 
+#include <poll.h>
+
+#include <algorithm>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
+#include <climits>
 #include <thread>
 #include <utility>
 
-#include "Reseau/ConnexionInterne.hpp"
-#include "Reseau/RequeteInterne.hpp"
+#include "Reseau/EchangeInterne.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -16,9 +18,6 @@ namespace {
 namespace http = boost::beast::http;
 using namespace interne;
 using Horloge = std::chrono::steady_clock;
-
-constexpr std::uint32_t entetesMax = 64 * 1024;  ///< bytes of reply headers that are read
-constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes asked of the socket at a time
 
 }  // namespace
 
@@ -32,9 +31,7 @@ struct ClientHTTP::Cible {
 /// its caller no longer waits for can be carried to its end by another thread.
 class ClientHTTP::Liaison {
  public:
-  explicit Liaison(Cible cible) : cible_(std::move(cible)), connexion_(boucle_, cible_.adresse.tls) {
-    tampon_.reserve(lectureMax);
-  }
+  explicit Liaison(Cible cible) : cible_(std::move(cible)), connexion_(boucle_, cible_.adresse.tls) {}
 
   const Cible& cible() const { return cible_; }
 
@@ -122,7 +119,10 @@ class ClientHTTP::Liaison {
       Erreur erreur;
       envoyes_ = connexion_.write_some(asio::buffer(requete_), erreur);
       if (erreur && erreur != asio::error::would_block) return clore();
-      if (envoyes_ == requete_.size()) return lire();
+      if (envoyes_ == requete_.size()) {
+        attendre();
+        return lire();
+      }
     }
     asio::async_write(connexion_, asio::buffer(requete_) + envoyes_, [this](Erreur erreur, std::size_t octets) {
       envoyes_ += octets;
@@ -132,35 +132,32 @@ class ClientHTTP::Liaison {
     });
   }
 
-  /// Reads what is there, then waits for more: a reply that is already here costs no turn of the loop.
+  /// Reads what comes until the reply is whole, or `echeance_`: the rest is then for who carries it on.
   void lire() {
     while (true) {
-      if (!analyseur_) {
-        analyseur_.emplace();
-        analyseur_->eager(true);
-        analyseur_->body_limit(corpsMax_);
-        analyseur_->header_limit(entetesMax);
-      }
+      if (!analyseur_) preparer(analyseur_, corpsMax_);
       Erreur erreur;
       http::read_some(connexion_, tampon_, *analyseur_, erreur);
       recu_ = recu_ || analyseur_->got_some();
-      if (erreur == asio::error::would_block) return attendreLecture();
-      if (erreur) return clore();
+      if (erreur == asio::error::would_block)
+        attendre();
+      else if (erreur)
+        return clore();
       if (analyseur_->is_done()) {
         const auto statut = analyseur_->get().result_int();
         if (statut < 100 || statut >= 200) return terminer(static_cast<int>(statut));
         analyseur_.reset();  // an interim response precedes the final one
       }
-      // A peer that never lets us wait must not outlast the caller either.
       if (Horloge::now() >= echeance_) return asio::post(boucle_, [this] { lire(); });
     }
   }
 
-  void attendreLecture() {
-    connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur erreur) {
-      if (erreur) return clore();
-      lire();
-    });
+  /// Until the peer has said something, or `echeance_`. The caller waits here and now: one system call,
+  /// where the event loop would need four.
+  void attendre() {
+    pollfd attendu{connexion_.next_layer().native_handle(), POLLIN, 0};
+    const auto reste = std::chrono::ceil<std::chrono::milliseconds>(echeance_ - Horloge::now()).count();
+    if (reste > 0) ::poll(&attendu, 1, static_cast<int>(std::min<std::int64_t>(reste, INT_MAX)));
   }
 
   void terminer(int statut) {
@@ -172,8 +169,7 @@ class ClientHTTP::Liaison {
   Cible cible_;
   asio::io_context boucle_{1};
   Connexion connexion_;
-  /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
-  boost::beast::flat_buffer tampon_{entetesMax + lectureMax};
+  TamponReponse tampon_;
   std::optional<Analyseur> analyseur_;
   std::string requete_;
   std::size_t corpsMax_ = 0;

@@ -2,12 +2,10 @@
 #include <boost/asio/ssl/error.hpp>
 #include <boost/beast/core/error.hpp>
 #include <boost/beast/http/error.hpp>
-#include <boost/url/parse.hpp>
-#include <boost/url/url_view.hpp>
 
 #include "Reseau/ConnexionInterne.hpp"
-#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
+#include "Socle/URL.hpp"
 
 namespace tarnavelle::interne {
 namespace {
@@ -51,24 +49,17 @@ ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
 }  // namespace
 
 std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view protocole) {
-  const auto url = boost::urls::parse_uri(boost::urls::string_view(texte.data(), texte.size()));
-  if (!url || url->encoded_host().empty()) return std::nullopt;
-  using boost::urls::scheme;
-  const scheme clair = boost::urls::string_to_scheme({protocole.data(), protocole.size()});
-  const bool tls = url->scheme_id() == (clair == scheme::ws ? scheme::wss : scheme::https);
-  if (!tls && url->scheme_id() != clair) return std::nullopt;
-  std::int64_t port = tls ? 443 : 80;
-  if (const auto ecrit = url->port(); !ecrit.empty())  // the parser's own number wraps around
-    port = entierDecimal({ecrit.data(), ecrit.size()}).value_or(0);
-  if (port < 1 || port > 65535) return std::nullopt;
-  std::string hote(url->host_address());
-  if (Texte::porteControle(hote)) return std::nullopt;  // a percent-encoded NUL would name another host
-  const std::string chemin(url->encoded_target());
+  auto url = URL::lire(texte);
+  if (!url || Texte::porteControle(url->hote)) return std::nullopt;  // a percent-encoded NUL: another host
+  const bool tls = url->schema == std::string(protocole) + 's';
+  if (!tls && url->schema != protocole) return std::nullopt;
+  const std::uint16_t port = url->port.value_or(tls ? 443 : 80);
+  if (port == 0) return std::nullopt;
   return Adresse{.tls = tls,
-                 .hote = std::move(hote),
-                 .port = static_cast<std::uint16_t>(port),
-                 .entete = std::string(url->encoded_host_and_port()),
-                 .chemin = chemin.starts_with('/') ? chemin : "/" + chemin};
+                 .hote = std::move(url->hote),
+                 .port = port,
+                 .entete = std::string(url->hoteEtPort),
+                 .chemin = (url->cible.starts_with('/') ? "" : "/") + std::string(url->cible)};
 }
 
 ErreurReseau classer(const Erreur& erreur) {

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <boost/asio/write.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/string.hpp>
 #include <boost/beast/http.hpp>
 #include <utility>
 #include <vector>
 
 #include "Reseau/BoucleInterne.hpp"
-#include "Reseau/RequeteInterne.hpp"
+#include "Reseau/EchangeInterne.hpp"
 #include "Socle/LecteurLignesFlux.hpp"
 
 namespace tarnavelle {
@@ -20,9 +19,6 @@ namespace http = beast::http;
 using namespace interne;
 using Horloge = std::chrono::steady_clock;
 using Echeance = std::optional<Horloge::time_point>;
-
-constexpr std::uint32_t entetesMax = 64 * 1024;  ///< bytes of the answer's headers
-constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes read at a time
 
 template <class Entetes>
 bool tousEgaux(const Entetes& entetes, http::field champ, std::string_view valeur) {
@@ -65,9 +61,7 @@ class FluxHTTP::Echange {
         requete_(octets(requete, adresse, {{"Accept-Encoding", "identity"}})),
         silence_(requete.delai),
         connexion_(boucle_, adresse.tls),
-        corps_(lectureMax) {
-    tampon_.reserve(lectureMax);
-  }
+        corps_(lectureMax) {}
 
   std::variant<int, ErreurReseau> ouvrir(const Adresse& adresse) {
     connexion_.ouvrir(adresse, std::min<std::chrono::milliseconds>(silence_, ouvertureMax),
@@ -89,10 +83,7 @@ class FluxHTTP::Echange {
 
     connexion_.dernier = Horloge::now();
     do {
-      analyseur_.emplace();
-      analyseur_->eager(true);
-      analyseur_->body_limit(boost::none);
-      analyseur_->header_limit(entetesMax);
+      preparer(analyseur_, boost::none);
       while (!analyseur_->is_header_done()) {
         if (interrompu_ || perte_ || illisible_) return perdre(ErreurReseau::autre);
         lire({});
@@ -188,8 +179,7 @@ class FluxHTTP::Echange {
   const std::chrono::milliseconds silence_;
   asio::io_context boucle_{1};
   Source connexion_;
-  /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
-  beast::flat_buffer tampon_{entetesMax + lectureMax};
+  TamponReponse tampon_;
   std::optional<http::response_parser<http::buffer_body>> analyseur_;
   std::vector<char> corps_;
   LecteurLignesFlux lignes_;

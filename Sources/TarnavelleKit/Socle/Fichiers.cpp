@@ -96,7 +96,7 @@ std::filesystem::path dossierApplicationSupport(const Variables& environnement) 
 #if defined(__APPLE__)
   if (auto support = supportDeLaPlateforme(personnel); !support.empty()) return support;
 #endif
-  return personnel / "Library/Application Support";
+  return personnel / applicationSupport;
 }
 
 }  // namespace tarnavelle

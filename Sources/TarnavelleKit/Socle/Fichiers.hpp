@@ -28,8 +28,11 @@ bool fichierExecutable(const std::filesystem::path& chemin);
 /// The user's home folder: HOME, else what the user database says. Empty when neither knows.
 std::filesystem::path dossierPersonnel(const Variables& environnement);
 
-/// The user's Application Support folder: as macOS reports it; elsewhere the home folder's
-/// "Library/Application Support". Located, never created.
+/// Where that folder is within the home folder, but for what macOS may say of the present user.
+inline constexpr std::string_view applicationSupport = "Library/Application Support";
+
+/// The user's Application Support folder: as macOS reports it; elsewhere `applicationSupport` in the home
+/// folder. Located, never created.
 std::filesystem::path dossierApplicationSupport(const Variables& environnement);
 
 }  // namespace tarnavelle

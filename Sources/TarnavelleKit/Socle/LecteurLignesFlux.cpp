@@ -64,9 +64,7 @@ void LecteurLignesFlux::oublier() {
 }
 
 std::string_view LecteurLignesFlux::rendre(std::string_view ligne) {
-  constexpr std::string_view marqueOrdreOctets = "\uFEFF";
-  if (std::exchange(premiere_, false) && ligne.starts_with(marqueOrdreOctets))
-    ligne.remove_prefix(marqueOrdreOctets.size());
+  if (std::exchange(premiere_, false)) ligne = Texte::sansMarqueDOrdre(ligne);
   if (Texte::utf8Valide(ligne)) return ligne;
   return reparee_ = Texte::reparer(ligne);
 }

@@ -1,5 +1,7 @@
 #include "Socle/LignesJSON.hpp"
 
+#include "Socle/Texte.hpp"
+
 namespace tarnavelle::LignesJSON {
 
 std::size_t parcourir(std::string_view tranche, const std::function<void(std::string_view)>& voir) {
@@ -9,10 +11,6 @@ std::size_t parcourir(std::string_view tranche, const std::function<void(std::st
   return debut;
 }
 
-std::optional<Json> objet(std::string_view ligne) {
-  constexpr std::string_view marqueOrdreOctets = "\uFEFF";
-  if (ligne.starts_with(marqueOrdreOctets)) ligne.remove_prefix(marqueOrdreOctets.size());
-  return LectureJSON::objet(ligne);
-}
+std::optional<Json> objet(std::string_view ligne) { return LectureJSON::objet(Texte::sansMarqueDOrdre(ligne)); }
 
 }  // namespace tarnavelle::LignesJSON

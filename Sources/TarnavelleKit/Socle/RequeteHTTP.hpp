@@ -1,5 +1,5 @@
-// A request as its maker hands it to whoever sends it: a plain record, for those who know what to ask and
-// nothing of the network. `Reseau` holds the clients.
+// A request as its maker hands it to whoever sends it, and what a status says: for those who know what to ask
+// and nothing of the network. `Reseau` holds the clients.
 #pragma once
 
 #include <chrono>
@@ -14,6 +14,9 @@ struct EnteteHTTP {
 
   bool operator==(const EnteteHTTP&) const = default;
 };
+
+/// Whether a status says that the request was carried out.
+constexpr bool estUnSucces(int statut) { return statut >= 200 && statut <= 299; }
 
 struct RequeteHTTP {
   std::string methode;

@@ -305,4 +305,9 @@ std::string reparer(std::string_view octets) {
   return resultat;
 }
 
+std::string_view sansMarqueDOrdre(std::string_view octets) {
+  constexpr std::string_view marque = "\uFEFF";
+  return octets.substr(octets.starts_with(marque) ? marque.size() : 0);
+}
+
 }  // namespace tarnavelle::Texte

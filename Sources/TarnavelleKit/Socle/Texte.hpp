@@ -61,4 +61,7 @@ std::size_t plageOrdinaire(std::string_view octets);
 /// The same text with each invalid byte replaced by U+FFFD.
 std::string reparer(std::string_view octets);
 
+/// What follows the byte order mark that may begin a text.
+std::string_view sansMarqueDOrdre(std::string_view octets);
+
 }  // namespace tarnavelle::Texte

@@ -1,4 +1,4 @@
-#include "Reseau/RequeteInterne.hpp"
+#include "Reseau/EchangeInterne.hpp"
 
 #include <algorithm>
 
