@@ -42,17 +42,16 @@ int rendrePhoto(const std::string& png, const Json& corps, Session& session) {
   return deposer(session, Photo::chemin(demande), png, Statut::sansReponse);
 }
 
-int rendreReussite(const ReponsePorte& reponse, const LigneCommande& ligne, const Json& corps,
-                   Session& session) {
-  const Json donnees = reponse.data ? reponse.data->json() : Json();
+int rendreReussite(const ReponsePorte& reponse, const Json& donnees, const LigneCommande& ligne,
+                   const Json& corps, Session& session) {
   if (Champ::booleen(corps, "inline", false)) {
     if (const auto png = Photo::png(donnees)) return rendrePhoto(*png, corps, session);
     if (!ligne.donnees)  // neither a sentence into the picture's file, nor broken base64 onto the terminal
       return avertir(session, "La réponse de la porte ne contient pas de photo lisible.", Statut::sansReponse);
   }
-  if (const auto dite = phrase(reponse.spoken_text); !dite.empty() && (!ligne.donnees || !reponse.data))
+  if (const auto dite = phrase(reponse.spoken_text); !dite.empty() && (!ligne.donnees || donnees.is_null()))
     session.sortie.montrer({{std::string(dite)}});
-  else if (reponse.data)
+  else if (!donnees.is_null())
     session.sortie.montrer(Affichage::exposer(donnees, session.sortie.colonnes()));
   else
     session.sortie.montrer({{"C'est fait."}});
@@ -62,11 +61,13 @@ int rendreReussite(const ReponsePorte& reponse, const LigneCommande& ligne, cons
 int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, Session& session) {
   const std::string statut = coffre.statut < 0 ? "" : " (HTTP " + std::to_string(coffre.statut) + ")";
   if (!coffre.data) return avertir(session, "La porte n'a pas répondu.", Statut::sansReponse);
-  const auto reponse = ReponsePorte::lire(*coffre.data);
+  auto document = LectureJSON::objet(*coffre.data).value_or(Json::object());
+  const Json donnees = std::exchange(document["data"], nullptr);  // laid out as it came, never copied
+  const auto reponse = ReponsePorte::depuis(document);
   if (!reponse)
     return avertir(session, "La réponse de la porte est illisible" + statut + ".", Statut::sansReponse);
   if (ligne.json) session.sortie.rendre(*coffre.data);
-  if (reponse->ok) return ligne.json ? Statut::fait : rendreReussite(*reponse, ligne, corps, session);
+  if (reponse->ok) return ligne.json ? Statut::fait : rendreReussite(*reponse, donnees, ligne, corps, session);
 
   const auto raison = phrase(reponse->error);
   session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "."

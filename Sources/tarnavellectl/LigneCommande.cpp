@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 #include <utility>
 
-#include "Porte/CommandeControle.hpp"
 #include "Proche.hpp"
 #include "Socle/Texte.hpp"
 
@@ -59,8 +57,6 @@ class Decoupage {
     if (Texte::rogner(mot).empty()) return refuser("Le verbe est vide.");
     ligne_.mot = mot;
     ligne_.commande = commande(mot);
-    drapeaux_ = ligne_.commande.locale ? ligne_.commande.outil->drapeauxBooleens()
-                                       : CommandeControle::drapeauxBooleens(mot);
   }
 
   void option(const std::string& texte) {
@@ -72,7 +68,7 @@ class Decoupage {
     const OutilVoix* outil = ligne_.commande.outil;
     if (outil)
       for (const ParamVoix& p : outil->parametres)
-        if (nomme(nom, p)) return drapeaux_.contains(p.nom) ? booleen(p, valeur) : valeurDe(p, valeur);
+        if (nomme(nom, p)) return p.genre == Genre::booleen ? booleen(p, valeur) : valeurDe(p, valeur);
     for (const OptionCommune& commune : optionsCommunes())
       if (nomme(nom, commune.parametre)) {
         if (valeur) return refuser(commeOption(commune.parametre) + " ne prend pas de valeur.");
@@ -150,7 +146,6 @@ class Decoupage {
   const std::vector<std::string>& mots_;
   std::size_t i_ = 0;
   LigneCommande ligne_;
-  std::set<std::string, std::less<>> drapeaux_;  ///< the command's options that take no value
   std::optional<FauteLigne> faute_;
 };
 
