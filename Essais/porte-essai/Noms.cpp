@@ -71,10 +71,7 @@ std::string cite(std::string_view texte) {
 }
 
 std::string enumerer(const std::vector<std::string>& textes) {
-  if (textes.empty()) return "aucun";
-  std::string liste;
-  for (const std::string& texte : textes) liste.append(liste.empty() ? "" : ", ").append(texte);
-  return liste;
+  return textes.empty() ? "aucun" : Texte::joindre(textes, ", ");
 }
 
 }  // namespace tarnavelle::PorteEssai

@@ -185,8 +185,7 @@ ReponsePorte appliquer(Monde& monde, Instant, const C::lire& c) {
   ReponsePorte refus;
   const Agent* agent = Refus::agentOuvert(monde, c.agent, refus);
   if (!agent) return refus;
-  std::string texte;
-  for (const std::string& ligne : agent->ecran()) texte.append(texte.empty() ? "" : "\n").append(ligne);
+  const std::string texte = Texte::joindre(agent->ecran(), "\n");
   const std::string phrase = texte.empty() ? "L'écran de " + agent->nom + " est vide."
                                            : agent->nom + " affiche : " + agent->ecran().back();
   return ReponsePorte::succes(
@@ -264,20 +263,16 @@ ReponsePorte appliquer(Monde& monde, Instant maintenant, const C::pondreAgent& c
 
 ReponsePorte appliquer(Monde& monde, Instant, const C::taches&) {
   Json lignes = Json::array();
-  std::string phrase;
-  for (const Tache& t : monde.taches) {
+  for (const Tache& t : monde.taches)
     lignes.push_back({{"numero", t.numero},
                       {"agent", t.nomAgent},
                       {"etat", etatDeTache(t.etat)},
                       {"prompt", Texte::tronquer(t.prompt, affichesMax)},
                       {"verify", Texte::tronquer(t.verify, affichesMax)},
                       {"note", t.note}});
-    phrase.append(phrase.empty() ? "" : " ")
-        .append(t.nomAgent)
-        .append(" : ")
-        .append(etatDeTache(t.etat))
-        .append(".");
-  }
+  const std::string phrase = Texte::joindre(monde.taches, " ", [](const Tache& t) {
+    return t.nomAgent + " : " + std::string(etatDeTache(t.etat)) + ".";
+  });
   return ReponsePorte::succes(phrase.empty() ? "Aucune tâche." : phrase, donnees({{"taches", lignes}}));
 }
 

@@ -9,6 +9,7 @@
 
 #include "Socle/Colonnes.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle::Affichage {
 namespace {
@@ -35,11 +36,7 @@ std::string texteDe(const Json& valeur) {
   if (valeur.is_string()) return valeur.get<std::string>();
   if (valeur.is_boolean()) return valeur.get<bool>() ? "oui" : "non";
   if (valeur.is_null() || (valeur.is_array() && valeur.empty())) return "—";
-  if (estListeDe(valeur, estSimple)) {
-    std::string liste;
-    for (const Json& element : valeur) liste.append(liste.empty() ? "" : ", ").append(texteDe(element));
-    return liste;
-  }
+  if (estListeDe(valeur, estSimple)) return Texte::joindre(valeur, ", ", texteDe);
   return EcritureJSON::compacte(valeur).value_or("");
 }
 

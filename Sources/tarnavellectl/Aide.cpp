@@ -6,6 +6,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Session.hpp"
 #include "Socle/Colonnes.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle::Aide {
 namespace {
@@ -118,9 +119,7 @@ std::string_view premierePhrase(std::string_view texte) {
 
 std::pair<std::string_view, std::string> alias(const OutilVoix& outil) {
   const auto autres = autresNoms(outil);
-  std::string noms;
-  for (const auto nom : autres) noms.append(noms.empty() ? "" : ", ").append(nom);
-  return {autres.empty() ? "" : autres.size() > 1 ? "Autres noms" : "Autre nom", noms};
+  return {autres.empty() ? "" : autres.size() > 1 ? "Autres noms" : "Autre nom", Texte::joindre(autres, ", ")};
 }
 
 std::string formeOption(const ParamVoix& p) {

@@ -93,11 +93,8 @@ int mener(const LigneCommande& ligne, Session& session) {
     return Statut::fait;
   }
   if (ligne.aide) return Commandes::aide(session, {{"verbe", ligne.mot}});
-  if (!ligne.laisses.empty()) {
-    std::string mots;
-    for (const std::string& mot : ligne.laisses) mots.append(mots.empty() ? "" : ", ").append(citer(mot));
-    session.erreurs.avertir("De trop, et laissé de côté : " + mots + ".");
-  }
+  if (!ligne.laisses.empty())
+    session.erreurs.avertir("De trop, et laissé de côté : " + Texte::joindre(ligne.laisses, ", ", citer) + ".");
   return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.arguments)
                                : appeler(ligne, session);
 }

@@ -69,9 +69,10 @@ int configurationMCP(Session& session, const Json& arguments) {
 
   std::string configuration;
   if (Champ::booleen(arguments, "codex", false)) {
-    for (const std::string& mot : InjectionPorte::arguments(
-             {.cli = AgentCLI::codex(), .actif = true, .binaireMCP = *pont, .porte = injectee}))
-      configuration.append(configuration.empty() ? "" : " ").append(mot == "-c" ? mot : Shell::mot(mot));
+    configuration =
+        Texte::joindre(InjectionPorte::arguments(
+                           {.cli = AgentCLI::codex(), .actif = true, .binaireMCP = *pont, .porte = injectee}),
+                       " ", [](const std::string& mot) { return mot == "-c" ? mot : Shell::mot(mot); });
   } else {
     if (!Texte::utf8Valide(*pont)) return refuser(session, "Le chemin du pont n'est pas de l'UTF-8 valide.");
     configuration = InjectionPorte::configLigne(*pont, injectee);

@@ -125,9 +125,7 @@ std::string AgentCLI::plier(std::string_view texte) {
     else if (!parmi(omis, caractere))
       resultat += caractere;
   }
-  std::string plie;
-  for (const auto mot : Texte::mots(resultat)) plie.append(plie.empty() ? "" : " ").append(mot);
-  return plie;
+  return Texte::joindre(Texte::mots(resultat), " ");
 }
 
 std::string AgentCLI::sousTitrePalette() const { return "Terminal · " + editeur; }

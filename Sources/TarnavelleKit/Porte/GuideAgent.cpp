@@ -5,6 +5,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle::GuideAgent {
 namespace {
@@ -16,19 +17,22 @@ std::string ligneOutil(const OutilVoix& outil) {
   return "- `" + std::string(PorteMCP::prefixe) + outil.nom + "` : " + outil.description + "\n";
 }
 
+/// The variables that the guide shows, in its order, and where their values are kept.
+constexpr std::pair<const char*, std::string Contexte::*> variables[] = {
+    {"TARNAVELLE_CONTROL_URL", &Contexte::urlControle}, {"TARNAVELLECTL", &Contexte::binaireCtl},
+    {"TARNAVELLE_MCP_SERVER", &Contexte::binaireMCP},   {"TARNAVELLE_NODE_ID", &Contexte::nodeId},
+    {"TARNAVELLE_AGENT_GUIDE", &Contexte::cheminGuide}, {"TARNAVELLE_MCP_CONFIG", &Contexte::cheminConfigMCP},
+};
+
 }  // namespace
 
 Contexte Contexte::depuisEnvironnement(const Variables& environnement, Defauts defauts) {
-  const auto lire = [&](const char* nom, std::string defaut = {}) {
-    return environnement.texte(nom).value_or(std::move(defaut));
-  };
-  Contexte c{.urlControle = lire("TARNAVELLE_CONTROL_URL"),
-             .binaireCtl = lire("TARNAVELLECTL", std::move(defauts.binaireCtl)),
-             .binaireMCP = lire("TARNAVELLE_MCP_SERVER", std::move(defauts.binaireMCP)),
-             .nodeId = lire("TARNAVELLE_NODE_ID"),
-             .scene = lire("TARNAVELLE_SCENE"),
-             .cheminGuide = lire("TARNAVELLE_AGENT_GUIDE"),
-             .cheminConfigMCP = lire("TARNAVELLE_MCP_CONFIG")};
+  Contexte c;
+  c.binaireCtl = std::move(defauts.binaireCtl);
+  c.binaireMCP = std::move(defauts.binaireMCP);
+  for (const auto& [nom, champ] : variables)
+    if (auto valeur = environnement.texte(nom)) c.*champ = std::move(*valeur);
+  c.scene = environnement.texte("TARNAVELLE_SCENE").value_or("");
   c.urlControle.resize(PorteControle::urlBase(c.urlControle).size());
   return c;
 }
@@ -53,22 +57,15 @@ std::string enTete(const Contexte& contexte) {
 }
 
 std::string sectionEnvironnement(const Contexte& contexte) {
-  std::string lignes;
-  const auto poser = [&](std::string_view nom, std::string_view valeur) {
-    if (valeur.empty()) return;
-    if (!lignes.empty()) lignes += "\n";
-    lignes.append("- `").append(nom).append("=").append(valeur).append("`");
-  };
-  poser("TARNAVELLE_CONTROL_URL", contexte.urlControle);
-  poser("TARNAVELLECTL", contexte.binaireCtl);
-  poser("TARNAVELLE_MCP_SERVER", contexte.binaireMCP);
-  poser("TARNAVELLE_NODE_ID", contexte.nodeId);
-  poser("TARNAVELLE_AGENT_GUIDE", contexte.cheminGuide);
-  poser("TARNAVELLE_MCP_CONFIG", contexte.cheminConfigMCP);
-  if (lignes.empty())
-    lignes =
-        "- (aucune variable de contrôle dans cet environnement : la porte est fermée, ou tu n'as pas été "
-        "lancé par le cockpit.)";
+  std::vector<std::string> connues;
+  for (const auto& [nom, champ] : variables)
+    if (const std::string& valeur = contexte.*champ; !valeur.empty())
+      connues.push_back("- `" + std::string(nom) + "=" + valeur + "`");
+  const std::string lignes =
+      connues.empty()
+          ? "- (aucune variable de contrôle dans cet environnement : la porte est fermée, ou tu n'as "
+            "pas été lancé par le cockpit.)"
+          : Texte::joindre(connues, "\n");
   return "## Environnement\n\n" + lignes +
          "\n\n`TARNAVELLE_CONTROL_TOKEN` porte le bearer de la porte. Il est dans ton environnement, jamais "
          "dans ce document : ne le recopie nulle part.\n";

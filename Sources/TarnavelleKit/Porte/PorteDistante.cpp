@@ -18,15 +18,6 @@ std::string parSh(const std::string& commande) {
 
 std::string entreGuillemets(std::string_view texte) { return "« " + std::string(texte) + " »"; }
 
-/// The elements, each written by `ecrire`, joined with ", ".
-template <class Element, class Ecrire>
-std::string enumerer(const std::vector<Element>& elements, Ecrire ecrire) {
-  std::string liste;
-  for (const Element& element : elements)
-    liste.append(&element == &elements[0] ? "" : ", ").append(ecrire(element));
-  return liste;
-}
-
 const Json::array_t& elements(const Json& objet, std::string_view cle) {
   static const Json::array_t aucun;
   const Json* membre = Champ::membre(objet, cle);
@@ -46,15 +37,13 @@ std::string PlateauMac::recit() const {
   std::vector<std::string> phrases;
   if (!scene.empty()) phrases.push_back("SCÈNE VISIBLE sur le Mac : " + entreGuillemets(scene) + ".");
   if (!autresScenes.empty())
-    phrases.push_back("Autres scènes : " + enumerer(autresScenes, entreGuillemets) + ".");
+    phrases.push_back("Autres scènes : " + Texte::joindre(autresScenes, ", ", entreGuillemets) + ".");
   if (!agents.empty())
     phrases.push_back("Agents ouverts là-bas : " +
-                      enumerer(agents, [](const auto& a) { return a.nom + " (" + a.etat + ")"; }) + ".");
-  if (!crew.empty())
-    phrases.push_back("Fenêtres du cockpit : " + enumerer(crew, [](const auto& f) { return f; }) + ".");
-  std::string recit;
-  for (const std::string& phrase : phrases) recit.append(recit.empty() ? "" : " ").append(phrase);
-  return recit;
+                      Texte::joindre(agents, ", ", [](const auto& a) { return a.nom + " (" + a.etat + ")"; }) +
+                      ".");
+  if (!crew.empty()) phrases.push_back("Fenêtres du cockpit : " + Texte::joindre(crew, ", ") + ".");
+  return Texte::joindre(phrases, " ");
 }
 
 const std::string& PorteDistante::commandeLecture() {

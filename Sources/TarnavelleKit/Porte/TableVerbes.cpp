@@ -1,10 +1,13 @@
 #include "Porte/TableVerbes.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 #include "Socle/LectureJSON.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -34,10 +37,9 @@ T premier(T valeur, std::type_identity_t<T> repli) {
 
 /// The names to spare, from both keys: the English one adds to the French one.
 std::string epargnes(Args a) {
-  std::string noms;
-  for (const char* cle : {"sauf", "except"})
-    for (const std::string& nom : liste(a, cle)) noms += (noms.empty() ? "" : ", ") + nom;
-  return noms;
+  auto noms = liste(a, "sauf");
+  std::ranges::move(liste(a, "except"), std::back_inserter(noms));
+  return Texte::joindre(noms, ", ");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Unicode text: trimming, lower case, accents, words, user-perceived characters, UTF-8 validity.
+// Unicode text: trimming, lower case, accents, words, joining, user-perceived characters, UTF-8 validity.
 //
 // Text is UTF-8 in std::string. Every function accepts invalid bytes: a byte that starts no valid
 // sequence counts as one character that is neither white space nor a letter, and is copied as it is.
@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,18 @@ std::vector<std::string_view> suitesDeLettres(std::string_view texte);
 /// Keeps the letters and numbers (Unicode L* and N*) with the combining marks that follow them, and the
 /// ASCII characters of `aussi` that no mark follows. Twice does no more than once.
 std::string lettresEtNombres(std::string_view texte, std::string_view aussi);
+
+/// The elements one after the other, each as `ecrire` writes it, with the separator between them.
+template <class Elements, class Ecrire = std::identity>
+std::string joindre(const Elements& elements, std::string_view separateur, Ecrire ecrire = {}) {
+  std::string joints;
+  std::string_view avant;
+  for (const auto& element : elements) {
+    joints.append(avant).append(ecrire(element));
+    avant = separateur;
+  }
+  return joints;
+}
 
 /// Number of user-perceived characters (extended grapheme clusters, UAX #29).
 std::size_t caracteres(std::string_view texte);

@@ -113,12 +113,10 @@ std::optional<double> nombre(const Json& objet, std::string_view cle) {
 }  // namespace
 
 std::string prompt(const MondeVoix& monde, const std::vector<std::string>& clis, AdresseVoix adresse) {
-  std::string noms;
-  for (const std::string& cli : clis) noms.append(&cli == clis.data() ? "" : ", ").append(cli);
   std::string texte(tete);
   texte.append(monde.recit.empty() ? "Le plateau est vide." : monde.recit)
       .append("\nCLIs d'agents installés : ")
-      .append(clis.empty() ? "aucun" : noms)
+      .append(clis.empty() ? "aucun" : Texte::joindre(clis, ", "))
       .append(commandes)
       .append(regles)
       .append(queue(adresse));

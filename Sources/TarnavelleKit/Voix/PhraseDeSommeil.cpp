@@ -15,10 +15,7 @@ const std::set<std::string, std::less<>>& corpusNormalise() {
 
 std::string normaliser(std::string_view texte) {
   const std::string plie = Texte::minuscules(Texte::sansAccents(texte));
-  std::string resultat;
-  for (const auto suite : Texte::suitesDeLettres(plie))
-    resultat.append(resultat.empty() ? "" : " ").append(suite);
-  return resultat;
+  return Texte::joindre(Texte::suitesDeLettres(plie), " ");
 }
 
 bool correspond(std::string_view texte) { return corpusNormalise().contains(normaliser(texte)); }

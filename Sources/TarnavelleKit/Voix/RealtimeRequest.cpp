@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/Texte.hpp"
 #include "Voix/RealtimeAudio.hpp"
 
 namespace tarnavelle::RealtimeRequest {
@@ -74,13 +75,13 @@ Json majInstructions(std::string_view instructions, DialecteRealtime dialecte) {
 
 std::string phraseDeNommage(const std::vector<std::string>& sessions) {
   std::set<std::string_view> vus;
-  std::string noms;
+  std::vector<std::string_view> noms;
   for (const std::string& nom : sessions)
-    if (vus.insert(nom).second) noms.append(vus.size() > 1 ? ", " : "").append(nom);
-  if (vus.empty())
+    if (vus.insert(nom).second) noms.push_back(nom);
+  if (noms.empty())
     return "Les agents ouverts portent des noms PROPRES (Merlin, Milan, Harfang…) : nomme-les toujours par ce "
            "nom-là, JAMAIS par le nom du CLI (« claude », « codex », « grok »).";
-  return "Les agents ouverts s'appellent " + noms +
+  return "Les agents ouverts s'appellent " + Texte::joindre(noms, ", ") +
          ". Nomme-les TOUJOURS par ces noms-là, JAMAIS par le nom du CLI (« claude », « codex », « grok ») "
          "ni par un numéro.";
 }
