@@ -35,15 +35,15 @@ struct CommandeControle {
     bool operator==(const allerScene&) const = default;
   };
   struct dicter {
-    std::string agent;
+    std::string agent;  ///< empty: the one being looked at, as for lire and resumer
     std::string texte;
     bool valider = true;
     bool operator==(const dicter&) const = default;
   };
   struct ouvrirAgent {
-    std::string cli;
-    std::string dossier;
-    std::string hote;
+    std::string cli;      ///< empty: the first installed
+    std::string dossier;  ///< empty: the current scene
+    std::string hote;     ///< empty: this machine
     bool operator==(const ouvrirAgent&) const = default;
   };
   struct ouvrirWeb {

@@ -7,42 +7,24 @@
 #include <variant>
 #include <vector>
 
+#include "Porte/CommandeControle.hpp"
+
 namespace tarnavelle {
 
 struct IntentionTarnavelle {
-  struct dicter {
-    std::string agent;  ///< here and below, empty: the one being looked at
-    std::string texte;
-    bool valider = true;
-    bool operator==(const dicter&) const = default;
-  };
-  struct focus {
-    std::string cible;
-    bool operator==(const focus&) const = default;
-  };
-  struct allerScene {
-    std::string nom;
-    bool operator==(const allerScene&) const = default;
-  };
-  struct ouvrirAgent {
-    std::string cli;      ///< empty: the first installed
-    std::string dossier;  ///< empty: the current scene
-    std::string hote;     ///< empty: this machine
-    bool operator==(const ouvrirAgent&) const = default;
-  };
-  struct ouvrirWeb {
-    std::string cible;
-    bool externe = false;
-    bool operator==(const ouvrirWeb&) const = default;
-  };
+  // What a sentence can ask of the door is the door's own command.
+  using dicter = CommandeControle::dicter;
+  using focus = CommandeControle::focus;
+  using allerScene = CommandeControle::allerScene;
+  using ouvrirAgent = CommandeControle::ouvrirAgent;
+  using ouvrirWeb = CommandeControle::ouvrirWeb;
+  using resumer = CommandeControle::resumer;
+  using etat = CommandeControle::etat;
+
   struct lire {
-    std::string agent;
-    bool depuisPrompt = false;
+    std::string agent;          ///< empty: the one being looked at
+    bool depuisPrompt = false;  ///< only since the last instruction
     bool operator==(const lire&) const = default;
-  };
-  struct resumer {
-    std::string agent;
-    bool operator==(const resumer&) const = default;
   };
   struct repli {
     std::string texte;
@@ -57,9 +39,6 @@ struct IntentionTarnavelle {
   struct inconnue {
     std::string texte;
     bool operator==(const inconnue&) const = default;
-  };
-  struct etat {
-    bool operator==(const etat&) const = default;
   };
 
   using Cas = std::variant<dicter, focus, allerScene, ouvrirAgent, ouvrirWeb, lire, resumer, repli, verdict,
