@@ -7,12 +7,14 @@
 #include "Hermes/ConversationHermes.hpp"
 #include "Hermes/Dire.hpp"
 #include "Hermes/EcouteNtfy.hpp"
-#include "Reseau/ServeurPython.hpp"
+#include "Reseau/PairTCP.hpp"
+#include "Reseau/Restes.hpp"
 
 namespace tarnavelle {
 namespace {
 
 using essai::dire;
+using essai::PairTCP;
 using Lignes = std::vector<std::string>;
 
 /// The failures of an ear and of a turn: a status, a phrase, or a stream of no use.
@@ -48,7 +50,7 @@ std::pair<double, LectureFlux> ligne(double apres, std::string_view texte) {
   return {apres, {LectureFlux::ligne{texte}}};
 }
 
-class MondeFlux : public FluxLignes {
+class MondeFlux final : public FluxLignes {
  public:
   /// Once the script is over, the stream is interrupted.
   explicit MondeFlux(std::vector<Ouverture> script) : script_(script.begin(), script.end()) {}
@@ -59,15 +61,10 @@ class MondeFlux : public FluxLignes {
 
   void noter(const std::string& fait) { journal.push_back(std::to_string(std::lround(secondes)) + " " + fait); }
 
-  void noter(const RequeteHTTP& requete) {
-    const auto question = requete.url.find('?');
-    noter(requete.methode + (question == std::string::npos ? "" : requete.url.substr(question)));
-    requetes.push_back(requete);
-  }
-
   std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
     if (script_.empty()) return ErreurReseau::annulee;
-    noter(requete);
+    noter(requete.methode + requete.url.substr(std::min(requete.url.find('?'), requete.url.size())));
+    requetes.push_back(requete);
     ouverte_ = std::move(script_.front());
     script_.pop_front();
     dernier_ = secondes;
@@ -115,8 +112,7 @@ constexpr LectureFlux illisible{LectureFlux::illisible{}};
 constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
 
 /// Listens to the end of the script, or to the end of the ear: what happened, and when.
-Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {},
-             int fois = 1) {
+Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {}) {
   using E = OreilleNtfy::Etat;
   const auto surEtat = [&](const E& etat) {
     if (std::holds_alternative<E::ouverte>(etat.cas)) monde.noter("ouverte");
@@ -125,18 +121,14 @@ Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy
   };
   OreilleNtfy oreille(monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
                       {[&](const MessageNtfy& m) { monde.noter(m.texte); }, surEtat});
-  while (fois-- > 0) monde.noter(dire(oreille.ecouter(r, cockpit)));
+  monde.noter(dire(oreille.ecouter(r, cockpit)));
   return monde.journal;
 }
 
 TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
   const std::string demande = "L'oreille d'Hermès se tait : le serveur refuse la demande.";
   const std::string acces = "L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.";
-  const struct {
-    const char* nom;
-    std::vector<Ouverture> script;
-    Lignes attendu;
-  } cas[] = {
+  const std::tuple<const char*, std::vector<Ouverture>, Lignes> cas[] = {
       {"opened afresh every hour, waiting for nothing; no notice twice",
        {{200, {ligne(0, open), ligne(3590, vie)}},
         {201, {ligne(3599.5, a), ligne(1, b)}},
@@ -144,8 +136,7 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
         {200}},
        {"0 GET", "0 ouverte", "3600 GET?since=10s", "7200 ouverte", "7200 A", "7200 GET?since=1s",
         "7200 ouverte", "10800 GET?since=30m", "14400 arretee"}},
-      {"a refused catch-up is tried once plainly; a retry that fails otherwise does not count against the next "
-       "catch-up",
+      {"a refused catch-up is tried once plainly; another failure of that does not count against the next",
        {{200, {ligne(0, open), {0, fin}}}, {400}, {500}, {400}, {400}},
        {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=2s", "2 400, 0", "2 GET", "2 500, 4",
         "6 GET?since=6s", "6 400, 0", "6 GET", "6 " + demande}},
@@ -170,9 +161,9 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
         "4 500, 4", "8 GET", "8 tronqué, 8", "16 GET", "16 tronqué, 16", "32 GET", "32 503, 32", "64 GET",
         "64 503, 60", "124 GET", "124 ouverte", "124 la liaison réseau a été coupée, 2", "126 arretee"}},
   };
-  for (const auto& c2 : cas) {
-    MondeFlux monde(c2.script);
-    EXPECT_EQ(vivre(monde), c2.attendu) << c2.nom;
+  for (const auto& [nom, script, attendu] : cas) {
+    MondeFlux monde(script);
+    EXPECT_EQ(vivre(monde), attendu) << nom;
     for (const auto& requete : monde.requetes) {
       EXPECT_TRUE(requete.url.starts_with("https://h/abcdefghijklmnopqrst-_/sse")) << requete.url;
       EXPECT_EQ(requete.entetes.back(), (EnteteHTTP{"Authorization", "Bearer tk"}));
@@ -180,15 +171,11 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
   }
 }
 
-TEST(OreilleNtfy, NOuvreQueSIlLeFautEtRepartANeufApresUnAbandon) {
-  MondeFlux monde(std::vector<Ouverture>{{500}, {500}, {400}, {400}, {400}, {500}});
+TEST(OreilleNtfy, NOuvreQueSIlLeFaut) {
+  MondeFlux monde({});
   vivre(monde, {"http://h", reglage.topic, ""});
   vivre(monde, reglage, {.headless = true});
-  vivre(monde, reglage, {.demo = true});
-  EXPECT_EQ(vivre(monde, reglage, {}, 2),
-            (Lignes{"0 fermee", "0 fermee", "0 fermee", "0 GET", "0 500, 2", "2 GET", "2 500, 2", "4 GET",
-                    "4 400, 0", "4 GET", "4 L'oreille d'Hermès se tait : le serveur refuse la demande.",
-                    "4 GET", "4 400, 0", "4 GET", "4 500, 2", "6 arretee"}));
+  EXPECT_EQ(vivre(monde, reglage, {.demo = true}), (Lignes{"0 fermee", "0 fermee", "0 fermee"}));
 }
 
 constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";
@@ -238,95 +225,38 @@ TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
   }
 }
 
-// Over real sockets, against serveur_flux.py.
+// Over real sockets.
 
-class ServeurFlux : public essai::ServeurPython {
- public:
-  ServeurFlux() : ServeurPython(PYTHON, SERVEUR_FLUX) {}
-
-  /// A place of its own where that server plays a scenario.
-  std::string base(const std::string& serveur, const std::string& chemin) {
-    return (serveur == "clair" ? "http://127.0.0.1:" : "https://localhost:") + port(serveur) + "/" + chemin +
-           "/" + std::to_string(++places_);
-  }
-
- private:
-  int places_ = 0;
-};
-
-/// Real connections, in the time of that world.
-class MondeReel final : public MondeFlux {
- public:
-  MondeReel() : MondeFlux({}) {}
-
-  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
-    noter(requete);
-    return vrai_.ouvrir(requete);
-  }
-  LectureFlux suivante(std::optional<std::chrono::milliseconds> attente) override {
-    return vrai_.suivante(attente);
-  }
-  void fermer() override { vrai_.fermer(); }
-
- private:
-  FluxHTTP vrai_;
-};
-
-std::string converser(const std::string& base) {
-  std::string vu;
-  const auto issue = ConversationHermes().jouer({.base = base, .message = "m", .modele = "hermes"},
-                                                [&](const auto& evenement) { vu += dire(evenement) + "; "; });
-  return vu + dire(issue);
+TEST(HermesReel, EntendEtConverse) {
+  std::string dit = "HTTP/1.1 200 OK\r\n\r\n";
+  for (const std::string_view l : {open, a, std::string_view(texte), std::string_view("data: [DONE]")})
+    dit.append(l).append("\n");
+  PairTCP pair({PairTCP::envoyer(dit, true)});
+  std::string entendu;
+  EcouteNtfy ecoute({[&](const MessageNtfy& m) { entendu += m.texte, ecoute.arreter(); }, {}});
+  EXPECT_EQ(dire(ecoute.ecouter({pair.url(), topic, ""}, {})), "arretee");
+  EXPECT_EQ(entendu, "A");
+  const auto issue = ConversationHermes().jouer({.base = pair.url(), .message = "m", .modele = "m"},
+                                                [&](const auto& e) { entendu += ", " + dire(e); });
+  EXPECT_EQ(entendu + ", " + dire(issue), "A, texte|a, finie");
 }
 
-TEST(HermesReel, RienDePerduNiDeDeuxFois) {
-  ServeurFlux serveur;
-  for (const char* ou : {"clair", "localhost"}) {
-    MondeReel monde;
-    EXPECT_EQ(
-        vivre(monde, {serveur.base(ou, "coupe"), topic, "tk"}),
-        (Lignes{"0 GET", "0 ouverte", "0 A é", "0 la liaison réseau a été coupée, 2", "2 GET?since=2s",
-                "2 ouverte", "2 B é", "2 C é", "2 tronqué, 2", "4 GET?since=2s", "4 ouverte", "4 tronqué, 2",
-                "6 GET?since=2s", "6 L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal."}));
-    EXPECT_EQ(converser(serveur.base(ou, "tour")), "texte|é; outil|lire|/p; finie");
-  }
-}
-
-TEST(HermesReel, NeParleQuACeluiQuOnLuiANomme) {
-  ServeurFlux serveur;
-  const std::string refus = "la liaison chiffrée a échoué, rejouer";
-  EXPECT_EQ(converser(serveur.base("ailleurs.example", "tour")), refus);
-  serveur.approuver(false);
-  EXPECT_EQ(converser(serveur.base("localhost", "tour")), refus);
-  serveur.approuver(true);
-}
-
-TEST(HermesReel, MilleDepartsNeLaissentRien) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  constexpr int departs = 60;
-#else
-  constexpr int departs = 1000;
-#endif
-  ServeurFlux serveur;
-  const auto partir = [](const std::string& base, int fois) {
-    for (int i = 0; i < fois; ++i) {
+TEST(HermesReel, DeuxCentsDepartsNeLaissentRien) {
+  const auto fils = essai::compter("task"), descripteurs = essai::compter("fd");
+  {
+    PairTCP pair({PairTCP::envoyer("HTTP/1.1 200 OK\r\n\r\n", true)});
+    for (int i = 0; i < 200; ++i) {
       EcouteNtfy ecoute({});
       ConversationHermes conversation;
-      std::thread oreille([&] { EXPECT_EQ(dire(ecoute.ecouter({base, topic, "tk"}, {})), "arretee"); });
-      std::thread tour([&] { EXPECT_EQ(dire(conversation.jouer({base, "m", "m"}, {})), "arretee"); });
+      std::thread oreille([&] { EXPECT_EQ(dire(ecoute.ecouter({pair.url(), topic, "tk"}, {})), "arretee"); });
+      std::thread tour([&] { EXPECT_EQ(dire(conversation.jouer({pair.url(), "m", "m"}, {})), "arretee"); });
       std::this_thread::sleep_for(std::chrono::microseconds(i % 40 * 100));
       ecoute.arreter();
       conversation.arreter();
       oreille.join();
       tour.join();
     }
-  };
-  const auto clair = serveur.base("clair", "ouverte"), chiffre = serveur.base("localhost", "ouverte");
-  partir(clair, 20);
-  partir(chiffre, 20);
-  const auto fils = essai::compter("task"), descripteurs = essai::compter("fd");
-  partir(clair, departs);
-  partir(chiffre, departs / 10);  // the authorities are read at each start
+  }
   EXPECT_LE(essai::retomber("task", fils), fils);
   EXPECT_LE(essai::retomber("fd", descripteurs), descripteurs);
 }

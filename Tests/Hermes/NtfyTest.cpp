@@ -16,21 +16,18 @@ namespace {
 using namespace std::chrono_literals;
 
 const std::string topic22 = "abcdefghijklmnopqrst-_";
-constexpr const char* court21 =
-    "Le topic ntfy fait 21 caractères ; il en faut au moins 22 — c'est un mot de passe, pas un nom.";
-constexpr const char* admis = "Le topic ntfy n'admet que des lettres, des chiffres, « - » et « _ ».";
-constexpr const char* illisible = "Le serveur ntfy n'est pas une adresse lisible.";
-constexpr const char* enClair =
-    "Le serveur ntfy doit être en https:// (http:// n'est toléré que sur la machine même).";
 
 TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
   const std::string e21 = std::string(20, 'a') + "e\u0301";  // 21 characters in 23 bytes
-  const struct {
-    std::string serveur, topic;
-    std::string attendu;  ///< the refusal, or the stream's root
-  } cas[] = {
+  const std::string admis = "Le topic ntfy n'admet que des lettres, des chiffres, « - » et « _ ».";
+  const std::string illisible = "Le serveur ntfy n'est pas une adresse lisible.";
+  const std::string enClair =
+      "Le serveur ntfy doit être en https:// (http:// n'est toléré que sur la machine même).";
+  const std::tuple<std::string, std::string, std::string> cas[] = {
+      // the refusal, or the stream's root
       {"nonsense", "", "Aucun topic ntfy n'est réglé : l'oreille reste fermée."},
-      {"https://h", e21, court21},
+      {"https://h", e21,
+       "Le topic ntfy fait 21 caractères ; il en faut au moins 22 — c'est un mot de passe, pas un nom."},
       {"nonsense", e21 + "a", admis},
       {"https://h", topic22 + "\n", admis},
       {"nonsense", topic22, illisible},
@@ -46,15 +43,11 @@ TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
       {"https://h//", "\u00A0" + topic22 + " ", "https://h"},
       {ReglageNtfy{}.serveur, topic22, "https://ntfy.sh"},
   };
-  for (const auto& c : cas) {
-    const ReglageNtfy reglage{c.serveur, c.topic, "jeton"};
-    const auto refus = reglage.refus();
-    const bool admise = c.attendu.starts_with("http");
-    EXPECT_EQ(refus.value_or(c.attendu), c.attendu) << c.serveur << ' ' << c.topic;
-    EXPECT_EQ(refus.has_value(), !admise) << c.serveur << ' ' << c.topic;
-    EXPECT_EQ(reglage.urlFlux(), admise ? std::optional(c.attendu + "/" + topic22 + "/sse") : std::nullopt);
+  for (const auto& [serveur, topic, attendu] : cas) {
+    const ReglageNtfy reglage{serveur, topic, "jeton"};
+    const auto suffixe = attendu.starts_with("http") ? "/" + topic22 + "/sse" : "";
+    EXPECT_EQ(reglage.refus().value_or(reglage.urlFlux().value_or("")), attendu + suffixe) << topic;
   }
-  EXPECT_TRUE(ReglageNtfy::estLoopback("::1"));
   EXPECT_EQ((ReglageNtfy{"", " " + topic22 + "yz "}.topicMasque()), "abcd…(24)");
   EXPECT_EQ((ReglageNtfy{"", topic22.substr(1)}.topicMasque()), "…(21)");
 }
@@ -69,7 +62,6 @@ TEST(MessageNtfy, Lire) {
       {R"({"event":"message","id":"x","message":"m","title":"t","topic":"a","time":1.5})", "x|1500|a|t|m", "a"},
       {R"({"event":"message","id":"x","title":"T"})", "x|0||T|T"},
       {R"({"event":"message","id":"x","title":"","message":"m","time":"7"})", "x|0||∅|m"},
-      {R"({"event":"message","id":"x","message":"m","time":-2})", "x|-2000||∅|m"},
       {R"({"event":"message","id":"x","message":"m","time":1e300})", "x|9223372036854775807||∅|m"},
       {R"({"event":"message","id":"x","message":" ","topic":7})", "x|0||∅| ", ""},
       {R"({"event":"message","id":"","message":"m"})", "rien"},
@@ -77,7 +69,6 @@ TEST(MessageNtfy, Lire) {
       {R"({"event":"message_delete","id":"x","message":"m"})", "rien"},
       {R"({"event":"open","topic":"mine"})", "vivant", "mine"},
       {R"({"event":"keepalive","topic":"other"})", "rien", "mine"},
-      {R"({"event":"message","id":"x","message":"m","topic":"Mine"})", "rien", "mine"},
       {R"({"event":"open")", "rien"},
   };
   const auto dire = [](const LectureNtfy& lecture) -> std::string {
@@ -107,35 +98,25 @@ TEST(AbonnementNtfy, Requete) {
 }
 
 TEST(AbonnementNtfy, RattrapageEtRecul) {
-  constexpr double infini = std::numeric_limits<double>::infinity();
-  const struct {
-    double secondes;
-    std::string depuis;
-  } cas[] = {
-      {-5, "1s"},   {0.999, "1s"}, {1, "1s"},     {1.2, "2s"},    {59.01, "60s"}, {60, "1m"},
-      {60.5, "2m"}, {1740, "29m"}, {1741, "30m"}, {1e300, "30m"}, {infini, ""},   {std::nan(""), ""},
-  };
-  for (const auto& c : cas)
-    EXPECT_EQ(AbonnementNtfy::depuis(AbonnementNtfy::Secondes(c.secondes)).value_or(""), c.depuis)
-        << c.secondes;
+  const std::pair<double, std::string> cas[] = {{-5, "1s"},    {1.2, "2s"},    {59.01, "60s"},
+                                                {60, "1m"},    {60.5, "2m"},   {1740, "29m"},
+                                                {1741, "30m"}, {1e300, "30m"}, {HUGE_VAL, ""}};
+  for (const auto& [secondes, depuis] : cas)
+    EXPECT_EQ(AbonnementNtfy::depuis(AbonnementNtfy::Secondes(secondes)).value_or(""), depuis) << secondes;
   EXPECT_EQ(AbonnementNtfy::depuis({}), std::nullopt);
-
   EXPECT_EQ(AbonnementNtfy::recul(std::numeric_limits<int>::min()), 2s);
   EXPECT_EQ(AbonnementNtfy::recul(std::numeric_limits<int>::max()), 60s);
 }
 
 TEST(JournalIdsNtfy, OublieDansLOrdreDArrivee) {
-  const struct {
-    int capacite;
-    std::string ids, neufs;
-  } cas[] = {{2, "abaca", "oonoo"}, {2, "abacb", "oonon"}, {0, "aabba", "onono"}, {-7, "aab", "ono"}};
-  for (const auto& c : cas) {
-    JournalIdsNtfy journal(c.capacite);
+  for (const auto& [capacite, ids, attendus] :
+       {std::tuple(2, "abaca", "oonoo"), {2, "abacb", "oonon"}, {-7, "aabba", "onono"}}) {
+    JournalIdsNtfy journal(capacite);
     EXPECT_FALSE(journal.neuf(""));
     std::string neufs;
-    for (const char id : c.ids) neufs += journal.neuf({id}) ? 'o' : 'n';
-    EXPECT_EQ(neufs, c.neufs) << c.capacite << ' ' << c.ids;
-    EXPECT_EQ(journal.compte(), static_cast<std::size_t>(std::max(c.capacite, 1)));
+    for (const char id : std::string_view(ids)) neufs += journal.neuf({id}) ? 'o' : 'n';
+    EXPECT_EQ(neufs, attendus) << capacite << ' ' << ids;
+    EXPECT_EQ(journal.compte(), static_cast<std::size_t>(std::max(capacite, 1)));
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "Reseau/NomLent.hpp"
 #include "Reseau/PairTCP.hpp"
+#include "Reseau/Restes.hpp"
 #include "Socle/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
 
@@ -17,16 +18,8 @@ using essai::PairTCP;
 using namespace std::chrono_literals;
 using Horloge = std::chrono::steady_clock;
 
-/// How long a client needs to reach the moment at which a test stops it.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr auto prelude = 500ms;
-#else
-constexpr auto prelude = 60ms;
-#endif
-
 RequeteHTTP demander(const std::string& url, std::chrono::milliseconds delai = 5s) {
-  return {
-      .methode = "GET", .url = url, .entetes = {{"Authorization", "Bearer t"}}, .corps = "", .delai = delai};
+  return {.methode = "GET", .url = url, .entetes = {}, .corps = "", .delai = delai};
 }
 
 std::string dire(ErreurReseau erreur) { return std::string(description(erreur)); }
@@ -54,46 +47,38 @@ PairTCP::Script unParUn(std::string octets, std::chrono::microseconds pause, boo
       std::this_thread::sleep_for(pause);
       if (!c.envoyer({&octet, 1})) return;
     }
-    if (garder) c.attendreFermeture(3000);
+    if (garder) c.attendreFermeture();
   };
 }
 
-const std::string ok = "HTTP/1.1 200 OK\r\n";
-const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
+const std::string ok = "HTTP/1.1 200 OK\r\n", chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
 
 TEST(FluxHTTP, DonneLesLignesEtDitCommentCelaFinit) {
-  const std::string coupee = "la connexion a été coupée";
-  const std::string echouee = "la connexion a échoué";
+  const std::string coupee = "la connexion a été coupée", echouee = "la connexion a échoué";
   const std::string longue(LecteurLignesFlux::ligneMax + 1, 'x');
-  const struct {
-    std::string octets, attendu;
-  } cas[] = {
+  const std::pair<std::string, std::string> cas[] = {
       {ok + "\r\na\r\nb", "200 a|b|fin"},
       {ok + "Content-Length: 4\r\n\r\na\rb\nc", "200 a|b|fin"},
       {ok + "Content-Length: 4\r\n\r\na\nb", "200 a|" + coupee},
       {chunked + "1\r\na\r\n3;x=y\r\nb\nc\r\n1\r\n\n\r\n0\r\nT: v\r\n\r\n", "200 ab|c|fin"},
-      {chunked + "3\r\na\nb\r\n", "200 a|" + coupee},
       {chunked + "3\r\na\nb\r\nzz\r\n", "200 a|illisible"},
-      {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n" + ok + "\r\na\n",
-       "200 a|fin"},
-      {"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:1/\r\nContent-Length: 0\r\n\r\n", "302 fin"},
+      {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Hints\r\nLink: x\r\n\r\n" + ok + "\r\na\n", "200 a|fin"},
       {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b", "200 illisible"},
       {ok + "Content-Encoding: identity\r\n\r\na\n", "200 a|fin"},
       {ok + "Transfer-Encoding: gzip, chunked\r\n\r\n1\r\na\r\n0\r\n\r\n", "200 illisible"},
       {ok + "\r\na\n" + longue, "200 a|illisible"},
       {"", coupee},
-      {ok + "Content-Le", coupee},
       {"n'importe quoi\r\n\r\n", echouee},
       {ok + "X: " + std::string(100'000, 'y') + "\r\n\r\n", echouee},
       {chunked + "1;" + std::string(300'000, 'y') + "\r\na\r\n0\r\n\r\n", "200 illisible"},
   };
-  for (const auto& c : cas) {
+  for (const auto& [octets, attendu] : cas) {
     // Whole, then so that each byte is read alone; long ones whole again.
-    PairTCP pair({PairTCP::envoyer(c.octets),
-                  c.octets.size() < 1000 ? unParUn(c.octets, 100us) : PairTCP::envoyer(c.octets)});
+    PairTCP pair(
+        {PairTCP::envoyer(octets), octets.size() < 1000 ? unParUn(octets, 100us) : PairTCP::envoyer(octets)});
     for (int fois = 1; fois <= 2; ++fois) {
       FluxHTTP flux;
-      EXPECT_EQ(suivre(flux, demander(pair.url())), c.attendu) << c.octets.substr(0, 100) << ' ' << fois;
+      EXPECT_EQ(suivre(flux, demander(pair.url())), attendu) << octets.substr(0, 100) << ' ' << fois;
       EXPECT_EQ(pair.connexions(), fois);
     }
   }
@@ -119,15 +104,12 @@ TEST(FluxHTTP, EnvoieLaRequeteTelleQuelleOuRien) {
 }
 
 TEST(FluxHTTP, UnOctetSuffitARompreLeSilence) {
-  PairTCP pair({unParUn("HTTP/1.1 200 OK\r\n\r\n:\n", 20ms, true),
-                unParUn(chunked + "00000002;abcdefgh\r\na\n", 20ms, true)});
-  for (int i = 0; i < 2; ++i) {
-    FluxHTTP flux;
-    const auto debut = Horloge::now();
-    EXPECT_EQ(suivre(flux, demander(pair.url(), 250ms)),
-              i ? "200 a|le serveur ne répond pas" : "200 :|le serveur ne répond pas");
-    EXPECT_GT(Horloge::now() - debut, 400ms);
-  }
+  // Not even one of a line.
+  PairTCP pair({unParUn(chunked + "00000002;abcdefgh\r\na\n", 20ms, true)});
+  FluxHTTP flux;
+  const auto debut = Horloge::now();
+  EXPECT_EQ(suivre(flux, demander(pair.url(), 250ms)), "200 a|le serveur ne répond pas");
+  EXPECT_GT(Horloge::now() - debut, 400ms);
 }
 
 TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
@@ -144,38 +126,22 @@ TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
   EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::perte{ErreurReseau::connexionPerdue}}));
 }
 
-/// The address of a socket that listens, its queue full: connections to it stay under way.
-std::string portBouche() {
-  sockaddr_in adresse{};
-  adresse.sin_family = AF_INET;
-  adresse.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const auto lieu = reinterpret_cast<sockaddr*>(&adresse);
-  socklen_t taille = sizeof adresse;
-  const int ecoute = ::socket(AF_INET, SOCK_STREAM, 0);
-  ::bind(ecoute, lieu, taille);
-  ::listen(ecoute, 0);
-  ::getsockname(ecoute, lieu, &taille);
-  for (int i = 0; i < 3; ++i) ::connect(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0), lieu, taille);
-  return "http://127.0.0.1:" + std::to_string(ntohs(adresse.sin_port)) + "/";  // for as long as the process
-}
-
 TEST(FluxHTTP, SArreteAToutMoment) {
   std::atomic<bool> termine = false;
   PairTCP sourd({[&](Connexion&) {
     while (!termine) std::this_thread::sleep_for(10ms);
   }});
-  PairTCP muet({PairTCP::envoyer("", true)});
-  PairTCP entame({PairTCP::envoyer(ok + "\r\na\nb", true)});
+  PairTCP muet({PairTCP::envoyer("", true)}), entame({PairTCP::envoyer(ok + "\r\na\nb", true)});
   PairTCP bavard({[&](Connexion& c) {
     c.lireRequete();
     c.envoyer(ok + "\r\n");
     while (c.envoyer(std::string(100'000, '\n'))) continue;
   }});
+  const auto fils = essai::compter("task");
   auto enorme = demander(sourd.url());
   enorme.corps.assign(16 << 20, 'x');
   const std::pair<const char*, RequeteHTTP> moments[] = {
       {"name look-up", demander("http://lent.example/")},
-      {"connection", demander(portBouche())},
       {"TLS handshake", demander("https" + sourd.url().substr(4))},
       {"sending", enorme},
       {"waiting for the answer", demander(muet.url())},
@@ -193,7 +159,7 @@ TEST(FluxHTTP, SArreteAToutMoment) {
           if (requete.url.empty()) flux.pauser(10s);
           issue = suivre(flux, requete);
         });
-        std::this_thread::sleep_for(prelude);
+        std::this_thread::sleep_for(100ms);  // to reach that moment
         arret = Horloge::now();
         flux.interrompre();
         fil.join();
@@ -204,8 +170,8 @@ TEST(FluxHTTP, SArreteAToutMoment) {
     EXPECT_LT(meilleure, 100ms) << nom;
   }
   termine = true;
-  EXPECT_EQ(essai::recherchesLentes, 3);
-  while (essai::recherchesFinies < essai::recherchesLentes) std::this_thread::sleep_for(10ms);
+  EXPECT_GE(essai::recherchesLentes, 1);
+  EXPECT_LE(essai::retomber("task", fils), fils) << "the look-ups end by themselves";
 }
 
 }  // namespace

@@ -62,11 +62,10 @@ class Connexion {
     ::connect(fd_, &personne, sizeof personne);
   }
 
-  /// Waits for the client's end of the connection; false when it is still open after `ms`.
-  bool attendreFermeture(int ms) {
+  /// Waits for the client's end of the connection.
+  void attendreFermeture() {
     pollfd attente{fd_, POLLIN, 0};
-    char octet;
-    return ::poll(&attente, 1, ms) > 0 && ::recv(fd_, &octet, 1, MSG_PEEK) <= 0;
+    ::poll(&attente, 1, 3000);
   }
 
  private:
@@ -82,7 +81,7 @@ class PairTCP {
     return [octets = std::move(octets), garder](Connexion& c) {
       c.lireRequete();
       c.envoyer(octets);
-      if (garder) c.attendreFermeture(3000);
+      if (garder) c.attendreFermeture();
     };
   }
 

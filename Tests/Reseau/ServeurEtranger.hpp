@@ -1,33 +1,41 @@
-// The WebSocket servers of serveur_websocket.py, one set per test process, and a journal of what a
-// client's callbacks tell, whatever thread they come on.
+// The WebSocket servers of serveur_websocket.py, one process of them per test process, and a journal of what
+// a client's callbacks tell, whatever thread they come on.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
 
-#include "Reseau/ServeurPython.hpp"
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+
+#include "Reseau/Restes.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::essai {
 
-class ServeurEtranger : public ServeurPython {
+class ServeurEtranger {
  public:
   static ServeurEtranger& commun() {
     static ServeurEtranger serveur;
     return serveur;
   }
 
+  /// The authorities that clients of this process trust.
+  void approuver(bool notre) const {
+    ::setenv("SSL_CERT_FILE", notre ? accueil_.at("autorite").get<std::string>().c_str() : "/nulle/part", 1);
+  }
+
   /// Where the server of that name ("clair", "tls", …) carries out a scenario.
   std::string url(const std::string& serveur, const std::string& chemin) const {
-    const bool tls = serveur != "clair" && serveur != "rapide";
-    return (tls ? "wss://localhost:" : "ws://127.0.0.1:") + port(serveur) + chemin;
+    return (serveur == "clair" ? "ws://127.0.0.1:" : "wss://localhost:") +
+           accueil_.at("ports").at(serveur).dump() + chemin;
   }
 
   /// What the server saw of the next connection to that path that ends.
-  Json rapport(const std::string& chemin) {
+  Json rapport(const std::string& chemin) const {
     while (true) {
       Json dit = ligne();
       if (dit.is_null() || dit.at("chemin") == chemin) return dit;
@@ -35,7 +43,31 @@ class ServeurEtranger : public ServeurPython {
   }
 
  private:
-  ServeurEtranger() : ServeurPython(PYTHON_WEBSOCKETS, SERVEUR_WEBSOCKET) {}
+  ServeurEtranger() { approuver(true); }
+  ~ServeurEtranger() {
+    ::kill(accueil_.value("pid", 0), SIGTERM);
+    ::pclose(sortie_);
+  }
+
+  /// The next line that the servers print.
+  Json ligne() const {
+    std::string lue;
+    for (int c = 0; c != '\n'; lue += static_cast<char>(c)) {
+      pollfd attente{::fileno(sortie_), POLLIN, 0};
+      if (::poll(&attente, 1, 10000) <= 0 || (c = std::fgetc(sortie_)) == EOF) {
+        ADD_FAILURE() << "the foreign server says nothing";
+        return nullptr;
+      }
+    }
+    return LectureJSON::valeur(lue).value_or(nullptr);
+  }
+
+  std::FILE* sortie_ = [] {
+    const auto sortie = ::popen("exec '" PYTHON_WEBSOCKETS "' '" SERVEUR_WEBSOCKET "'", "r");
+    std::setvbuf(sortie, nullptr, _IONBF, 0);  // what poll cannot see must not be held here
+    return sortie;
+  }();
+  Json accueil_ = ligne();
 };
 
 /// Words in the order they came; long ones by their length.

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <future>
 #include <thread>
 
@@ -83,11 +82,11 @@ TEST(RealtimeClient, ChaqueTrameAppelleCeQuElleDoitDansLOrdre) {
       {openai, "", {"erreur trame illisible"}},
       {openai, R"({"type":"ping"})", {"trame"}},
       {openai,
-       R"({"type":"response.output_item.done","item":{"type":"function_call","name":"lire","call_id":"c"}})",
-       {"trame", "appel lire{}c"}},
+       R"({"type":"response.output_item.done","item":{"type":"function_call","name":"lire"}})",
+       {"trame", "appel lire{}"}},
       {grok,
-       R"({"type":"response.function_call_arguments.done","name":"lire","arguments":"[]","call_id":"c"})",
-       {"trame", "appel lire[]c"}},
+       R"({"type":"response.function_call_arguments.done","name":"f","call_id":"c"})",
+       {"trame", "appel f{}c"}},
       {openai, accepte, {"trame", "pret"}},
   };
   for (const auto& c : cas) {
@@ -173,22 +172,19 @@ TEST(RealtimeClient, DitLesPannesDuTransport) {
   session.transport->rappels.surChute("coupée");
   EXPECT_EQ(session.lignes, (Lignes{"erreur pleine", "erreur coupée", "fermeture coupée"}));
   EXPECT_EQ(session.transport->fermetures, 0);
-  Session autre;
-  autre.fermerA = "erreur coupée";
-  autre.transport->rappels.surChute("coupée");
-  EXPECT_EQ(autre.lignes, Lignes{"erreur coupée"});
+  Session ferme;
+  ferme.fermerA = "erreur coupée";
+  ferme.transport->rappels.surChute("coupée");
+  EXPECT_EQ(ferme.lignes, Lignes{"erreur coupée"});
 }
 
 TEST(RealtimeClient, SArreteASonPlafond) {
-  for (const auto& [cap, ecrit] :
-       {std::pair<std::chrono::milliseconds, const char*>{90s, "90"}, {1500ms, "1,5"}, {50ms, "0,05"}}) {
+  for (const auto& [cap, ecrit] : {std::pair(90000ms, "90"), {1500ms, "1,5"}, {50ms, "0,05"}}) {
     Session session(RealtimeProvider::openai(), [c = cap](RealtimeClient::Reglages& r) { r.cap = c; });
     EXPECT_EQ(session.cap, cap);
-    session.echoir();
+    for (int i = 0; i < 2; ++i) session.echoir();
     EXPECT_EQ(session.lignes, Lignes{std::string("erreur plafond de session (") + ecrit + " s) atteint"});
     EXPECT_EQ(session.transport->fermetures, 1);
-    session.echoir();
-    EXPECT_EQ(session.lignes.size(), 1U);
   }
   Session sans(RealtimeProvider::openai(), [](RealtimeClient::Reglages& r) { r.cap.reset(); });
   EXPECT_FALSE(sans.echoir);
@@ -209,23 +205,6 @@ TEST(RealtimeClient, MortNEstPlusTouche) {
   });
   EXPECT_EQ(autre.recevoir(termine), (Lignes{"usage 4", "fini"}));
   EXPECT_EQ(autre.transport->fermetures, 1);
-}
-
-TEST(RealtimeClient, SeFermeDUnAutreFilPendantLesTrames) {
-  for (int tour = 0; tour < 200; ++tour) {
-    std::atomic<int> appels = 0;
-    Session session(RealtimeProvider::openai(), [&](RealtimeClient::Reglages& r) {
-      r.handlers = essai::handlersVers([&](const std::string&) { ++appels; });
-    });
-    std::thread reseau([&] {
-      for (int i = 0; i < 20; ++i) session.transport->rappels.surTexte(accepte);
-    });
-    while (appels < tour % 20) std::this_thread::yield();
-    session.client->close();
-    const int alors = appels;
-    reseau.join();
-    EXPECT_LE(appels, alors + 1) << "only the one that had begun";
-  }
 }
 
 TEST(Minuterie, AppelleUneFoisOuPas) {

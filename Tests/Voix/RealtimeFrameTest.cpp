@@ -27,7 +27,6 @@ TEST(RealtimeFrame, LesCasDeBord) {
       {R"({"type":"error","error":"plein"})", {F::error{"plein"}}},
       {R"({"type":"error","error":{"message":7},"message":"x"})", {F::error{"erreur Realtime"}}},
       {R"({"type":7})", illisible},
-      {R"([{"type":"session.created"}])", illisible},
       {"{\"type\":\"session.created\",\"x\":\"\xFF\"}", illisible},
       {std::string(1 << 20, '['), illisible},
   };
@@ -40,7 +39,6 @@ TEST(RealtimeFrame, ChaqueDialecteAUneSourceDAppels) {
   const std::pair<std::string, F> cas[] = {
       {R"(,"name":"shell","arguments":"{\"a\":1}","call_id":"c1")", {F::toolCall{"shell", R"({"a":1})", "c1"}}},
       {R"(,"name":["shell"],"arguments":{},"call_id":1)", {F::toolCall{"", "{}", ""}}},
-      {R"(,"name":"etat","arguments":"","call_id":"c2")", {F::toolCall{"etat", "", "c2"}}},
   };
   for (const auto& [champs, attendu] : cas) {
     const auto element =
@@ -58,11 +56,9 @@ TEST(LectureTrame, RelevesAnnexes) {
       {R"({"type":"conversation.item.created","item":{"id":"i1"},"item_id":"i2"})", {{}, "i1"}},
       {R"({"type":"conversation.item.added","item":{"id":""},"item_id":"i2"})", {{}, "i2"}},
       {R"({"type":"conversation.item.added","item":{"id":1}})", {}},
-      {R"({"type":"conversation.item.done","item":{"id":"i1"}})", {}},
       {R"({"type":"x","transcript":"conversation.item.input_audio_transcription.completed"})", {}},
       {R"({"type" : "input_audio_buffer.speech_stopped"})", {{}, {}, {}, false}},
       {R"(["input_audio_buffer.speech_stopped","input_audio_buffer.speech_started"])", {{}, {}, {}, true}},
-      {R"({"type":"response.done","response":{"usage":null}})", {}},
   };
   for (auto& [texte, attendue] : cas) {
     attendue.trame = F::decode(texte, openai);  // tried above
