@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "Agents/Interprete.hpp"
-#include "Agents/Montrer.hpp"
 #include "DossierTemporaire.hpp"
 #include "Socle/EcritureJSON.hpp"
 
@@ -23,39 +22,24 @@ std::string repeter(std::size_t fois, std::string_view motif) {
   return texte;
 }
 
-const std::string journalMilan = "$HOME/.tarnavelle/vol/Milan.jsonl";
-
 TEST(CarnetDeVol, NomSur) {
-  const struct {
-    std::string nom;
-    std::string sur;
-  } cas[] = {
+  const std::pair<std::string, std::string> cas[] = {
       {"Milan 2/é!", "Milan2é"},
-      {"///", "session"},
       {"tarnavelle-claude_2.b", "tarnavelle-claude_2.b"},
       {"a'\"`$\\;#&|<>(){}*?[]~!\n\t\r\0 b"s, "ab"},
       // A letter keeps its accents, composed or not; a sign with an accent is no letter.
       {"é|e\u0301|\u0301|.\u0301|-\u0308", "ée\u0301"},
       {"日本語 한글 ١٢ Ⅷ ² ½ नमस्ते", "日本語한글١٢Ⅷ²½नमस्ते"},
-      {"a🏽1\uFE0F\u20E3", "a1\uFE0F\u20E3"},
       {"\u00A0\u3000\u2028\u200B€«»“’", "session"},
       {"a\xFF\xC3z\xED\xA0\x80", "az"},
       // Letters that take whatever follows them along
       {"\u0D4E\"\u0D4E'\u0D4E$\u0D4E`\u0D4E/\u0D4E\\\u0D4Eക", "\u0D4E\u0D4E\u0D4E\u0D4E\u0D4E\u0D4E\u0D4Eക"},
   };
-  for (const auto& c : cas) EXPECT_EQ(CarnetDeVol::nomSur(c.nom), c.sur) << testing::PrintToString(c.nom);
-  EXPECT_EQ(CarnetDeVol::journalDistant("Mi lan"), ".tarnavelle/vol/Milan.jsonl");
-  EXPECT_EQ(CarnetDeVol::reglagesDistant("Mi lan"), ".tarnavelle/vol/Milan.hooks.json");
-}
-
-TEST(CarnetDeVol, CommandeHook) {
-  EXPECT_EQ(CarnetDeVol::commandeHook(journalMilan),
-            R"(/bin/sh -c '{ tr -d "\n"; printf "\n"; } >> "$HOME/.tarnavelle/vol/Milan.jsonl" 2>/dev/null')");
-  EXPECT_EQ(CarnetDeVol::commandeHook(R"($A\"`'b)"),
-            R"(/bin/sh -c '{ tr -d "\n"; printf "\n"; } >> "$A\\\"\`'b" 2>/dev/null')");
+  for (const auto& [nom, sur] : cas) EXPECT_EQ(CarnetDeVol::nomSur(nom), sur) << testing::PrintToString(nom);
 }
 
 TEST(CarnetDeVol, ReglagesEnJSON) {
+  const std::string journalMilan = "$HOME/.tarnavelle/vol/Milan.jsonl";
   std::string attendu = "{\n  \"hooks\" : {";
   for (const char* evenement :
        {"Notification", "PreToolUse", "SessionEnd", "SessionStart", "Stop", "UserPromptSubmit"})
@@ -74,6 +58,8 @@ TEST(CarnetDeVol, ReglagesEnJSON) {
   EXPECT_EQ(CarnetDeVol::json(journalMilan), attendu);
   EXPECT_EQ(CarnetDeVol::Reglages::lire(attendu), CarnetDeVol::reglages(journalMilan));
   EXPECT_EQ(CarnetDeVol::json("a\xFF"), std::nullopt);
+  EXPECT_EQ(CarnetDeVol::commandeHook(R"($A\"`'b)"),
+            R"(/bin/sh -c '{ tr -d "\n"; printf "\n"; } >> "$A\\\"\`'b" 2>/dev/null')");
 }
 
 TEST(CarnetDeVol, ReglagesRelus) {
@@ -86,29 +72,11 @@ TEST(CarnetDeVol, ReglagesRelus) {
   EXPECT_EQ(EcritureJSON::compacte(attendus.json()),
             R"({"hooks":{"A":[{"hooks":[{"command":"/","timeout":-3,"type":""}],"matcher":"*"},)"
             R"({"hooks":[{"command":"c","type":"t"}]}],"Stop":[]}})");
-  for (const std::string refuse : {"", "1", "[1]", "[{}]", R"([{"hooks":{}}])", R"([{"hooks":[],"matcher":1}])",
-                                   R"([{"hooks":[{"type":"t"}]}])", R"([{"hooks":[{"command":"c"}]}])",
-                                   R"([{"hooks":[{"type":"t","command":"c","timeout":"5"}]}])",
-                                   R"([{"hooks":[{"type":"t","command":"c","timeout":5.5}]}])"})
+  for (const std::string refuse :
+       {"1", "[1]", R"([{"hooks":{}}])", R"([{"hooks":[],"matcher":1}])", R"([{"hooks":[{"type":"t"}]}])",
+        R"([{"hooks":[{"command":"c"}]}])", R"([{"hooks":[{"type":"t","command":"c","timeout":5.5}]}])"})
     EXPECT_EQ(Reglages::lire(R"({"hooks":{"A":)" + refuse + "}}"), std::nullopt) << refuse;
-  for (const char* refuse : {"[]", "{}", R"({"hooks":[]})"})
-    EXPECT_EQ(Reglages::lire(refuse), std::nullopt) << refuse;
-}
-
-TEST(CarnetDeVol, CommandeLancement) {
-  AgentCLI claude = AgentCLI::claude();
-  claude.arguments = {"--un", "l'autre"};
-  EXPECT_EQ(CarnetDeVol::commandeLancement(claude, "l'é 2", {"-p", "dis \"$x\""}),
-            R"(tmux has-session -t 'l'\''é 2' 2>/dev/null || { mkdir -p "$HOME/.tarnavelle/vol" && )"
-            R"(: > "$HOME/.tarnavelle/vol/lé2.jsonl" && cat > "$HOME/.tarnavelle/vol/lé2.hooks.json" )"
-            "<<'TV_VOL_EOF'\n" +
-                CarnetDeVol::json("$HOME/.tarnavelle/vol/lé2.jsonl").value() +
-                "\nTV_VOL_EOF\n }; "
-                R"(tmux new -A -s 'l'\''é 2' 'claude' '--un' 'l'\''autre' '-p' 'dis "$x"' '--settings' )"
-                R"("$HOME/.tarnavelle/vol/lé2.hooks.json" ';' set -t 'l'\''é 2' mouse on)");
-  // tmux would end its command at the last ";" of a word, and run what a new session's name says in "#()".
-  EXPECT_EQ(CarnetDeVol::commandeLancement(AgentCLI::grok(), "#(id);", {";", "a;b", "c\\;"}),
-            R"(tmux new -A -s '##(id)\;' 'grok' '\;' 'a;b' 'c\\;' ';' set -t '#(id)\;' mouse on)");
+  EXPECT_EQ(Reglages::lire(R"({"hooks":[]})"), std::nullopt);
 }
 
 TEST(CarnetDeVol, CommandeLecture) {
@@ -116,8 +84,6 @@ TEST(CarnetDeVol, CommandeLecture) {
       CarnetDeVol::commandeLecture("Mi lan", std::numeric_limits<std::int64_t>::max()),
       R"(sh -c 'f="$HOME/.tarnavelle/vol/Milan.jsonl"; { [ -f "$f" ] && tail -c +9223372036854775808 "$f" | )"
       R"(head -c 262144; } || :')");
-  EXPECT_EQ(CarnetDeVol::impressionDepuis("$f", -2),
-            R"({ [ -f "$f" ] && tail -c +1 "$f" | head -c 262144; } || :)");
 }
 
 const struct {
@@ -134,40 +100,31 @@ const struct {
      R"("prompt":"\u2003\n dis « é\ud83d\ude00 »\nbis\r\n")",
      {E::consigne{"dis « é😀 »\nbis"}}},
     {"UserPromptSubmit", R"("prompt":" \t\n\u00a0\u2029")", {E::inconnu{}}},
-    {"UserPromptSubmit", R"("prompt":[],"transcript_path":"")", {E::inconnu{}}, ""},
-    {"UserPromptSubmit", R"("prompt":" )" + repeter(500, "é") + " \"", {E::consigne{repeter(500, "é")}}},
     {"UserPromptSubmit",
      "\"prompt\":\"" + repeter(600, "e\u0301") + "\"",
      {E::consigne{repeter(500, "e\u0301") + "…"}}},
     {"PreToolUse", R"("tool_name":"R","tool_input":{"path":"/b/c.txt","command":"ls"})", {E::outil{"R", "ls"}}},
     {"PreToolUse", R"("tool_name":"W","tool_input":{"file_path":"/x/y/z.md"})", {E::outil{"W", "z.md"}}},
-    {"PreToolUse",
-     R"("tool_name":"W","tool_input":{"file_path":"E:\\p\\i.ts"})",
-     {E::outil{"W", "E:\\p\\i.ts"}}},
-    {"PreToolUse",
-     R"("tool_name":"","tool_input":{"file_path":"","command":7,"pattern":" "})",
-     {E::outil{"", " "}}},
+    {"PreToolUse", R"("tool_name":"","tool_input":{"command":7,"pattern":" "})", {E::outil{"", " "}}},
     {"PreToolUse", R"("tool_name":"L","tool_input":{"path":"/a/é b//"})", {E::outil{"L", "é b"}}},
     {"PreToolUse",
      R"("tool_name":"F","tool_input":{"description":"d","query":"q","url":"u/v"})",
      {E::outil{"F", "u/v"}}},
     {"PreToolUse", R"("tool_name":"F","tool_input":["ls"])", {E::outil{"F", ""}}},
     {"PreToolUse",
-     "\"tool_name\":\"" + repeter(600, "n") + R"(","tool_input":{"command":")" + repeter(501, "c") + "\"}",
-     {E::outil{repeter(600, "n"), repeter(500, "c") + "…"}}},
+     R"("tool_name":"B","tool_input":{"command":")" + repeter(501, "c") + "\"}",
+     {E::outil{"B", repeter(500, "c") + "…"}}},
     {"PreToolUse", R"("tool_input":{"command":"ls"},"transcript_path":"/t")", {E::inconnu{}}, "/t"},
     {"Notification", R"("message":" Claude attend\n")", {E::besoin{"Claude attend"}}},
     {"Notification", R"("a":1)", {E::besoin{""}}},  // also when it says nothing
     {"Notification", "\"message\":\"" + repeter(501, "m") + "\"", {E::besoin{repeter(500, "m") + "…"}}},
     {"Stop", "\"a\":\"\xC3\"", {E::inconnu{}}},
-    {"Stop", "\"a\":" + repeter(600, "[") + repeter(600, "]"), {E::inconnu{}}},
 };
 
 TEST(CarnetDeVol, DecodeChaqueLigneDUnJournalQuiGrandit) {
   std::string journal;
   std::vector<EvenementVol> attendus = {{E::fini{}}};
-  for (const char* illisible : {"", "42", R"(["hook_event_name"])", R"({"transcript_path":"/a"})",
-                                R"({"hook_event_name":["Stop"],"transcript_path":"/a"})"})
+  for (const char* illisible : {"", "42", R"({"hook_event_name":["Stop"],"transcript_path":"/a"})"})
     journal.append(illisible).append("\n");
   journal += "\uFEFF{\"hook_event_name\":\"Stop\"} \r\n";
   for (const auto& c : hooks) {
@@ -218,15 +175,6 @@ TEST(CarnetDeVol, SansEcho) {
 // Transcripts as claude keeps them: titles are appended again and again, the last one wins, and a title
 // quoted in what someone says does not count.
 TEST(CarnetDeVol, TitresDesTranscripts) {
-  EXPECT_EQ(CarnetDeVol::commandeTitres("T:", 777), R"SH(for c in "$HOME/.tarnavelle/vol"/*.jsonl; do
-[ -f "$c" ] || continue
-s=${c##*/}; s=${s%.jsonl}
-p=$(grep -o '"transcript_path":"[^"]*"' "$c" 2>/dev/null | tail -1 | sed 's/.*"transcript_path":"//; s/"$//')
-[ -n "$p" ] && [ -f "$p" ] || continue
-t=$(tail -c 777 "$p" 2>/dev/null | grep -o '"aiTitle":"[^"]*"' | tail -1 | sed 's/.*"aiTitle":"//; s/"$//')
-[ -n "$t" ] && printf 'T:%s:%s\n' "$s" "$t"
-done
-exit 0)SH");
   const std::string titre = R"(Refonte du « parseur » \u00e0 $(touch canari) 100% `x` l'été 😀)";
   const std::string transcript = R"({"type":"ai-title","aiTitle":"Premier essai"}
 {"type":"ai-title","aiTitle":")" +
@@ -236,9 +184,9 @@ exit 0)SH");
   for (const auto& shell : essai::interpretes()) {
     const DossierTemporaire maison;
     const auto titres = [&](const char* marque, std::int64_t queue) {
-      const auto sortie = shell.executer("cd\n" + CarnetDeVol::commandeTitres(marque, queue),
-                                         {{"HOME", maison.chemin()}, {"PATH", ::getenv("PATH")}});
-      EXPECT_EQ(std::to_string(sortie.statut) + sortie.erreurs, "0") << shell;
+      const auto sortie = essai::executerLigne(shell, "cd\n" + CarnetDeVol::commandeTitres(marque, queue),
+                                               {{"HOME", maison.chemin()}, {"PATH", ::getenv("PATH")}});
+      EXPECT_EQ(std::to_string(sortie.statut) + sortie.erreurs, "0") << shell[0];
       return sortie.texte;
     };
     const auto chemin = maison.ecrire("a b'c;$(touch canari)`d`*", transcript).string();
@@ -250,9 +198,9 @@ exit 0)SH");
     journal("tarnavelle-claude", "/nulle/part", chemin);
     journal("un-autre", chemin, "/nulle/part");
     journal("sans-titre", chemin, maison.ecrire("c", "{\"type\":\"summary\"}\n").string());
-    EXPECT_EQ(titres("T:", 20), "") << shell;
-    EXPECT_EQ(titres(R"(100% \n'"$x)", 65536), R"(100% \n'"$xtarnavelle-claude:)" + titre + "\n") << shell;
-    EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell;
+    EXPECT_EQ(titres("T:", 20), "") << shell[0];
+    EXPECT_EQ(titres(R"(100% \n'"$x)", 65536), R"(100% \n'"$xtarnavelle-claude:)" + titre + "\n") << shell[0];
+    EXPECT_FALSE(std::filesystem::exists(maison.chemin() / "canari")) << shell[0];
   }
 }
 

@@ -43,28 +43,19 @@ inline Sortie executer(const std::vector<std::string>& mots, const Environnement
 }
 
 /// A shell; the line to run follows its words.
-struct Interprete {
-  std::vector<std::string> mots;
+using Interprete = std::vector<std::string>;
 
-  Sortie executer(std::string_view ligne, const Environnement& environnement,
-                  std::string_view entree = {}) const {
-    std::vector<std::string> commande = mots;
-    commande.emplace_back(ligne);
-    return essai::executer(commande, environnement, entree);
-  }
-};
-
-inline std::ostream& operator<<(std::ostream& flux, const Interprete& interprete) {
-  return flux << testing::PrintToString(interprete.mots);
+inline Sortie executerLigne(Interprete interprete, std::string_view ligne, const Environnement& environnement) {
+  interprete.emplace_back(ligne);
+  return executer(interprete, environnement);
 }
 
 /// The shells that a line may meet on another machine, those installed here; sh is always one of them.
 inline const std::vector<Interprete>& interpretes() {
   static const auto presents = [] {
-    std::vector<Interprete> liste = {{{"sh", "-c"}}};
-    for (const Interprete& autre :
-         {Interprete{{"bash", "-c"}}, Interprete{{"zsh", "-c"}}, Interprete{{"zsh", "--emulate", "sh", "-c"}}})
-      if (autre.executer("exit 0", {}).statut == 0) liste.push_back(autre);
+    std::vector<Interprete> liste = {
+        {"sh", "-c"}, {"bash", "-c"}, {"zsh", "-c"}, {"zsh", "--emulate", "sh", "-c"}};
+    std::erase_if(liste, [](const Interprete& i) { return executerLigne(i, "exit 0", {}).statut != 0; });
     return liste;
   }();
   return presents;

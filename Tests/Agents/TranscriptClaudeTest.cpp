@@ -32,10 +32,7 @@ std::string assistant(const std::string& contenu) {
   return R"({"type":"assistant","message":{"role":"assistant","content":)" + contenu + "}}";
 }
 
-const struct {
-  std::string ligne;
-  std::optional<std::string> texte;
-} lignes[] = {
+const std::pair<std::string, std::optional<std::string>> lignes[] = {
     {assistant(R"([{"type":"text","text":" Voilà \ud83d\ude00\nla suite. \n"}])"), "Voilà 😀\nla suite."},
     {"\uFEFF" + assistant(R"([{"type":"text","text":"BOM"}])") + "\r", "BOM"},
     {assistant(
@@ -44,27 +41,23 @@ const struct {
          R"({"type":"text","text":7},{"type":["text"],"text":"non"},{"text":"non"},)"
          R"({"type":"text","text":"\tdeux"}])"),
      "un\ndeux"},
-    {assistant(R"([{"type":"text","text":")" + std::string(1200, 'a') + "\"}]"), std::string(1200, 'a')},
     {assistant(R"([{"type":"text","text":"ab"},{"type":"text","text":")" + std::string(1198, 'c') + "\"}]"),
      "ab\n" + std::string(1197, 'c') + "…"},
     {assistant("[]"), {}},
     {assistant(R"([{"type":"text","text":" \u00a0\n"}])"), {}},
     {assistant("null"), {}},
     {R"({"type":"assistant","message":"error"})", {}},
-    {R"({"type":"assistant","message":{"contenst":[{"type":"text","text":"non"}]}})", {}},
     {R"({"type":"user","message":{"content":[{"type":"text","text":"non"}]}})", {}},
-    {R"({"message":{"content":[{"type":"text","text":"non"}]}})", {}},
-    {"[1]", {}},
     {assistant("[{\"type\":\"text\",\"text\":\"\xFF\"}]"), {}},
 };
 
 TEST(TranscriptClaude, LitLesReponsesDUnFichierQuiGrandit) {
   std::string transcript;
   std::vector<std::string> attendus;
-  for (const auto& c : lignes) {
-    EXPECT_EQ(TranscriptClaude::texte(c.ligne), c.texte) << c.ligne;
-    transcript += c.ligne + "\n";
-    if (c.texte) attendus.push_back(*c.texte);
+  for (const auto& [ligne, texte] : lignes) {
+    EXPECT_EQ(TranscriptClaude::texte(ligne), texte) << ligne;
+    transcript += ligne + "\n";
+    if (texte) attendus.push_back(*texte);
   }
   const std::string_view tout = transcript;
   std::vector<std::string> lus;

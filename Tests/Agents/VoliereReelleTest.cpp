@@ -11,7 +11,6 @@
 
 #include "Agents/CarnetDeVol.hpp"
 #include "Agents/Interprete.hpp"
-#include "Agents/Montrer.hpp"
 #include "Agents/VoliereTmux.hpp"
 #include "DossierTemporaire.hpp"
 #include "Socle/EcritureJSON.hpp"
@@ -54,15 +53,15 @@ class VoliereReelle : public testing::TestWithParam<essai::Interprete> {
 
   /// Runs a line that ends by itself, as SSH would.
   std::string executer(std::string_view ligne) const {
-    const auto sortie = GetParam().executer(ligne, ailleurs);
-    EXPECT_EQ(sortie.statut, 0) << GetParam() << sortie;
+    const auto sortie = essai::executerLigne(GetParam(), ligne, ailleurs);
+    EXPECT_EQ(sortie.statut, 0) << sortie;
     return sortie.texte;
   }
 
   /// Runs a line in a new terminal, where it stays, and waits for its agent to be the `n`th started.
   bool ouvrir(const std::string& ligne, std::size_t n) {
     Mots mots = {"new-session", "-d", "-c", dossier.string(), "env", "-u", "TMUX", "-u", "TMUX_PANE"};
-    mots.insert(mots.end(), GetParam().mots.begin(), GetParam().mots.end());
+    mots.insert(mots.end(), GetParam().begin(), GetParam().end());
     mots.push_back(ligne);
     return operateur(mots).statut == 0 && attendre([&] { return lancements().size() == n; });
   }
@@ -199,6 +198,7 @@ TEST_P(VoliereReelle, AucunNomNAjouteDeMotNiDeCommande) {
     if (agent.id == "claude") attendus.insert(attendus.end(), {"--settings", reglages(nom)});
     ASSERT_TRUE(ouvrir(CarnetDeVol::commandeLancement(agent, nom, hostiles), ++lances)) << nom;
     EXPECT_EQ(lancements().back(), attendus) << nom;
+    EXPECT_EQ(std::filesystem::exists(reglages(nom)), agent.id == "claude") << nom;
   }
   EXPECT_FALSE(std::filesystem::exists(temoin));
 }

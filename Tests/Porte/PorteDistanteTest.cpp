@@ -38,7 +38,6 @@ TEST(PorteDistante, LitUnEndpoint) {
   const std::pair<std::string, EndpointPorte> cas[] = {
       {"\r\n\u00A0 " + avec(" \\tmac.local ", "1", " t ") + "\n\n", {"mac.local", 7, 1, " t "}},
       {avec(" ", "65535", "t"), {"127.0.0.1", 7, 65535, "t"}},
-      {avec("\\n", "80", "\\n"), {"\n", 7, 80, "\n"}},  // a line feed is no blank
   };
   for (const auto& [texte, endpoint] : cas) EXPECT_TRUE(analyserEndpoint(texte) == endpoint) << texte;
   for (const auto& refuse :
@@ -77,16 +76,17 @@ TEST(PorteDistante, RienNAjouteUnMot) {
                                        {"PATH", dossier.chemin() / "bin"}};
   for (const auto& interprete : essai::interpretes())
     for (const auto& texte : hostiles) {
-      const auto sortie = interprete.executer(commandeAction({texte, 7, 4242, texte}, texte), environnement);
+      const auto sortie =
+          essai::executerLigne(interprete, commandeAction({texte, 7, 4242, texte}, texte), environnement);
       EXPECT_EQ(sortie.texte, "<-s><-m><5><-X><POST><http://" + texte +
                                   ":4242/action><-H><Authorization: Bearer " + texte +
                                   "><-H><Content-Type: application/json><--data-binary><" + texte + ">")
-          << interprete;
-      EXPECT_EQ(sortie.statut, 0) << interprete << sortie;
+          << interprete[0];
+      EXPECT_EQ(sortie.statut, 0) << interprete[0] << sortie;
     }
 }
 
-/// The real trial door, which writes its endpoint file under the home folder given.
+/// The real trial door, which writes its endpoint file under the home folder given; ended as by Ctrl-C.
 class PorteEssai {
  public:
   PorteEssai(const std::filesystem::path& maison, const std::string& options) {
@@ -97,7 +97,7 @@ class PorteEssai {
     if (std::fscanf(sortie_, "%d\n", &pid_) != 1 || !std::fgets(adresse, sizeof adresse, sortie_)) std::abort();
   }
   ~PorteEssai() {
-    ::kill(pid_, SIGTERM);
+    ::kill(pid_, SIGINT);
     ::pclose(sortie_);
   }
   PorteEssai(const PorteEssai&) = delete;
@@ -119,11 +119,11 @@ const PlateauMac depart{
 
 TEST(PorteDistante, PiloteLaPorteDEssaiParCurl) {
   for (const auto& interprete : essai::interpretes()) {
-    SCOPED_TRACE(testing::Message() << interprete);
+    SCOPED_TRACE(testing::PrintToString(interprete));
     const DossierTemporaire dossier;
     const auto maison = dossier.chemin() / "l'œil \"de\" $HOME `id`\\\n🦅";
     const auto lancer = [&](const std::string& ligne) {
-      return interprete.executer(ligne, {{"HOME", maison}, {"PATH", "/usr/bin:/bin"}});
+      return essai::executerLigne(interprete, ligne, {{"HOME", maison}, {"PATH", "/usr/bin:/bin"}});
     };
     const auto lire = [&] { return analyserEndpoint(lancer(commandeLecture()).texte); };
     const auto relayer = [&](const EndpointPorte& endpoint, const CommandeControle& commande) {
@@ -147,9 +147,6 @@ TEST(PorteDistante, PiloteLaPorteDEssaiParCurl) {
 
       EXPECT_EQ(relayer(endpoint, {C::allerScene{"Atelier"}}).value().spoken_text, "Scène Atelier.");
       EXPECT_EQ(plateau(relayer(endpoint, {C::etat{}}).value()).value().scene, "Atelier");
-      for (const auto& texte : hostiles)
-        EXPECT_NE(relayer(endpoint, {C::focus{texte + "x"}}).value().error.value().find(texte + "x »"),
-                  std::string::npos);
       EndpointPorte faux = endpoint;
       faux.token += "x";
       EXPECT_TRUE(relayer(faux, {C::etat{}}) == ReponsePorte::echec("Jeton absent ou faux."));

@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
 #include <string>
 
 #include "Porte/PorteMCP.hpp"
 #include "Socle/EcritureJSON.hpp"
-#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -47,20 +45,6 @@ TEST(TableVerbes, ChaqueParametreDeclareEstLu) {
       const bool lu = p.genre == Genre::texte ? change("7") : change(true) != change(false);
       EXPECT_EQ(lu, p.nom != "format") << outil.nom << "." << p.nom;
     }
-  }
-}
-
-TEST(TableVerbes, DescriptionsALaLongueurConvenue) {
-  const std::map<std::string_view, std::size_t> longueurs = {
-      {"aller_scene", 222},     {"dicter", 381},      {"ouvrir_agent", 218}, {"ouvrir_web", 218},
-      {"capture", 391},         {"capture_web", 325}, {"diffuser", 320},     {"fini", 368},
-      {"postit", 306},          {"nommer_zone", 320}, {"script", 409},       {"relancer_agent", 436},
-      {"ouvrir_chat", 412},     {"attendre", 660},    {"message_chat", 477}, {"ranger", 623},
-      {"envoyer_touches", 590}, {"nommage", 738},     {"fermer", 513},       {"fermer_tout", 374}};
-  for (const auto& [nom, longueur] : longueurs) {
-    const OutilVoix* outil = CommandeControle::outil(nom);
-    ASSERT_NE(outil, nullptr) << nom;
-    EXPECT_EQ(Texte::caracteres(outil->description), longueur) << nom;
   }
 }
 

@@ -31,7 +31,6 @@ TEST(LecteurLignesFlux, MemesLignesOuQuOnCoupe) {
       {"", {}},
       {"a\rb\r\nc\nd", {"a", "b", "c", "d"}},
       {"\n\r\r\n\n\r", {"", "", "", "", ""}},
-      {"\uFEFF", {""}},
       {"\uFEFFdata: é\r\n\uFEFFb\n", {"data: é", "\uFEFFb"}},
       {"\xEF\xBBx\n", {"\uFFFD\uFFFDx"}},
       {"a\xC3\nb\x80", {"a\uFFFD", "b\uFFFD"}},

@@ -12,8 +12,7 @@ namespace {
 
 /// The lines that come out when the pieces go in, each with a write of its own; "<long>" stands for a
 /// line that was dropped.
-std::vector<std::string> lire(const std::vector<std::string>& morceaux,
-                              std::size_t maximum = LecteurLignes::ligneMax) {
+std::vector<std::string> lire(const std::vector<std::string>& morceaux, std::size_t maximum = 100'000) {
   int tube[2];
   EXPECT_EQ(::pipe(tube), 0);
   std::thread ecrivain([&] {
@@ -44,10 +43,10 @@ TEST(LecteurLignes, RendLesMemesLignesOuQueTombentLesCoupures) {
 }
 
 TEST(LecteurLignes, LaPlusLongueLigneEstRendueEtLaSuivanteLaisseeTomber) {
-  const std::string maximale(300'000, 'm');
-  const std::vector<std::string> attendues = {maximale, "<long>", "avant", "<long>"};
-  EXPECT_EQ(lire({maximale}, maximale.size()), std::vector{maximale});
-  EXPECT_EQ(lire({maximale + "\n" + maximale + "m\navant\n" + maximale + "mm"}, maximale.size()), attendues);
+  const std::string m(300'000, 'm');
+  EXPECT_EQ(lire({m}, m.size()), std::vector{m});
+  EXPECT_EQ(lire({m + "\n" + m + "m\navant\n" + m + "mm"}, m.size()),
+            (std::vector<std::string>{m, "<long>", "avant", "<long>"}));
 }
 
 }  // namespace

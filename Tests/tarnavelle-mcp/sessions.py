@@ -5,8 +5,8 @@ A session is a text file whose lines are
     # a comment; the first one names the fault the session guards against
     > what the client writes, a line feed being added
     < the reply line the bridge must write, byte for byte
-and ">x" or "<x" instead of ">" or "<" when the line holds escapes: \\xff one byte, \\n, \\r, \\t, \\\\,
-and \\{512 [} for 512 times "[". ">x" adds no line feed, "<x" does.
+and ">x" or "<x" instead of ">" or "<" when the line holds Python's escapes for bytes, or \\{512 [} for
+512 times "[". ">x" adds no line feed, "<x" does.
 The whole input is written at once, then closed: the bridge must answer all of it, nothing more, and
 end with status 0.
 """
@@ -17,18 +17,10 @@ import subprocess
 import sys
 import tempfile
 
-ECHAPPEMENT = re.compile(rb"\\(?:x([0-9a-f]{2})|\{(\d+) ([^}]+)\}|([nrt\\]))")
-SIMPLES = {b"n": b"\n", b"r": b"\r", b"t": b"\t", b"\\": b"\\"}
-
 
 def developper(texte):
-    def remplacer(trouve):
-        octet, fois, motif, simple = trouve.groups()
-        if octet:
-            return bytes.fromhex(octet.decode())
-        return motif * int(fois) if fois else SIMPLES[simple]
-
-    return ECHAPPEMENT.sub(remplacer, texte)
+    texte = re.sub(rb"\\\{(\d+) ([^}]+)\}", lambda trouve: trouve[2] * int(trouve[1]), texte)
+    return texte.decode("unicode_escape").encode("latin-1")
 
 
 def lire(chemin):
