@@ -51,7 +51,7 @@ TEST(Pont, RendLaReponseDeLaPorteTelleQuelle) {
   for (const auto& [statut, rendu] : cas) {
     PairTCP porte({repondre(statut, rendu.substr(3))});
     Monde monde{{{"TARNAVELLE_CONTROL_URL", porte.url()}}};
-    EXPECT_EQ(monde.appeler("trv_etat"), rendu);
+    EXPECT_EQ(monde.appeler("trv_etat", Json::array({1})), rendu);  // arguments that are no object are none
   }
   PairTCP porte({repondre(503, "\xff\xfe")});
   Monde monde{{{"TARNAVELLE_CONTROL_URL", porte.url()}}};
