@@ -112,7 +112,8 @@ constexpr LectureFlux illisible{LectureFlux::illisible{}};
 constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
 
 /// Listens to the end of the script, or to the end of the ear: what happened, and when.
-Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {}) {
+Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy::Cockpit& cockpit = {},
+             int fois = 1) {
   using E = OreilleNtfy::Etat;
   const auto surEtat = [&](const E& etat) {
     if (std::holds_alternative<E::ouverte>(etat.cas)) monde.noter("ouverte");
@@ -121,7 +122,7 @@ Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy
   };
   OreilleNtfy oreille(monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
                       {[&](const MessageNtfy& m) { monde.noter(m.texte); }, surEtat});
-  monde.noter(dire(oreille.ecouter(r, cockpit)));
+  while (fois-- > 0) monde.noter(dire(oreille.ecouter(r, cockpit)));
   return monde.journal;
 }
 
@@ -171,11 +172,15 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
   }
 }
 
-TEST(OreilleNtfy, NOuvreQueSIlLeFaut) {
-  MondeFlux monde({});
+TEST(OreilleNtfy, NOuvreQueSIlLeFautEtRepartANeuf) {
+  MondeFlux monde({{500}, {500}, {401}, {500}});
   vivre(monde, {"http://h", reglage.topic, ""});
   vivre(monde, reglage, {.headless = true});
-  EXPECT_EQ(vivre(monde, reglage, {.demo = true}), (Lignes{"0 fermee", "0 fermee", "0 fermee"}));
+  vivre(monde, reglage, {.demo = true});
+  EXPECT_EQ(vivre(monde, reglage, {}, 2),
+            (Lignes{"0 fermee", "0 fermee", "0 fermee", "0 GET", "0 500, 2", "2 GET", "2 500, 2", "4 GET",
+                    "4 L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.", "4 GET", "4 500, 2",
+                    "6 arretee"}));
 }
 
 constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";

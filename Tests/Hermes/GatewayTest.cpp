@@ -62,6 +62,7 @@ TEST(EvenementGateway, Lire) {
        "tranchee|i|oui"},
       {R"({"type":"approval.responded","id":"i","result":"no","data":{"allowed":true}})", "tranchee|i|non"},
       {R"({"type":"approval.responded","id":"i","request":{"approved":true}})", "rien"},
+      {R"({"type":"approval.responded","approved":true})", "rien"},
   };
   for (const auto& [charge, dit] : cas) EXPECT_EQ(dire(EvenementGateway::lire(charge)), dit) << charge;
 }

@@ -48,12 +48,16 @@ TEST(ContratVoix, PrefixeStable) {
 
 // What a tool's texts tell the model agrees with what it is offered.
 TEST(ContratVoix, LesTextesDesOutilsDisentVrai) {
-  const std::regex facultatif("Vide = |[Pp]ar défaut (true|false)|\\(défaut\\)"), ouiOuNon("true|false|^$");
+  const std::regex nomCompose("[a-z]+(_[a-z]+)+"),
+      facultatif("Vide = |[Pp]ar défaut (true|false)|\\(défaut\\)"), ouiOuNon("true|false|^$");
   for (const auto* outils :
        {&ContratVoix::outilsTarnavelleV2(), &ContratVoix::outilsPerchoir(), &ContratVoix::outilsPlateauMac()}) {
     std::set<std::string> noms;
+    for (const OutilVoix& outil : *outils) EXPECT_TRUE(noms.insert(outil.nom).second) << outil.nom;
     for (const OutilVoix& outil : *outils) {
-      EXPECT_TRUE(noms.insert(outil.nom).second) << outil.nom;
+      const auto& texte = outil.description;
+      for (std::sregex_iterator i(texte.begin(), texte.end(), nomCompose), fin; i != fin; ++i)
+        EXPECT_TRUE(noms.contains(i->str())) << outil.nom << " nomme " << i->str();
       for (const ParamVoix& p : outil.parametres) {
         EXPECT_NE(p.requis, std::regex_search(p.description, facultatif)) << outil.nom << " " << p.nom;
         EXPECT_EQ(p.genre == ParamVoix::Genre::booleen, std::regex_search(p.description, ouiOuNon)) << p.nom;

@@ -29,6 +29,8 @@ TEST(RealtimeProvider, ComposeLAdresse) {
   p.endpoint = "wss://exemple.test/";
   EXPECT_EQ(p.url("a b&c=d#é-2.1"), "wss://exemple.test/?model=a%20b%26c%3Dd%23%C3%A9-2.1");
   EXPECT_FALSE(p.url("\xFF"));
+  p.endpoint = "wss://exemple test/";
+  EXPECT_FALSE(p.url("m"));
 }
 
 }  // namespace
