@@ -186,8 +186,10 @@ ReponsePorte appliquer(Monde& monde, Instant, const C::lire& c) {
   const Agent* agent = Refus::agentOuvert(monde, c.agent, refus);
   if (!agent) return refus;
   const std::string texte = Texte::joindre(agent->ecran(), "\n");
-  const std::string phrase = texte.empty() ? "L'écran de " + agent->nom + " est vide."
-                                           : agent->nom + " affiche : " + agent->ecran().back();
+  const auto visible = Texte::rogner(texte);
+  const std::string phrase =
+      visible.empty() ? "L'écran de " + agent->nom + " est vide."
+                      : agent->nom + " affiche : " + std::string(visible.substr(visible.rfind('\n') + 1));
   return ReponsePorte::succes(
       phrase, donnees({{"agent", agent->nom}, {"etat", enMots(agent->etat())}, {"texte", texte}}));
 }

@@ -36,6 +36,7 @@ std::string texteDe(const Json& valeur) {
   if (valeur.is_string()) return valeur.get<std::string>();
   if (valeur.is_boolean()) return valeur.get<bool>() ? "oui" : "non";
   if (valeur.is_null() || (valeur.is_array() && valeur.empty())) return "—";
+  if (const auto entier = entierExact(valeur)) return std::to_string(*entier);
   if (estListeDe(valeur, estSimple)) return Texte::joindre(valeur, ", ", texteDe);
   return EcritureJSON::compacte(valeur).value_or("");
 }

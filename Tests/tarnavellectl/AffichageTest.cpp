@@ -22,7 +22,7 @@ TEST(Affichage, Donnees) {
   const std::pair<const char*, const char*> cas[] = {
       {R"("une\ndeux\u001b")", "une\ndeux\\u001b\n"},
       {"{}", "{}\n"},
-      {"[1,2.5,true,null,\"a\\nb\"]", "1\n2.5\noui\n—\na\\nb\n"},
+      {"[1.0,2.5,true,null,\"a\\nb\"]", "1\n2.5\noui\n—\na\\nb\n"},
       {R"({"a":1,"long":["x","y"],"vide":[],"o":{"k":{"l":{"m":{"n":1}}}}})",
        "a     1\nlong  x, y\nvide  —\n\n#o\n\n#  k\n\n#    l\n      m  {\"n\":1}\n"},
       {R"({"agent":"M","texte":"un\n  deux\n"})", "agent  M\n\n#texte\n  un\n    deux\n\n"},

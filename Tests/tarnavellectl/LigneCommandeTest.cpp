@@ -94,11 +94,11 @@ TEST(Proche, NomVoulu) {
   for (const auto& [mot, voulu] :
        {std::pair("trv_close", "fermer"), {"Trv-Screnshot", "screenshot"}, {"trv_", ""}})
     EXPECT_EQ(nomVoulu(mot).value_or(""), voulu) << mot;
-  const std::vector<std::string> noms = {"etat",    "dicter", "lire",       "lire_terminal",
-                                         "retiens", "fermer", "fermer_tout"};
+  const std::vector<std::string> noms = {"etat",    "dicter", "lire",        "lire_terminal",
+                                         "retiens", "fermer", "fermer_tout", "ls"};
   const std::pair<std::string, std::string> cas[] = {
-      {"teta", "etat"}, {"dictre", "dicter"}, {"fermertout", "fermer_tout"},   {"ret", "retiens"},
-      {"l", ""},        {"bonjour", ""},      {std::string(100'000, 'e'), ""},
+      {"teta", "etat"}, {"dictre", "dicter"}, {"fermertout", "fermer_tout"},   {"ret", "retiens"}, {"l", ""},
+      {"sl", "ls"},     {"bonjour", ""},      {std::string(100'000, 'e'), ""},
   };
   for (const auto& [tape, voulu] : cas)
     EXPECT_EQ(nomProche(tape, noms).value_or(""), voulu) << tape.substr(0, 40);

@@ -25,13 +25,6 @@ std::string urlAction(std::string_view base) {
   return std::string(base).append(cheminAction);
 }
 
-std::optional<std::int64_t> entierExact(const Json* membre) {
-  if (!membre || !membre->is_number()) return std::nullopt;
-  const auto n = entierTronque(*membre);
-  if (!n || membre->get<double>() != static_cast<double>(*n)) return std::nullopt;
-  return n;
-}
-
 }  // namespace
 
 std::optional<EndpointPorte> EndpointPorte::lire(std::string_view texte) {
@@ -39,8 +32,12 @@ std::optional<EndpointPorte> EndpointPorte::lire(std::string_view texte) {
   if (!objet) return std::nullopt;
   const Json* host = Champ::membre(*objet, "host");
   const Json* token = Champ::membre(*objet, "token");
-  const auto pid = entierExact(Champ::membre(*objet, "pid"));
-  const auto port = entierExact(Champ::membre(*objet, "port"));
+  const auto entier = [&](std::string_view cle) {
+    const Json* membre = Champ::membre(*objet, cle);
+    return membre ? entierExact(*membre) : std::nullopt;
+  };
+  const auto pid = entier("pid");
+  const auto port = entier("port");
   if (!host || !host->is_string() || !token || !token->is_string() || !pid || !port) return std::nullopt;
   return EndpointPorte{host->get<std::string>(), *pid, *port, token->get<std::string>()};
 }

@@ -9,10 +9,7 @@ namespace tarnavelle {
 namespace {
 
 PorteJSON nombre(const Json& json) {
-  if (const auto n = entierTronque(json)) {
-    if (!json.is_number_float() || json.get<double>() == static_cast<double>(*n))
-      return {PorteJSON::entier{*n}};
-  }
+  if (const auto n = entierExact(json)) return {PorteJSON::entier{*n}};
   return {PorteJSON::reel{json.get<double>()}};
 }
 

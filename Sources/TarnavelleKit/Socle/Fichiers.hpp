@@ -28,7 +28,7 @@ bool fichierExecutable(const std::filesystem::path& chemin);
 /// The user's home folder: HOME, else what the user database says. Empty when neither knows.
 std::filesystem::path dossierPersonnel(const Variables& environnement);
 
-/// Where that folder is within the home folder, but for what macOS may say of the present user.
+/// Where a user's Application Support folder usually is within the home folder.
 inline constexpr std::string_view applicationSupport = "Library/Application Support";
 
 /// The user's Application Support folder: as macOS reports it; elsewhere `applicationSupport` in the home

@@ -270,6 +270,12 @@ std::optional<std::int64_t> entierTronque(const Json& nombre) {
   return static_cast<std::int64_t>(d);
 }
 
+std::optional<std::int64_t> entierExact(const Json& nombre) {
+  const auto n = entierTronque(nombre);
+  if (!n || !nombre.is_number_float() || nombre.get<double>() == static_cast<double>(*n)) return n;
+  return std::nullopt;
+}
+
 std::optional<std::int64_t> entierDecimal(std::string_view texte) {
   if (texte.starts_with('+')) {
     texte.remove_prefix(1);

@@ -80,6 +80,9 @@ std::vector<std::string> liste(const Json& objet, std::string_view cle);
 /// A number truncated toward zero, nothing when it is not a number or is out of the 64-bit range.
 std::optional<std::int64_t> entierTronque(const Json& nombre);
 
+/// A number that 64 signed bits hold exactly, however it is written (2, 2.0, 2e0); nothing for anything else.
+std::optional<std::int64_t> entierExact(const Json& nombre);
+
 /// The whole text as a base-10 integer with an optional sign; nothing when it is not one or overflows.
 std::optional<std::int64_t> entierDecimal(std::string_view texte);
 
