@@ -13,9 +13,13 @@ constexpr std::string_view cheminAction = "/action";
 constexpr std::string_view nomDossier = "Tarnavelle";
 constexpr std::string_view nomEndpoint = "porte-commande.json";
 
-bool urlComplete(std::string_view texte) {
+bool urlComplete(const std::string& texte) {
+  thread_local std::string derniere;  // call after call it is the same one
+  if (texte == derniere) return true;
   const auto url = URL::lire(texte);
-  return url && !url->schema.empty();
+  if (!url || url->schema.empty()) return false;
+  derniere = texte;
+  return true;
 }
 
 std::string urlAction(std::string_view base) {

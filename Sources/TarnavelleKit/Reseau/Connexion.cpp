@@ -51,8 +51,9 @@ ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
 std::optional<Adresse> Adresse::depuis(std::string_view texte, std::string_view protocole) {
   auto url = URL::lire(texte);
   if (!url || Texte::porteControle(url->hote)) return std::nullopt;  // a percent-encoded NUL: another host
-  const bool tls = url->schema == std::string(protocole) + 's';
-  if (!tls && url->schema != protocole) return std::nullopt;
+  const std::string schema = Texte::minuscules(url->schema);
+  const bool tls = schema == std::string(protocole) + 's';
+  if (!tls && schema != protocole) return std::nullopt;
   const std::uint16_t port = url->port.value_or(tls ? 443 : 80);
   if (port == 0) return std::nullopt;
   return Adresse{.tls = tls,

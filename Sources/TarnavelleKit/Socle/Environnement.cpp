@@ -16,12 +16,13 @@ std::optional<std::string> Variables::octets(const char* nom) const {
 }
 
 std::optional<std::string> Variables::texte(const char* nom) const {
-  const auto brute = octets(nom);
-  if (!brute) return std::nullopt;
-  const std::string reparee = Texte::reparer(*brute);
-  const auto valeur = Texte::rogner(reparee);
-  if (valeur.empty()) return std::nullopt;
-  return std::string(valeur);
+  auto valeur = octets(nom);
+  if (!valeur) return std::nullopt;
+  if (!Texte::utf8Valide(*valeur)) valeur = Texte::reparer(*valeur);
+  const auto net = Texte::rogner(*valeur);
+  if (net.empty()) return std::nullopt;
+  if (net.size() < valeur->size()) valeur = std::string(net);
+  return valeur;
 }
 
 }  // namespace tarnavelle

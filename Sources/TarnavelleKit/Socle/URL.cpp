@@ -4,7 +4,6 @@
 #include <boost/url/url_view.hpp>
 
 #include "Socle/LectureJSON.hpp"
-#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -26,9 +25,9 @@ std::optional<URL> URL::lire(std::string_view texte) {
   const auto chemin = lue->encoded_path();
   if (!chemin.empty() && !chemin.starts_with('/')) return std::nullopt;
   const auto port = vue(lue->port());
-  return URL{.schema = Texte::minuscules(vue(lue->scheme())),
-             .hote = lue->host_address(),
+  return URL{.hote = lue->host_address(),
              .port = port.empty() ? std::nullopt : std::optional(numero(port)),
+             .schema = vue(lue->scheme()),
              .hoteEtPort = vue(lue->encoded_host_and_port()),
              .cible = vue(lue->encoded_target())};
 }

@@ -9,11 +9,12 @@
 namespace tarnavelle {
 
 struct URL {
-  std::string schema;                 ///< lower case; empty in a relative reference
   std::string hote;                   ///< never empty: name or address, decoded, without brackets
   std::optional<std::uint16_t> port;  ///< nothing when none is written, 0 when it is not one of TCP's
-  std::string_view hoteEtPort;        ///< as written, here and below: views into the text
-  std::string_view cible;             ///< path and query
+  // As written: views into the text.
+  std::string_view schema;  ///< empty in a relative reference
+  std::string_view hoteEtPort;
+  std::string_view cible;  ///< path and query
 
   /// Nothing for an unreadable text, or one without a host.
   static std::optional<URL> lire(std::string_view texte);
