@@ -19,6 +19,34 @@ namespace http = boost::beast::http;
 using namespace interne;
 using Horloge = std::chrono::steady_clock;
 
+/// Keeps of an answer its status and its body. The parser itself heeds the header fields that frame the body;
+/// nobody reads the others.
+class Analyseur : public http::basic_parser<false> {
+ public:
+  ReponseHTTP reponse;
+
+ private:
+  using Morceau = boost::beast::string_view;
+
+  std::size_t ajouter(Morceau morceau) {
+    reponse.corps.append(morceau.data(), morceau.size());
+    return morceau.size();
+  }
+
+  void on_response_impl(int statut, Morceau, int, Erreur&) override { reponse.statut = statut; }
+  void on_body_init_impl(const boost::optional<std::uint64_t>& longueur, Erreur&) override {
+    reponse.corps.reserve(longueur.value_or(0));  // within the limit on bodies
+  }
+  std::size_t on_body_impl(Morceau morceau, Erreur&) override { return ajouter(morceau); }
+  std::size_t on_chunk_body_impl(std::uint64_t, Morceau morceau, Erreur&) override { return ajouter(morceau); }
+
+  void on_request_impl(http::verb, Morceau, Morceau, int, Erreur&) override {}
+  void on_field_impl(http::field, Morceau, Morceau, Erreur&) override {}
+  void on_header_impl(Erreur&) override {}
+  void on_chunk_header_impl(std::uint64_t, Morceau, Erreur&) override {}
+  void on_finish_impl(Erreur&) override {}
+};
+
 }  // namespace
 
 /// Where a request goes. Two requests share a connection when they go to the same address.
@@ -91,8 +119,6 @@ class ClientHTTP::Liaison {
     return fini_;
   }
 
-  using Analyseur = http::response_parser<http::string_body>;
-
   /// Ends the exchange without a reply.
   void clore() {
     connectee_ = false;
@@ -144,8 +170,8 @@ class ClientHTTP::Liaison {
       else if (erreur)
         return clore();
       if (analyseur_->is_done()) {
-        const auto statut = analyseur_->get().result_int();
-        if (statut < 100 || statut >= 200) return terminer(static_cast<int>(statut));
+        const int statut = analyseur_->reponse.statut;
+        if (statut < 100 || statut >= 200) return terminer();
         analyseur_.reset();  // an interim response precedes the final one
       }
       if (Horloge::now() >= echeance_) return asio::post(boucle_, [this] { lire(); });
@@ -160,9 +186,9 @@ class ClientHTTP::Liaison {
     if (reste > 0) ::poll(&attendu, 1, static_cast<int>(std::min<std::int64_t>(reste, INT_MAX)));
   }
 
-  void terminer(int statut) {
+  void terminer() {
     connectee_ = analyseur_->keep_alive() && envoyes_ == requete_.size();
-    reponse_ = ReponseHTTP{statut, std::move(analyseur_->get().body())};
+    reponse_ = std::move(analyseur_->reponse);
     finir();
   }
 
