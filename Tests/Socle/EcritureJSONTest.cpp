@@ -35,19 +35,23 @@ TEST(EcritureJSON, CaracteresASCII) {
       std::snprintf(attendu, sizeof attendu, "\\%c", lettres[i]);
     else if (n < 0x20)
       std::snprintf(attendu, sizeof attendu, "\\u%04x", unsigned(n));
-    // At every place of a block, between characters of several bytes, and in a key.
-    for (std::size_t avant = 0; avant < 34; ++avant) {
+    // At every place of a block, in short texts and long ones, between characters of several bytes, and in a
+    // key.
+    for (std::size_t avant = 0; avant < 530; avant += avant == 34 ? 460 : 1) {
       const auto texte = std::string(avant, '/') + c + "é" + c + "€" + c;
       const auto ecrit = '"' + std::string(avant, '/') + attendu + "é" + attendu + "€" + attendu + '"';
       EXPECT_EQ(EcritureJSON::compacte({{texte, texte}}), "{" + ecrit + ":" + ecrit + "}");
     }
   }
+  std::string echappes;
+  for (int n = 0; n < 600; ++n, echappes += "\\u0001")
+    EXPECT_EQ(EcritureJSON::compacte(Json(std::string(std::size_t(n), 1))), '"' + echappes + '"') << n;
 }
 
 TEST(EcritureJSON, SansFormeJSON) {
   std::string texte = "avant ";
   for (const std::string fautif : {"\x80", "\xC3", "\xC3z", "\xED\xA0\x80"})
-    for (const std::size_t avant : {0u, 15u, 16u, 40u})
+    for (const std::size_t avant : {0u, 15u, 16u, 40u, 600u})
       for (const Json& valeur : {Json(std::string(avant, 'a') + fautif), Json({{fautif, 1}}),
                                  Json({1, {{"a", {{"b", fautif}}}}, "suite"})}) {
         EXPECT_EQ(EcritureJSON::compacte(valeur), std::nullopt);

@@ -1,5 +1,6 @@
 #include "Socle/EcritureJSON.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -10,7 +11,8 @@ namespace {
 
 enum class Style { compact, lisible };
 
-constexpr std::size_t grandTexte = 4096;  // bytes
+constexpr std::size_t courtMax = 512;      ///< bytes of a short text
+constexpr std::size_t echappementMax = 6;  ///< bytes of an escape, "\\u001f"
 
 class Ecrivain {
  public:
@@ -62,27 +64,57 @@ class Ecrivain {
   }
 
   void texte(std::string_view t) {
-    // A large text would otherwise be moved again and again while the output grows.
-    if (t.size() > grandTexte) sortie_.reserve(sortie_.size() + t.size() + t.size() / 8);
     sortie_ += '"';
-    std::size_t debut = 0;  // what precedes it is written
-    std::size_t i = 0;
-    while ((i += Texte::plageOrdinaire(t.substr(i))) < t.size()) {
-      if (static_cast<unsigned char>(t[i]) >= 0x80) {
-        const auto n = Texte::longueurSequence(t.substr(i));
-        if (n == 0) {
-          valide_ = false;
-          return;
-        }
+    if (t.size() <= courtMax)
+      texteCourt(t);
+    else
+      texteLong(t);
+    sortie_ += '"';
+  }
+
+  /// Byte by byte: runs are shorter than what it costs to look for their ends.
+  void texteCourt(std::string_view t) {
+    char place[courtMax * echappementMax];
+    char* fin = place;
+    for (std::size_t i = 0; i < t.size();) {
+      const char c = t[i];
+      if (Texte::ordinaire(c)) {
+        *fin++ = c;
+        ++i;
+      } else if (Texte::ascii(c)) {
+        fin = echapper(c, fin);
+        ++i;
+      } else {
+        const auto n = sequence(t.substr(i));
+        fin = std::copy_n(t.data() + i, n, fin);
         i += n;
+      }
+    }
+    sortie_.append(place, fin);
+  }
+
+  /// In runs that stand as they are.
+  void texteLong(std::string_view t) {
+    // A large text would otherwise be moved again and again while the output grows.
+    sortie_.reserve(sortie_.size() + t.size() + t.size() / 8);
+    std::size_t debut = 0;  // what precedes it is written
+    for (std::size_t i = 0; (i += Texte::plageOrdinaire(t.substr(i))) < t.size();) {
+      if (!Texte::ascii(t[i])) {
+        i += sequence(t.substr(i));
         continue;
       }
-      sortie_.append(t, debut, i - debut);
-      debut = echapper(t[i]) ? i + 1 : i;
-      ++i;
+      char echappement[echappementMax];
+      sortie_.append(t, debut, i - debut).append(echappement, echapper(t[i], echappement));
+      debut = ++i;
     }
     sortie_.append(t, debut);
-    sortie_ += '"';
+  }
+
+  /// Length of the UTF-8 sequence that starts a text; an invalid byte makes the whole invalid.
+  std::size_t sequence(std::string_view t) {
+    const auto n = Texte::longueurSequence(t);
+    valide_ = valide_ && n > 0;
+    return std::max<std::size_t>(n, 1);
   }
 
   template <class Entier>
@@ -91,26 +123,22 @@ class Ecrivain {
     sortie_.append(tampon, std::to_chars(tampon, tampon + sizeof tampon, n).ptr);
   }
 
-  /// Writes the escape of a character, or only its backslash when the character itself follows it;
-  /// returns whether the character is written.
-  bool echapper(char c) {
-    sortie_ += '\\';
+  /// Writes the escape of an ASCII character and returns its end.
+  static char* echapper(char c, char* fin) {
+    *fin++ = '\\';
     switch (c) {
       case '"':
-      case '\\': return false;
-      case '\b': sortie_ += 'b'; break;
-      case '\f': sortie_ += 'f'; break;
-      case '\n': sortie_ += 'n'; break;
-      case '\r': sortie_ += 'r'; break;
-      case '\t': sortie_ += 't'; break;
-      default: {
-        constexpr char chiffres[] = "0123456789abcdef";
-        sortie_ += "u00";
-        sortie_ += chiffres[static_cast<unsigned char>(c) >> 4];
-        sortie_ += chiffres[static_cast<unsigned char>(c) & 15];
-      }
+      case '\\': *fin++ = c; return fin;
+      case '\b': *fin++ = 'b'; return fin;
+      case '\f': *fin++ = 'f'; return fin;
+      case '\n': *fin++ = 'n'; return fin;
+      case '\r': *fin++ = 'r'; return fin;
+      case '\t': *fin++ = 't'; return fin;
+      default: break;
     }
-    return true;
+    constexpr char chiffres[] = "0123456789abcdef";
+    for (const char e : {'u', '0', '0', chiffres[c >> 4], chiffres[c & 15]}) *fin++ = e;
+    return fin;
   }
 
   template <class Elements, class Ecrire>

@@ -111,14 +111,6 @@ std::size_t plageASCII(std::string_view octets) {
   return i;
 }
 
-constexpr bool ordinaire(unsigned char c) { return (c >= 0x20) & (c != '"') & (c != '\\') & (c < 0x80); }
-
-constexpr auto ordinaires = [] {
-  std::array<bool, 256> table{};
-  for (unsigned c = 0; c < 256; ++c) table[c] = ordinaire(static_cast<unsigned char>(c));
-  return table;
-}();
-
 }  // namespace
 
 std::string_view rogner(std::string_view texte) { return rognerSelon(texte, estBlancOuSaut); }
@@ -265,18 +257,21 @@ std::size_t longueurSequence(std::string_view octets) {
 
 std::size_t plageOrdinaire(std::string_view octets) {
   constexpr std::size_t bloc = 16;
-  const auto* p = reinterpret_cast<const unsigned char*>(octets.data());
   const std::size_t n = octets.size();
   std::size_t i = 0;
   for (; i < n && i < bloc; ++i)  // most runs of small texts end here
-    if (!ordinaires[p[i]]) return i;
-  // A fixed-size reduction without branches: compilers turn it into vector instructions.
+    if (!ordinaire(octets[i])) return i;
+  // The same as the table says, in a fixed-size reduction without branches: compilers turn it into vector
+  // instructions.
   for (; i + bloc <= n; i += bloc) {
     unsigned char special = 0;
-    for (std::size_t k = 0; k < bloc; ++k) special |= static_cast<unsigned char>(!ordinaire(p[i + k]));
+    for (std::size_t k = 0; k < bloc; ++k) {
+      const auto c = static_cast<unsigned char>(octets[i + k]);
+      special |= static_cast<unsigned char>((c < 0x20) | (c == '"') | (c == '\\') | (c >= 0x80));
+    }
     if (special) break;
   }
-  while (i < n && ordinaires[p[i]]) ++i;
+  while (i < n && ordinaire(octets[i])) ++i;
   return i;
 }
 

@@ -5,6 +5,7 @@
 // Pure functions, safe from any thread.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -67,7 +68,17 @@ bool utf8Valide(std::string_view octets);
 /// Length of the well-formed UTF-8 sequence that starts `octets`, 0 when there is none.
 std::size_t longueurSequence(std::string_view octets);
 
-/// Number of leading bytes that are plain ASCII: no control character, quotation mark or backslash.
+constexpr bool ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+/// For each byte, whether it is plain ASCII: no control character below U+0020, quotation mark or backslash.
+inline constexpr auto ordinaires = [] {
+  std::array<bool, 256> table{};
+  for (std::size_t c = 0x20; c < 0x80; ++c) table[c] = c != '"' && c != '\\';
+  return table;
+}();
+constexpr bool ordinaire(char c) { return ordinaires[static_cast<unsigned char>(c)]; }
+
+/// Number of leading bytes that are so.
 /// Reads sixteen bytes at a time; the caller decides what the byte that stopped it means.
 std::size_t plageOrdinaire(std::string_view octets);
 
