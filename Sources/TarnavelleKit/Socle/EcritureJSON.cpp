@@ -12,7 +12,8 @@ namespace {
 enum class Style { compact, lisible };
 
 constexpr std::size_t courtMax = 512;      ///< bytes of a short text
-constexpr std::size_t echappementMax = 6;  ///< bytes of an escape, "\\u001f"
+constexpr std::size_t grandTexte = 4096;   ///< bytes from which room is made at once
+constexpr std::size_t echappementMax = 6;  ///< bytes of an escape: backslash, "u", four digits
 
 class Ecrivain {
  public:
@@ -96,7 +97,7 @@ class Ecrivain {
   /// In runs that stand as they are.
   void texteLong(std::string_view t) {
     // A large text would otherwise be moved again and again while the output grows.
-    sortie_.reserve(sortie_.size() + t.size() + t.size() / 8);
+    if (t.size() > grandTexte) sortie_.reserve(sortie_.size() + t.size() + t.size() / 8);
     std::size_t debut = 0;  // what precedes it is written
     for (std::size_t i = 0; (i += Texte::plageOrdinaire(t.substr(i))) < t.size();) {
       if (!Texte::ascii(t[i])) {
