@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <regex>
 #include <set>
 
@@ -66,6 +67,21 @@ TEST(ContratVoix, LesTextesDesOutilsDisentVrai) {
   }
   for (const OutilVoix& outil : ContratVoix::outilsPlateauMac())
     EXPECT_TRUE(PorteDistante::corpsAction(CommandeControle::decoder(outil.nom, "{}"))) << outil.nom;
+}
+
+// A model that reads the same phrasing in two tools has to guess.
+TEST(ContratVoix, UnExempleNAppartientQuAUnOutil) {
+  const std::regex cite("« (.*?) »");
+  for (const auto* outils : {&CommandeControle::outilsPorte(), &ContratVoix::outilsTarnavelleV2(),
+                             &ContratVoix::outilsPerchoir(), &ContratVoix::outilsPlateauMac()}) {
+    std::map<std::string, std::string> premier;
+    for (const OutilVoix& outil : *outils) {
+      std::string texte = outil.description;
+      for (const ParamVoix& p : outil.parametres) texte += p.description;
+      for (std::sregex_iterator i(texte.begin(), texte.end(), cite), fin; i != fin; ++i)
+        EXPECT_EQ(premier.emplace(i->str(1), outil.nom).first->second, outil.nom) << i->str();
+    }
+  }
 }
 
 }  // namespace

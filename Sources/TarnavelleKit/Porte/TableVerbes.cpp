@@ -219,9 +219,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
 
       {{"capture_web",
         "Prend une photo du VIEWPORT RENDU de la carte navigateur — la page telle que le moteur web la "
-        "peint, ce que capture ne sait pas voir. « photographie la page », « à quoi ressemble le site ? », "
-        "« capture la page de connexion ». Ne photographie PAS le reste du canvas (terminaux, post-its, "
-        "documents) : pour cela, c'est capture.",
+        "peint, ce que capture ne sait pas voir. « photographie la page », « à quoi ressemble le site ? ». "
+        "Ne va sur AUCUNE page : l'ouvrir, c'est ouvrir_web. Ne photographie PAS le reste du canvas "
+        "(terminaux, post-its) : là, c'est capture.",
         {facultatif("chemin",
                     "Où écrire le PNG (fichier .png, ou dossier). Vide = un fichier daté dans le dossier de "
                     "captures."),
@@ -235,8 +235,8 @@ const std::vector<LigneVerbe>& tableVerbes() {
       {{"diffuser",
         "Envoie le MÊME texte, VERBATIM, dans le terminal de TOUS les agents ouverts d'un coup : « dis à "
         "tout le monde de committer », « préviens tous les agents que la base a bougé », « stop général ». "
-        "Rend qui a reçu et qui a manqué. Pour un SEUL agent, préfère souffler (un message) ou dicter (une "
-        "consigne dans son terminal).",
+        "Rend qui a reçu et qui a manqué. Pour UN SEUL agent, préfère souffler (dans sa messagerie) ou "
+        "dicter (tapé dans son terminal).",
         {requis("texte", "Le message à diffuser, MOT POUR MOT, sans adresse"),
          drapeau("scene_seulement",
                  "true pour ne viser que les agents de la scène visible. Défaut false (tous les agents "
@@ -250,8 +250,8 @@ const std::vector<LigneVerbe>& tableVerbes() {
       {{"fini",
         "LE PIPE — un agent DÉCLARE qu'il a fini son travail, et le cockpit le sait sur-le-champ : la "
         "pastille passe au repos et les relais armés sur « quand X aura fini » se déclenchent. C'est le "
-        "verbe qu'un CLI appelle sur LUI-MÊME, depuis son propre terminal (« tarnavellectl fini »), pas un "
-        "ordre donné à un autre agent. L'inverse, c'est bloque ; l'état des tâches, taches.",
+        "verbe qu'un CLI appelle sur LUI-MÊME, dans son terminal (« tarnavellectl fini »), pas un ordre pour "
+        "un autre. L'inverse : bloque ; les tâches : taches ; armer un relais : commande.",
         {facultatif("note", "Ce qui a été fait, en une phrase. Facultatif — c'est le journal qui la porte."),
          facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
        {"pipe_done"},
@@ -270,8 +270,8 @@ const std::vector<LigneVerbe>& tableVerbes() {
 
       {{"postit",
         "Pose un POST-IT sur le canvas : une note qui reste À L'ÉCRAN, sous les yeux, à côté des agents. "
-        "« colle un post-it : relire la migration », « affiche le numéro du ticket », « garde sous mes "
-        "yeux : démo à 14 h ». Ce n'est PAS retiens : un post-it se REGARDE, une note de mémoire se RAPPELLE "
+        "« colle un post-it : relire la migration », « garde sous mes yeux : démo à 14 h », « affiche : le "
+        "lot 7 à livrer ». Ce n'est PAS retiens : un post-it se REGARDE, une note de mémoire se RAPPELLE "
         "(avec rappelle).",
         {requis("texte", "Ce qui est écrit sur la note, tel quel")}},
        {"sticky_note"},
@@ -292,7 +292,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "REDÉMARRE un agent déjà ouvert : le même CLI, le même dossier, mais un processus NEUF. « relance "
         "Merlin », « redémarre Milan, il ne répond plus », « repars de zéro avec Harfang ». Le travail en "
         "cours est PERDU : la session est réellement tuée, pas seulement sa fenêtre. Ce n'est ni "
-        "ouvrir_agent (qui ouvre un agent de plus) ni souffler (qui parle à l'agent sans toucher à son "
+        "ouvrir_agent (qui en ouvre un de plus) ni souffler (qui lui laisse un message sans toucher au "
         "processus). Un agent DISTANT ne peut pas être relancé d'ici.",
         {requis("agent",
                 "Le nom de l'agent à relancer. Exigé : on ne relance jamais « celui qu'on regarde » par "
@@ -303,8 +303,8 @@ const std::vector<LigneVerbe>& tableVerbes() {
       {{"script",
         "Lance le script TYPÉ d'un chantier dans un terminal dédié, en DÉDUISANT la commande de ce qui est "
         "sur le disque : package.json donne npm test / npm install, un Makefile donne make test, Cargo.toml "
-        "donne cargo test / cargo build. « lance les tests du chantier », « installe les dépendances ». Pour "
-        "une commande LIBRE, c'est shell ; pour attester la réussite d'une tâche suivie, c'est le verify de "
+        "donne cargo test / cargo build. « joue les tests du chantier », « installe les dépendances ». Pour "
+        "une commande LIBRE, que tu donnes, c'est shell ; pour attester une tâche suivie, c'est le verify de "
         "pondre_agent.",
         {requis("genre", "test (jouer les tests) ou install (installer les dépendances)"),
          facultatif("dossier", "Le dossier du chantier. Vide = celui de la scène courante.")}},
@@ -328,9 +328,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
       {{"message_chat",
         "Envoie un message à Hermès DANS SA CARTE de conversation, et rend la main TOUT DE SUITE : la "
         "réponse s'affiche sur la carte, elle n'est pas dans cette réponse-ci — Hermès prend cinq à soixante "
-        "secondes. Si aucune conversation n'est ouverte, le cockpit en ouvre une d'abord ; si plusieurs le "
-        "sont, cible nomme l'HÔTE visé. Pour taper dans le terminal d'un agent, c'est dicter ; pour parler à "
-        "tous d'un coup, c'est diffuser ; pour une demande au cockpit lui-même, c'est commande.",
+        "secondes. Pour la voir ensuite, c'est capture sur cette carte. Si aucune conversation n'est "
+        "ouverte, le cockpit en ouvre une d'abord ; si plusieurs le sont, cible nomme l'HÔTE visé. Pour le "
+        "terminal d'un agent, c'est dicter ; pour tous d'un coup, diffuser ; pour le cockpit, commande.",
         {requis("texte", "Le message à écrire à Hermès, fidèle et complet, sans l'adresse"),
          facultatif("cible",
                     "L'hôte de la conversation visée, quand plusieurs sont ouvertes. Vide = la dernière "
@@ -342,10 +342,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "SUSPEND la réponse jusqu'à ce qu'il se passe quelque chose chez un agent — c'est le SEUL verbe de "
         "la porte qui prend son temps au lieu de rendre la main tout de suite. À appeler APRÈS avoir mis un "
         "agent au travail, au lieu de relire son écran en boucle : « attends que Merlin ait terminé », "
-        "« préviens-moi quand Milan pose une question ». Rend TOUJOURS ce qui s'est passé — atteint ou non, "
-        "la raison, la durée, l'état final —, y compris quand le délai expire (raison « timeout ») ou que la "
-        "session meurt (raison « mort »). Ne tape RIEN et ne consomme rien. Pour l'état de tout le plateau "
-        "sans attendre, c'est etat ; pour ce qui est écrit à l'écran, c'est lire.",
+        "« attends que Milan pose une question ». D'ici là, tu ne fais rien d'autre. Rend TOUJOURS ce qui "
+        "s'est passé — atteint ou non, la raison, la durée, l'état final —, y compris quand le délai expire "
+        "(raison « timeout ») ou que la session meurt (raison « mort »). Ne tape RIEN et ne consomme rien. "
+        "L'état du plateau sans attendre, c'est etat ; ce que montre un écran, lire.",
         {requis("agent", "Le nom de l'agent à observer"),
          facultatif("jusqu_a",
                     "idle (l'écran s'est calmé, défaut), besoin (il pose une question), fini (il a déclaré "
@@ -413,10 +413,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
 
       {{"fermer",
         "FERME une surface du plateau, désignée par son nom : un terminal d'agent, une conversation Hermès, "
-        "un document, une fenêtre du crew, ou une fenêtre nommée par nommer_zone. « ferme Milan », « ferme "
-        "la conversation », « ferme le tunnel de paiement », « ferme ça ». Sans cible, c'est la fenêtre AU "
-        "REGARD qui se ferme. Fermer la fenêtre d'un terminal ne TUE PAS l'agent : sa session tmux survit et "
-        "se rattache — c'est relancer_agent qui redémarre un processus. Pour vider toute la scène d'un coup, "
+        "un document, une fenêtre du crew, ou une fenêtre nommée par nommer_zone. « ferme Harfang », « ferme "
+        "la conversation », « ferme le document », « ferme ça ». Sans cible, c'est la fenêtre AU REGARD qui "
+        "se ferme, quelle qu'elle soit. Fermer un terminal ne TUE PAS l'agent : sa session tmux survit et se "
+        "rattache — c'est relancer_agent qui redémarre un processus. Pour vider toute la scène d'un coup, "
         "c'est fermer_tout.",
         {facultatif("cible",
                     "Le nom de l'agent, de la conversation ou de la fenêtre. Vide = celle qu'on regarde.")}},
@@ -425,9 +425,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
 
       {{"fermer_tout",
         "FERME TOUT ce qui se ferme sur la scène visible — terminaux, conversations, documents, fenêtres du "
-        "crew — sauf les noms qu'on épargne. « ferme tout sauf Merlin », « fais le ménage ». Les sessions "
-        "tmux des agents SURVIVENT à leurs fenêtres : ce verbe range l'écran, il n'arrête AUCUN travail en "
-        "cours. Les autres scènes restent intactes. Pour une seule surface, c'est fermer.",
+        "crew — sauf les noms qu'on épargne. « ferme tout sauf Merlin », « ferme toutes les fenêtres ». Les "
+        "sessions tmux des agents SURVIVENT : l'écran se vide, AUCUN travail ne s'arrête. Les autres scènes "
+        "restent intactes. Disposer sans fermer : ranger ; une seule surface : fermer.",
         {facultatif(
             "sauf",
             "Les noms à ÉPARGNER, séparés par des virgules : « Merlin, Milan ». Vide = on ferme tout.")}},

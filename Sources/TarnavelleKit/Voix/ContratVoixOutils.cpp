@@ -45,8 +45,8 @@ const std::vector<OutilVoix>& ContratVoix::outilsTarnavelleV2() {
        .description = "Bascule vers une autre SCÈNE de travail, un espace du cockpit nommé d'après un "
                       "projet ou un dossier (« Sources », « Boutique ») : « va sur la scène Sources », "
                       "« change de scène ». Les scènes qui existent te sont données plus haut : "
-                      "n'appelle cet outil QUE pour l'une d'elles. Un SITE ou une adresse (« va sur "
-                      "example.com ») n'est PAS une scène : c'est ouvrir_web.",
+                      "n'appelle cet outil QUE pour l'une d'elles. Un SITE ou une adresse n'est PAS une "
+                      "scène : c'est ouvrir_web.",
        .parametres = {{.nom = "nom", .description = "Le nom de la scène (ou de son dossier)", .requis = true}}},
       {.nom = "ouvrir_agent",
        .description = "Ouvre un NOUVEAU terminal d'agent sur le plateau : « ouvre un agent claude », "
@@ -182,8 +182,8 @@ const std::vector<OutilVoix>& ContratVoix::outilsPlateauMac() {
       {.nom = "aller_scene",
        .description = "Bascule le Mac vers une autre de SES scènes de travail : « va sur la scène "
                       "Sources là-bas », « change de scène sur le Mac ». Ses scènes te sont données plus "
-                      "haut : n'appelle cet outil QUE pour l'une d'elles. Un SITE ou une adresse (« va "
-                      "sur example.com ») n'est PAS une scène : c'est ouvrir_web.",
+                      "haut : n'appelle cet outil QUE pour l'une d'elles. Un SITE ou une adresse n'est PAS une "
+                      "scène : c'est ouvrir_web.",
        .parametres = {{.nom = "nom", .description = "Le nom de la scène (ou de son dossier)", .requis = true}}},
       {.nom = "ouvrir_agent",
        .description = "Ouvre un NOUVEAU terminal d'agent sur le plateau du Mac : « ouvre un agent claude "
@@ -197,7 +197,7 @@ const std::vector<OutilVoix>& ContratVoix::outilsPlateauMac() {
             {.nom = "dossier",
              .description = "Le dossier de travail, sur le Mac (« dans Sources »). Vide = sa scène courante."},
             {.nom = "hote",
-             .description = "L'hôte distant où le Mac doit le lancer (« sur mac-atelier »). Vide = le Mac "
+             .description = "L'hôte distant où le Mac doit le lancer (« sur vm-essais »). Vide = le Mac "
                             "lui-même."}}},
       {.nom = "ouvrir_web",
        .description = "Ouvre une page WEB sur le Mac, dans la carte navigateur de son cockpit : une "
