@@ -379,10 +379,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "RANGE les fenêtres de la scène visible selon un PLAN : grille (des quadrants réguliers), colonnes "
         "(côte à côte, pleine hauteur), scene (une grande en haut, les autres en rangée dessous), "
         "apercu_agents (UNE grande à GAUCHE, toutes les autres empilées en rail vertical à droite), auto (le "
-        "cockpit choisit selon le nombre de fenêtres). « range les fenêtres », « mets tout en colonnes », "
-        "« mets Merlin en grand et les autres à côté ». La vedette ne compte que pour scene et "
-        "apercu_agents ; en nommer une suffit à demander apercu_agents. Ce n'est PAS focus, qui met UNE "
-        "fenêtre en grand : ici, c'est toute la scène qui se range.",
+        "cockpit choisit selon le nombre de fenêtres). « fais le ménage », « mets tout en colonnes », « mets "
+        "Merlin en grand et tous les autres à côté ». La vedette ne compte que pour scene et apercu_agents ; "
+        "en nommer une suffit à choisir apercu_agents. Ce n'est PAS focus, qui met UNE fenêtre en grand : "
+        "ici, c'est toute la scène qui se range.",
         {facultatif("plan",
                     "grille, colonnes, scene, apercu_agents ou auto. Vide = apercu_agents si une vedette est "
                     "nommée, sinon auto."),
