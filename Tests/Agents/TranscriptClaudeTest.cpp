@@ -35,6 +35,7 @@ std::string assistant(const std::string& contenu) {
 const std::pair<std::string, std::optional<std::string>> lignes[] = {
     {assistant(R"([{"type":"text","text":" Voilà \ud83d\ude00\nla suite. \n"}])"), "Voilà 😀\nla suite."},
     {"\uFEFF" + assistant(R"([{"type":"text","text":"BOM"}])") + "\r", "BOM"},
+    {assistant(R"([{"type":"text","text":"\\ud83c \uDF00"}])"), "\\ud83c \uFFFD"},
     {assistant(
          R"([{"type":"thinking","thinking":"hum"},{"type":"text","text":"un"},{"type":"text","text":"\n "},)"
          R"({"type":"tool_use","name":"Bash","text":"non"},[{"type":"text","text":"non"}],"non",)"

@@ -34,6 +34,7 @@ TEST(EvenementGateway, Lire) {
       // A text of its own comes before the calls of a delta.
       {R"({"type":"text","text":"t","choices":[{"delta":{"tool_calls":[]}}]})", "texte|t"},
       {R"({"type":"text","text":null,"content":"c"})", "texte|c"},
+      {R"({"type":"text","text":"\ud83c"})", "texte|\uFFFD"},
       {R"({"type":"text","text":"","conversation_id":"k"})", "session|k"},
       {R"({"type":null,"event":"text","text":"t"})", "texte|t"},
       {R"({"type":"tool.start","tool":"lire","input":{"file_path":"/a","path":"/b"}})", "outil|lire|/a"},

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureIndulgente.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -124,6 +125,20 @@ TEST(LectureJSON, BooleenDeTete) {
       {R"([{"ok":true}])", {}}};
   for (const auto& [texte, valeur] : cas)
     EXPECT_EQ(LectureJSON::booleenDeTete(texte, "ok").valeur, valeur) << texte;
+}
+
+TEST(LectureIndulgente, MoitiesDePaires) {
+  const std::pair<const char*, const char*> cas[] = {
+      {R"("\ud83c")", "\uFFFD"},
+      {R"("\uDe00\ud83d\ud83d\ude00\ud83dx")", "\uFFFD\uFFFD😀\uFFFDx"},
+      {R"("\\ud83c\\\ud83c\"\ud83c")", "\\ud83c\\\uFFFD\"\uFFFD"},
+  };
+  for (const auto& [texte, lu] : cas) {
+    EXPECT_EQ(LectureIndulgente::valeur(texte), Json(lu)) << texte;
+    EXPECT_FALSE(LectureJSON::valeur(texte)) << texte;
+  }
+  for (const char* refuse : {R"("\ud83)", R"("\ud83c)", R"(\ud83c)", "\"\\ud83c\xFF\"", R"("\ud83cz\u+12c")"})
+    EXPECT_FALSE(LectureIndulgente::valeur(refuse)) << refuse;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <span>
 #include <utility>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/LectureIndulgente.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {
@@ -192,7 +192,7 @@ const std::string* sessionAnnoncee(const Json& objet) {
 }  // namespace
 
 EvenementGateway EvenementGateway::lire(std::string_view charge) {
-  auto objet = LectureJSON::objet(charge, {clesLues});
+  auto objet = LectureIndulgente::objet(charge, {clesLues});
   if (!objet) return aucun();
   if (const Json* erreur = Champ::membre(*objet, "error"); erreur && !erreur->is_null())
     return lireErreur(*erreur);

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/LectureIndulgente.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -13,7 +13,7 @@ constexpr std::array<std::string_view, 6> clesLues = {"event", "id",    "message
 }  // namespace
 
 LectureNtfy MessageNtfy::lire(std::string_view ligne, std::optional<std::string_view> topicAttendu) {
-  const auto objet = LectureJSON::objet(ligne, {clesLues});
+  const auto objet = LectureIndulgente::objet(ligne, {clesLues});
   if (!objet) return {LectureNtfy::rien{}};
   std::string topic = Champ::texte(*objet, "topic");
   if (topicAttendu && !topicAttendu->empty() && *topicAttendu != topic) return {LectureNtfy::rien{}};

@@ -1,5 +1,6 @@
 #include "Socle/LignesJSON.hpp"
 
+#include "Socle/LectureIndulgente.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::LignesJSON {
@@ -11,6 +12,8 @@ std::size_t parcourir(std::string_view tranche, const std::function<void(std::st
   return debut;
 }
 
-std::optional<Json> objet(std::string_view ligne) { return LectureJSON::objet(Texte::sansMarqueDOrdre(ligne)); }
+std::optional<Json> objet(std::string_view ligne) {
+  return LectureIndulgente::objet(Texte::sansMarqueDOrdre(ligne));
+}
 
 }  // namespace tarnavelle::LignesJSON

@@ -16,8 +16,8 @@ namespace tarnavelle::LignesJSON {
 /// line feeds included: the reader's cursor moves on by as much, and what follows is read again.
 std::size_t parcourir(std::string_view tranche, const std::function<void(std::string_view)>& voir);
 
-/// The object that a line holds, in one parse; nothing when it holds anything else. A byte order mark
-/// before it is passed over, as RFC 8259 allows.
+/// The object that a line holds; nothing when it holds anything else. A byte order mark before it is passed
+/// over, as RFC 8259 allows, and the reading is lenient (LectureIndulgente).
 std::optional<Json> objet(std::string_view ligne);
 
 }  // namespace tarnavelle::LignesJSON

@@ -1,0 +1,59 @@
+#include "Socle/LectureIndulgente.hpp"
+
+#include <charconv>
+#include <string>
+
+namespace tarnavelle::LectureIndulgente {
+namespace {
+
+constexpr std::size_t tailleEchappement = 6;  // "\uXXXX"
+
+/// The UTF-16 unit that an escape writes at the beginning of the text; 0 when none stands there.
+unsigned unite(std::string_view texte) {
+  if (texte.size() < tailleEchappement || !texte.starts_with("\\u")) return 0;
+  unsigned n = 0;
+  const char* const fin = texte.data() + tailleEchappement;
+  const auto [lu, erreur] = std::from_chars(texte.data() + 2, fin, n, 16);
+  return erreur == std::errc{} && lu == fin ? n : 0;
+}
+
+bool haute(unsigned unite) { return unite >= 0xD800 && unite < 0xDC00; }
+bool basse(unsigned unite) { return unite >= 0xDC00 && unite < 0xE000; }
+
+/// The text with each half of a surrogate pair replaced; nothing when there is none. An escape takes the place
+/// of an escape: the bytes stay where they are.
+std::optional<std::string> sansMoities(std::string_view texte) {
+  std::optional<std::string> repare;
+  for (auto i = texte.find('\\'); i != texte.npos; i = texte.find('\\', i)) {
+    const auto reste = texte.substr(i);
+    const unsigned u = unite(reste);
+    if (haute(u) && basse(unite(reste.substr(tailleEchappement)))) {
+      i += 2 * tailleEchappement;
+    } else if (haute(u) || basse(u)) {
+      if (!repare) repare.emplace(texte);
+      repare->replace(i, tailleEchappement, "\\ufffd");
+      i += tailleEchappement;
+    } else {
+      i += 2;  // whatever is escaped, a backslash first of all
+    }
+  }
+  return repare;
+}
+
+template <class Lire>
+std::optional<Json> lireOuReparer(std::string_view texte, Lire lire) {
+  std::optional<Json> lu = lire(texte);
+  if (lu) return lu;
+  if (const auto repare = sansMoities(texte)) lu = lire(*repare);
+  return lu;
+}
+
+}  // namespace
+
+std::optional<Json> valeur(std::string_view texte) { return lireOuReparer(texte, LectureJSON::valeur); }
+
+std::optional<Json> objet(std::string_view texte, const LectureJSON::Filtre& filtre) {
+  return lireOuReparer(texte, [&](std::string_view t) { return LectureJSON::objet(t, filtre); });
+}
+
+}  // namespace tarnavelle::LectureIndulgente
