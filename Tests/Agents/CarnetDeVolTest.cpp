@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -118,20 +119,23 @@ const struct {
     {"Notification", R"("message":" Claude attend\n")", {E::besoin{"Claude attend"}}},
     {"Notification", R"("a":1)", {E::besoin{""}}},  // also when it says nothing
     {"Notification", "\"message\":\"" + repeter(501, "m") + "\"", {E::besoin{repeter(500, "m") + "…"}}},
-    {"Stop", "\"a\":\"\xC3\"", {E::inconnu{}}},
+    {"Notification", R"("message":"\ud83c, l'emoji coup\u00e9")", {E::besoin{"\uFFFD, l'emoji coupé"}}},
 };
 
 TEST(CarnetDeVol, DecodeChaqueLigneDUnJournalQuiGrandit) {
   std::string journal;
   std::vector<EvenementVol> attendus = {{E::fini{}}};
-  for (const char* illisible : {"", "42", R"({"hook_event_name":["Stop"],"transcript_path":"/a"})"})
+  for (const char* illisible :
+       {"", "42", R"({"hook_event_name":["Stop"],"transcript_path":"/a"})",
+        "{\"hook_event_name\":\"Stop\",\"a\":\"\xC3\"}", R"([{"hook_event_name":"Stop"}])"})
     journal.append(illisible).append("\n");
   journal += "\uFEFF{\"hook_event_name\":\"Stop\"} \r\n";
   for (const auto& c : hooks) {
     const std::string ligne = R"({"hook_event_name":")" + c.nom + "\"," + c.champs + "}";
-    const auto decodee = CarnetDeVol::decoder(ligne);
-    EXPECT_EQ(decodee.evenement, c.evenement) << ligne;
-    EXPECT_EQ(decodee.transcript, c.transcript) << ligne;
+    const auto decodes = CarnetDeVol::decoder(ligne);
+    ASSERT_EQ(decodes.size(), 1u) << ligne;
+    EXPECT_EQ(decodes[0].evenement, c.evenement) << ligne;
+    EXPECT_EQ(decodes[0].transcript, c.transcript) << ligne;
     if (ligne.size() > 400) continue;  // what is long adds nothing to the cuts
     journal += ligne + "\n";
     if (!std::holds_alternative<E::inconnu>(c.evenement.cas)) attendus.push_back(c.evenement);
@@ -155,6 +159,29 @@ TEST(CarnetDeVol, DecodeChaqueLigneDUnJournalQuiGrandit) {
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262143, 0), 10);
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 1), 11);
   EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 0), 262154);
+}
+
+// Each hook appends its object, then its line feed; a long object goes in several writes. Whatever comes in
+// between, the objects that are whole are read.
+TEST(CarnetDeVol, LitLesHooksQuiSePartagentUneLigne) {
+  const std::string a =
+      R"({"hook_event_name":"PreToolUse","tool_name":"W","tool_input":{"e":[{"x":"}{\"b\":1}"}]}})";
+  const std::string b =
+      R"({"hook_event_name":"Notification","message":"m {\"","o":{"hook_event_name":"Stop"}})";
+  const EvenementVol evenementA = {E::outil{"W", ""}};
+  const EvenementVol evenementB = {E::besoin{"m {\""}};
+  for (const std::string& ligne : {a + b, a + " " + b, "\uFEFF" + a + b + "\r"})
+    EXPECT_EQ(CarnetDeVol::lire(ligne + "\n\n").evenements, (std::vector{evenementA, evenementB})) << ligne;
+  for (std::size_t coupe = 1; coupe < a.size(); ++coupe) {
+    const auto debut = a.substr(0, coupe);
+    const auto suite = a.substr(coupe);
+    for (const std::string& journal : {debut + b + suite + "\n\n", debut + b + "\n" + suite + "\n"}) {
+      const auto lus = CarnetDeVol::lire(journal).evenements;
+      EXPECT_EQ(std::ranges::count(lus, evenementB), 1) << journal;
+      EXPECT_EQ(std::ranges::count(lus, EvenementVol{E::fini{}}), 0) << journal;
+    }
+    EXPECT_EQ(CarnetDeVol::lire(debut + "\n" + suite + b + "\n").evenements, std::vector{evenementB}) << coupe;
+  }
 }
 
 TEST(CarnetDeVol, SansEcho) {

@@ -141,5 +141,45 @@ TEST(LectureIndulgente, MoitiesDePaires) {
     EXPECT_FALSE(LectureIndulgente::valeur(refuse)) << refuse;
 }
 
+TEST(LectureIndulgente, ChaqueObjetEntier) {
+  const struct {
+    std::string texte;
+    std::vector<std::string> objets;
+    bool intacts = true;
+  } cas[] = {
+      {"", {}},
+      {R"(Soit {x} ou {} : {"a":1,} puis [{ "b":[2,],"c":{"d":3}}])",
+       {R"({"a":1})", R"({"b":[2],"c":{"d":3}})"}},
+      {R"({"a":"{\"b\":1}","c":"\ud83c"}{"d":")", {R"({"a":"{\"b\":1}","c":"�"})"}, false},
+      {R"({"a":{"b":1},"c)", {R"({"b":1})"}, false},
+      {R"({"a"} {"b":1})", {R"({"b":1})"}, false},
+      {R"({"a":1,,"b":{"c":2}})", {R"({"c":2})"}, false},
+  };
+  for (const auto& c : cas) {
+    std::vector<std::string> objets;
+    const auto voir = [&](const Json& objet) {
+      objets.push_back(EcritureJSON::compacte(objet).value());
+      return true;
+    };
+    EXPECT_EQ(LectureIndulgente::chaqueObjet(c.texte, voir), c.intacts) << c.texte;
+    EXPECT_EQ(objets, c.objets) << c.texte;
+  }
+}
+
+// What it would cost to try each brace of a hostile text, of which an honest object is the end.
+TEST(LectureIndulgente, RenonceQuandLesLecturesVainesCoutentTrop) {
+  const auto lus = [](std::string_view avant, std::size_t fois) {
+    int n = 0;
+    LectureIndulgente::chaqueObjet(repeter(fois, avant) + R"({"z":1})", [&](const Json&) {
+      ++n;
+      return true;
+    });
+    return n;
+  };
+  EXPECT_EQ(lus(R"({"a":)", LectureIndulgente::lecturesMax), 1);
+  EXPECT_EQ(lus(R"({"a":)", 10'000), 0);
+  EXPECT_EQ(lus("{", 1'000'000), 1);
+}
+
 }  // namespace
 }  // namespace tarnavelle

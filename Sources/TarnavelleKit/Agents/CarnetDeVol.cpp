@@ -224,23 +224,25 @@ EvenementVol evenement(std::string_view nom, const Json& d) {
   return {EvenementVol::inconnu{}};
 }
 
-LigneDecodee decoder(std::string_view ligne) {
-  LigneDecodee decodee{{EvenementVol::inconnu{}}, {}};
-  const auto objet = LignesJSON::objet(ligne);
-  const std::string* nom = objet ? Champ::chaine(*objet, "hook_event_name") : nullptr;
-  if (!nom) return decodee;
-  decodee.evenement = evenement(*nom, *objet);
-  if (const std::string* chemin = Champ::chaine(*objet, "transcript_path")) decodee.transcript = *chemin;
-  return decodee;
+std::vector<ObjetDecode> decoder(std::string_view ligne) {
+  std::vector<ObjetDecode> decodes;
+  LignesJSON::objets(ligne, [&](const Json& objet) {
+    const std::string* nom = Champ::chaine(objet, "hook_event_name");
+    if (!nom) return;
+    const std::string* transcript = Champ::chaine(objet, "transcript_path");
+    decodes.push_back({evenement(*nom, objet), transcript ? std::optional(*transcript) : std::nullopt});
+  });
+  return decodes;
 }
 
 Lecture lire(std::string_view data) {
   Lecture lecture;
   lecture.consommes = LignesJSON::parcourir(data, [&](std::string_view ligne) {
-    LigneDecodee decodee = decoder(ligne);
-    if (decodee.transcript) lecture.transcript = std::move(decodee.transcript);
-    if (!std::holds_alternative<EvenementVol::inconnu>(decodee.evenement.cas))
-      lecture.evenements.push_back(std::move(decodee.evenement));
+    for (ObjetDecode& decode : decoder(ligne)) {
+      if (decode.transcript) lecture.transcript = std::move(decode.transcript);
+      if (!std::holds_alternative<EvenementVol::inconnu>(decode.evenement.cas))
+        lecture.evenements.push_back(std::move(decode.evenement));
+    }
   });
   return lecture;
 }

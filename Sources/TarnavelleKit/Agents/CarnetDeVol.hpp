@@ -49,7 +49,7 @@ struct EvenementVol {
   struct fini {
     bool operator==(const fini&) const = default;
   };
-  /// Any other hook, or an unreadable line.
+  /// Any other hook.
   struct inconnu {
     bool operator==(const inconnu&) const = default;
   };
@@ -127,13 +127,14 @@ std::string impressionDepuis(std::string_view chemin, std::int64_t curseur);
 /// bytes, tells the conversation's title. The title is the JSON text's own, escapes included.
 std::string commandeTitres(std::string_view marque, std::int64_t queue);
 
-struct LigneDecodee {
+struct ObjetDecode {
   EvenementVol evenement;
   std::optional<std::string> transcript;  ///< path of the agent's transcript
 };
 
-/// One line of the log.
-LigneDecodee decoder(std::string_view ligne);
+/// One line of the log: what each hook's object says. A hook writes its object and its line feed apart, so
+/// those that fire at once may share a line, cut one another, and leave empty lines.
+std::vector<ObjetDecode> decoder(std::string_view ligne);
 
 /// The event of a hook's name and fields.
 EvenementVol evenement(std::string_view nom, const Json& d);
@@ -144,7 +145,7 @@ struct Lecture {
   std::optional<std::string> transcript;  ///< the last path that the slice tells
 };
 
-/// Decodes a slice of the log. Only complete lines are decoded; unreadable ones are consumed.
+/// Decodes a slice of the log. Only complete lines are decoded; what is unreadable in them is consumed.
 Lecture lire(std::string_view data);
 
 /// Where to read next after a slice of `octets` bytes, here as in a transcript: `consommes` further on. A

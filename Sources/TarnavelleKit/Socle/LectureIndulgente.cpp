@@ -56,4 +56,29 @@ std::optional<Json> objet(std::string_view texte, const LectureJSON::Filtre& fil
   return lireOuReparer(texte, [&](std::string_view t) { return LectureJSON::objet(t, filtre); });
 }
 
+bool chaqueObjet(std::string_view texte, const std::function<bool(const Json&)>& voir) {
+  const auto repare = sansMoities(texte);
+  if (repare) texte = *repare;
+  bool intacts = true;
+  std::size_t enVain = 0;
+  for (auto i = texte.find('{'); i != texte.npos; i = texte.find('{', i)) {
+    const auto cle = texte.find_first_not_of(" \t\r\n", i + 1);
+    if (cle == texte.npos || texte[cle] != '"') {  // no key: a brace of prose, or nothing in it
+      ++i;
+      continue;
+    }
+    const auto [objet, octets] = LectureJSON::debut(texte.substr(i));
+    if (objet) {
+      if (!voir(*objet)) break;
+      i += octets;
+      continue;
+    }
+    intacts = false;
+    enVain += octets;
+    if (enVain / lecturesMax > texte.size()) break;
+    ++i;
+  }
+  return intacts;
+}
+
 }  // namespace tarnavelle::LectureIndulgente

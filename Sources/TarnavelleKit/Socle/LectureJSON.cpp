@@ -221,11 +221,22 @@ boost::json::parse_options options() {
   return o;
 }
 
+struct Parcours {
+  bool lisible;  ///< a value begins the text
+  std::size_t octets;
+};
+
 template <class G>
-bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) {
+Parcours parcourirDebut(boost::json::basic_parser<G>& analyseur, std::string_view texte) {
   Erreur erreur;
   const auto lus = analyseur.write_some(false, texte.data(), texte.size(), erreur);
-  return !erreur && analyseur.done() && lus == texte.size();
+  return {!erreur && analyseur.done(), lus};
+}
+
+template <class G>
+bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) {
+  const auto [lisible, octets] = parcourirDebut(analyseur, texte);
+  return lisible && octets == texte.size();
 }
 
 std::optional<Json> document(std::string_view texte, const LectureJSON::Filtre& filtre) {
@@ -246,6 +257,16 @@ std::optional<Json> objet(std::string_view texte, const Filtre& filtre) {
   auto lu = document(texte, filtre);
   if (lu && !lu->is_object()) lu.reset();
   return lu;
+}
+
+Debut debut(std::string_view texte) {
+  auto souples = options();
+  souples.allow_trailing_commas = true;
+  const Filtre tout;
+  boost::json::basic_parser<Batisseur> analyseur(souples, tout);
+  const auto [lisible, octets] = parcourirDebut(analyseur, texte);
+  if (!lisible) return {{}, octets};
+  return {std::move(analyseur.handler().racine), octets};
 }
 
 BooleenDeTete booleenDeTete(std::string_view texte, std::string_view cle) {

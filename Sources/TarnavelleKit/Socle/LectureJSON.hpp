@@ -38,6 +38,16 @@ struct Filtre {
 };
 std::optional<Json> objet(std::string_view texte, const Filtre& filtre);
 
+/// What begins a text.
+struct Debut {
+  std::optional<Json> valeur;  ///< nothing when it is unreadable
+  std::size_t octets = 0;      ///< read: the value's and those of white space after it, or all up to the fault
+};
+
+/// The value that begins the text, whatever follows it. A comma may come before the end of a list or of an
+/// object here: what is looked for in a text of anything is not asked to be perfect.
+Debut debut(std::string_view texte);
+
 /// What reading one boolean of a large text found.
 struct BooleenDeTete {
   bool lisible = false;        ///< the whole text is strict JSON, hence well-formed UTF-8

@@ -16,4 +16,16 @@ std::optional<Json> objet(std::string_view ligne) {
   return LectureIndulgente::objet(Texte::sansMarqueDOrdre(ligne));
 }
 
+void objets(std::string_view ligne, const std::function<void(const Json&)>& voir) {
+  ligne = Texte::sansMarqueDOrdre(ligne);
+  if (const auto valeur = LectureIndulgente::valeur(ligne)) {
+    if (valeur->is_object()) voir(*valeur);
+    return;
+  }
+  LectureIndulgente::chaqueObjet(ligne, [&](const Json& objet) {
+    voir(objet);
+    return true;
+  });
+}
+
 }  // namespace tarnavelle::LignesJSON

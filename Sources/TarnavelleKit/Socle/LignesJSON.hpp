@@ -20,4 +20,8 @@ std::size_t parcourir(std::string_view tranche, const std::function<void(std::st
 /// over, as RFC 8259 allows, and the reading is lenient (LectureIndulgente).
 std::optional<Json> objet(std::string_view ligne);
 
+/// The same where several programs append to the file at once, and may write into each other's lines: gives
+/// each whole object of a line that is not JSON, in order.
+void objets(std::string_view ligne, const std::function<void(const Json&)>& voir);
+
 }  // namespace tarnavelle::LignesJSON
