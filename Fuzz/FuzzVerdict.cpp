@@ -37,8 +37,11 @@ void verifier(const IntentionTarnavelle& intention) {
 
 int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   const std::string reponse(vue(octets, taille));
-  const auto verdict = MoteurIntentions::decoder(reponse);
-  exiger(MoteurIntentions::decoder("Voici :\n```json\n" + reponse + "\n``` Voilà.") == verdict);
+  const auto lecture = MoteurIntentions::lire(reponse);
+  exiger(MoteurIntentions::lire("Voici :\n```json\n" + reponse + "\n``` Voilà.") == lecture);
+  const auto& verdict = lecture.verdict;
+  exiger((lecture.teneur == TeneurReponse::demande) ==
+         (verdict && verdict->adressee && !verdict->commandes.empty()));
   if (!verdict) return 0;
   exiger(verdict->confiance >= 0 && verdict->confiance <= 1);
   exiger(Texte::caracteres(verdict->raison) <= MoteurIntentions::raisonMax);

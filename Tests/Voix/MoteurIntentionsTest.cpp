@@ -90,12 +90,56 @@ TEST(MoteurIntentions, Verdicts) {
        {true, 1, "", {I{I::focus{"Milan"}}, I{I::lire{"", false}}, I{I::focus{"Milan"}}}}},
   };
   for (const auto& [reponse, attendu] : lus) EXPECT_TRUE(M::decoder(reponse) == attendu) << reponse;
-  for (const char* refus :
-       {"", "}{", "{", R"({"adressee":true} et {"adressee":false})", "{\"raison\":\"\xFF\"}"})
-    EXPECT_FALSE(M::decoder(refus)) << refus;
+  for (const char* refus : {"", "}{", "{", "{\"raison\":\"\xFF\"}"}) EXPECT_FALSE(M::decoder(refus)) << refus;
   std::string longue;
   for (int i = 0; i < 121; ++i) longue += "e\u0301";
   EXPECT_EQ(M::decoder("{\"raison\":\"" + longue + "\"}")->raison, longue.substr(3));
+}
+
+TEST(MoteurIntentions, VerdictsCommeLesModelesLesEcrivent) {
+  const std::string verdict = R"({"adressee":true,"confiance":0.5,"commandes":[{"action":"etat"}]})";
+  const VerdictIntentions lu = {true, .5, "", {I{I::etat{}}}};
+  for (const std::string& reponse :
+       {"<think>\nDisons {\"adressee\":false}, {\"action\":\"focus\"… non.\n</think>\n" + verdict,
+        "Je mets {action} ainsi :\n```json\n" + verdict + "\n```\nSi {ambigu} il y a.",
+        verdict + "\n" + R"({"adressee":false,"commandes":[]})", R"({"note":1} )" + verdict,
+        R"({"verdict":)" + verdict, verdict.substr(0, verdict.size() - 2) + ",],}",
+        R"({"a":"\ud83c"} )" + verdict})
+    EXPECT_TRUE(M::decoder(reponse) == lu) << reponse;
+
+  const VerdictIntentions seules = {true, 0, "", {I{I::etat{}}, I{I::focus{"Milan"}}}};
+  EXPECT_TRUE(M::decoder(R"([{"action":"etat"}, {"action":"rien"},
+                            {"action":"focus","cible":"Milan"}])") == seules);
+  EXPECT_TRUE(M::decoder(R"(Soit : {"action":"etat","confiance":0.5}.)") == lu);
+  for (const char* refus : {
+           R"({"adressee":false,"commandes":[{"action":"etat"})",  // cut: it may say no
+           R"({"action":"etat"},{"action":"etat"} {"adressee":false,"raison":"il pen)",
+           R"(<think>{"action":"etat"} ou {"adressee":true}</think> Je ne sais pas.)",
+           R"(<think>{"action":"etat"} ou {"adressee":true} ?)",
+           R"({"erreur":"quota"} {"code":429})",
+       })
+    EXPECT_FALSE(M::decoder(refus)) << refus;
+  for (const char* vide :
+       {R"({"action":"etat"} {"adressee":false)", R"(<think>{"action":"etat"}</think> Je ne sais pas.)"})
+    EXPECT_TRUE(M::decoder(vide) == (VerdictIntentions{true, 0, "", {}})) << vide;
+}
+
+TEST(MoteurIntentions, RienDeDemandeOuRienDeLisible) {
+  using enum TeneurReponse;
+  const std::pair<const char*, TeneurReponse> cas[] = {
+      {R"({"commandes":[{"action":"Rien"},{"action":"etat"}]})", demande},
+      {R"({"action":"etat"})", demande},
+      {R"({"adressee":false,"commandes":[{"action":"etat"}]})", rien},
+      {R"({"adressee":true,"commandes":[{"action":"RIEN"}]})", rien},
+      {R"({"commandes":[]})", rien},
+      {R"({"action":"rien"})", rien},
+      {R"({"adressee":true,"commandes":[{"action":"rien"},{"action":"focus"}]})", illisible},
+      {R"({"adressee":true,"commandes":"etat"})", illisible},
+      {R"({"adressee":true})", illisible},
+      {R"({"erreur":"quota"})", illisible},
+      {"Je n'ai pas compris.", illisible},
+  };
+  for (const auto& [reponse, teneur] : cas) EXPECT_EQ(M::lire(reponse).teneur, teneur) << reponse;
 }
 
 }  // namespace

@@ -1,9 +1,5 @@
 #include "Voix/MoteurIntentions.hpp"
 
-#include <algorithm>
-#include <locale>
-#include <sstream>
-
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::MoteurIntentions {
@@ -89,30 +85,6 @@ constexpr std::string_view queueMicro =
     "- « qu'est-ce que Merlin a répondu ? »\n"
     "Dans le doute : adressee=false.";
 
-/// A text as the model means it: trimmed, "null" in any case being none.
-std::string lireCle(const Json& objet, std::string_view cle) {
-  const std::string* texte = Champ::chaine(objet, cle);
-  if (!texte || Texte::minuscules(*texte) == "null") return {};
-  return std::string(Texte::rogner(*texte));
-}
-
-std::string lireCle(const Json& objet, std::string_view cle, std::string_view repli) {
-  auto texte = lireCle(objet, cle);
-  return texte.empty() ? lireCle(objet, repli) : texte;
-}
-
-/// Only a boolean: "false" as a text is a mistake of the model's, and takes the default.
-std::optional<bool> booleen(const Json& objet, std::string_view cle) {
-  const Json* valeur = Champ::membre(objet, cle);
-  const auto* b = valeur ? valeur->get_ptr<const Json::boolean_t*>() : nullptr;
-  return b ? std::optional(*b) : std::nullopt;
-}
-
-std::optional<double> nombre(const Json& objet, std::string_view cle) {
-  const Json* valeur = Champ::membre(objet, cle);
-  return valeur ? MoteurIntentions::nombre(*valeur) : std::nullopt;
-}
-
 }  // namespace
 
 std::string prompt(const MondeVoix& monde, const std::vector<std::string>& clis, AdresseVoix adresse) {
@@ -132,91 +104,6 @@ std::string_view queue(AdresseVoix adresse) {
     case AdresseVoix::pressionTouche: return queueTouche;
   }
   return {};
-}
-
-std::optional<Json> objetJSON(std::string_view texte) {
-  const auto debut = texte.find('{');
-  const auto fin = texte.rfind('}');
-  if (debut == texte.npos || fin == texte.npos || fin < debut) return std::nullopt;
-  return LectureJSON::objet(texte.substr(debut, fin - debut + 1));
-}
-
-std::optional<double> nombre(const Json& valeur) {
-  if (valeur.is_number()) return valeur.get<double>();
-  if (!valeur.is_string()) return std::nullopt;
-  auto texte = valeur.get<std::string>();
-  std::ranges::replace(texte, ',', '.');
-  if (texte.find_first_not_of("+-.0123456789eE") != texte.npos) return std::nullopt;
-  // A stream, because not every standard library converts decimals with from_chars.
-  std::istringstream flux(texte);
-  flux.imbue(std::locale::classic());
-  double d = 0;
-  if (!(flux >> d) || flux.peek() != std::istringstream::traits_type::eof()) return std::nullopt;
-  return d;
-}
-
-std::optional<VerdictIntentions> decoder(std::string_view reponse) {
-  const auto objet = objetJSON(reponse);
-  if (!objet) return std::nullopt;
-
-  VerdictIntentions verdict;
-  const auto adressee = booleen(*objet, "adressee");
-  verdict.adressee = adressee ? *adressee : booleen(*objet, "directed_at_app").value_or(true);
-  const auto confiance = nombre(*objet, "confiance");
-  verdict.confiance = std::clamp(confiance ? *confiance : nombre(*objet, "confidence").value_or(0), 0.0, 1.0);
-  const std::string* raison = Champ::chaine(*objet, "raison");
-  if (!raison) raison = Champ::chaine(*objet, "reasoning");
-  if (raison) verdict.raison = Texte::premiers(*raison, raisonMax);
-  for (const char* cle : {"commandes", "commands"}) {
-    const Json* liste = Champ::membre(*objet, cle);
-    if (!liste || !liste->is_array()) continue;
-    for (const Json& element : *liste)
-      if (auto intention = commande(element)) verdict.commandes.push_back(std::move(*intention));
-    break;
-  }
-  return verdict;
-}
-
-std::optional<IntentionTarnavelle> commande(const Json& objet) {
-  using I = IntentionTarnavelle;
-  const auto action = Texte::minuscules(Champ::texte(objet, "action"));
-  if (action == "dicter" || action == "prompt_agent") {
-    auto texte = lireCle(objet, "texte", "text");
-    if (texte.empty()) return std::nullopt;
-    return I{I::dicter{.agent = lireCle(objet, "agent"),
-                       .texte = std::move(texte),
-                       .valider = booleen(objet, "valider").value_or(true)}};
-  }
-  if (action == "focus") {
-    auto cible = lireCle(objet, "cible", "target");
-    if (cible.empty()) return std::nullopt;
-    return I{I::focus{.cible = std::move(cible)}};
-  }
-  if (action == "aller_scene") {
-    auto nom = lireCle(objet, "nom");
-    if (nom.empty()) return std::nullopt;
-    return I{I::allerScene{.nom = std::move(nom)}};
-  }
-  if (action == "ouvrir_agent" || action == "spawn_agent")
-    return I{I::ouvrirAgent{.cli = lireCle(objet, "cli", "agent"),
-                            .dossier = lireCle(objet, "dossier"),
-                            .hote = lireCle(objet, "hote")}};
-  if (action == "ouvrir_web" || action == "open_browser") {
-    auto cible = lireCle(objet, "cible", "url");
-    if (cible.empty()) return std::nullopt;
-    return I{I::ouvrirWeb{.cible = std::move(cible), .externe = booleen(objet, "externe").value_or(false)}};
-  }
-  if (action == "lire")
-    return I{I::lire{.agent = lireCle(objet, "agent"),
-                     .depuisPrompt = booleen(objet, "depuis_prompt").value_or(false)}};
-  if (action == "resumer") return I{I::resumer{.agent = lireCle(objet, "agent")}};
-  if (action == "etat") return I{I::etat{}};
-  if (action == "repli") {
-    auto texte = lireCle(objet, "texte");
-    if (texte.empty()) return std::nullopt;
-    return I{I::repli{.texte = std::move(texte)}};
-  }
-  return std::nullopt;
 }
 
 }  // namespace tarnavelle::MoteurIntentions

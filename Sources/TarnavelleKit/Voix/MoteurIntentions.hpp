@@ -20,6 +20,20 @@ enum class AdresseVoix {
   pressionTouche,  ///< addressed to the cockpit: key held, call word, or an agent named first
 };
 
+/// What a model's answer comes to.
+enum class TeneurReponse {
+  demande,    ///< at least one command, of a sentence spoken to the cockpit
+  rien,       ///< nothing: the sentence was not for the cockpit, or asked for nothing
+  illisible,  ///< no verdict, or no command of it that can be read: the sentence is still to be answered
+};
+
+struct LectureVerdict {
+  std::optional<VerdictIntentions> verdict;
+  TeneurReponse teneur = TeneurReponse::illisible;
+
+  bool operator==(const LectureVerdict&) const = default;
+};
+
 namespace MoteurIntentions {
 
 /// Longest reason that is kept, in user-perceived characters.
@@ -32,8 +46,11 @@ std::string prompt(const MondeVoix& monde, const std::vector<std::string>& clis,
 std::string_view queue(AdresseVoix adresse);
 
 /// The verdict in a model's answer: prose and fences around the object are passed over, absent and
-/// mistyped members take their defaults, malformed commands are dropped one by one. Nothing when no
-/// object can be read.
+/// mistyped members take their defaults, malformed commands are dropped one by one. Where that gives no
+/// object: the first object after the model's thoughts that is a verdict, else the commands that stand alone.
+LectureVerdict lire(std::string_view reponse);
+
+/// Its verdict alone.
 std::optional<VerdictIntentions> decoder(std::string_view reponse);
 
 /// One command; nothing when it asks for nothing or lacks what it needs.
