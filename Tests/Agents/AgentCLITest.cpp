@@ -35,7 +35,11 @@ TEST(AgentCLI, DesigneDansUnePhrase) {
       // Whole words only
       {"groker, agrok", "groker agrok"},
       {"grok:cli", "grokcli"},
-      {"claude\xFF", "claude\xFF"},
+      // Signs that folding leaves count only where nothing is found without them.
+      {"ouvre “claude”", "ouvre “claude”", "claude"},
+      {"(Codex…)", "(codex…)", "codex"},
+      {"`grok`–vite", "`grok`–vite", "grok"},
+      {"un claude (code) ou codex", "un claude (code) ou codex", "claude"},
   };
   for (const auto& c : cas) {
     EXPECT_EQ(AgentCLI::plier(c.phrase), c.plie);

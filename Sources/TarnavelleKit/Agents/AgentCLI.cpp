@@ -16,6 +16,22 @@ bool parmi(const auto& caracteres, std::string_view caractere) {
   return std::ranges::find(caracteres, caractere) != std::end(caracteres);
 }
 
+/// The entry that a folded phrase names.
+const AgentCLI* designe(std::string_view plie) {
+  const std::string espacee = " " + std::string(plie) + " ";
+  const AgentCLI* meilleur = nullptr;
+  std::size_t longueur = 0;
+  for (const AgentCLI& cli : AgentCLI::tous())
+    for (const std::string& alias : cli.alias) {
+      const std::string cherche = AgentCLI::plier(alias);
+      const std::size_t n = Texte::caracteres(cherche);
+      if (n <= longueur || espacee.find(" " + cherche + " ") == std::string::npos) continue;
+      meilleur = &cli;
+      longueur = n;
+    }
+  return meilleur;
+}
+
 }  // namespace
 
 const AgentCLI& AgentCLI::claude() {
@@ -99,18 +115,10 @@ const AgentCLI* AgentCLI::parId(std::string_view id) {
 }
 
 const AgentCLI* AgentCLI::depuisPhrase(std::string_view phrase) {
-  const std::string espacee = " " + plier(phrase) + " ";
-  const AgentCLI* meilleur = nullptr;
-  std::size_t longueur = 0;
-  for (const AgentCLI& cli : tous())
-    for (const std::string& alias : cli.alias) {
-      const std::string plie = plier(alias);
-      const std::size_t n = Texte::caracteres(plie);
-      if (n <= longueur || espacee.find(" " + plie + " ") == std::string::npos) continue;
-      meilleur = &cli;
-      longueur = n;
-    }
-  return meilleur;
+  const std::string plie = plier(phrase);
+  const AgentCLI* cli = designe(plie);
+  // Other signs may stand around the name: “claude”, (codex), grok…
+  return cli ? cli : designe(Texte::joindre(Texte::suitesDeLettres(plie), " "));
 }
 
 std::string AgentCLI::plier(std::string_view texte) {

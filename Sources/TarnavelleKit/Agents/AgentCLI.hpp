@@ -46,7 +46,8 @@ struct AgentCLI {
   static const AgentCLI* parId(std::string_view id);
 
   /// The entry that the phrase names by one of its aliases, as whole words after `plier`; the longest
-  /// alias wins, then the first of the catalogue. Null when it names none.
+  /// alias wins, then the first of the catalogue. When it names none so, any other sign of it counts as a
+  /// space. Null when it names none at all.
   static const AgentCLI* depuisPhrase(std::string_view phrase);
 
   /// The form under which phrases are compared: lower case without accents, apostrophes and dashes as
