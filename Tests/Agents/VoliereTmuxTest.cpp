@@ -62,6 +62,8 @@ TEST(VoliereTmux, LitUneListe) {
       {"tarnavelle-claude\r\n", {{"tarnavelle-claude", "", ""}}},
       {"tarnavelle-claude\t/p\ntarnavelle-b\t/a:b\ntarnavelle-c:/a\tb",
        {{"tarnavelle-c", "/a\tb", ""}, {"tarnavelle-claude", "/p", ""}}},
+      {"\uFEFFtarnavelle-b:/\xE9t\xE9\nT:tarnavelle-b:caf\xC3",
+       {{"tarnavelle-b", "/\uFFFDt\uFFFD", "caf\uFFFD"}}},
       {"tarnavelle-x/y:/p\ntarnavelle-a b:/p\nclaude:/p\n:/p\n\t/p\nT:/p", {}},
       // Sorted by bytes; equal names stay in the order of the listing, each with the same title.
       {"tarnavelle-é:/3\ntarnavelle-z:/1\ntarnavelle-Z:/0\ntarnavelle-z:/2\nT:tarnavelle-z:t\nT:tarnavelle-Z:",

@@ -71,7 +71,8 @@ bool vraiNom(std::string_view nom) {
 }
 
 std::vector<SessionLaBas> lire(std::string_view sortie) {
-  const auto toutes = lignes(sortie);
+  const std::string texte = Texte::reparer(Texte::sansMarqueDOrdre(sortie));
+  const auto toutes = lignes(texte);
   std::map<std::string_view, std::string_view> titres;
   for (const auto ligne : toutes) {
     if (!ligne.starts_with(marqueTitre)) continue;

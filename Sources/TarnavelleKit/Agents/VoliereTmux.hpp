@@ -52,7 +52,7 @@ std::optional<Nom> decomposer(std::string_view nom);
 bool vraiNom(std::string_view nom);
 
 /// Our sessions, by name, in the output of the listing and of the titles script, one after the other in
-/// any order.
+/// any order. Bytes that are not UTF-8 read as U+FFFD.
 std::vector<SessionLaBas> lire(std::string_view sortie);
 
 /// The agent's title and its rank beyond the first; the name itself when it cannot be taken apart.
