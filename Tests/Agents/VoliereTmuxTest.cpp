@@ -105,23 +105,43 @@ void dire(const std::vector<Agent>& agents, const std::map<const char*, std::str
   std::_Exit(0);
 }
 
-TEST(UrgenceVoliere, OrdonneAussiSansLaLocaleDeLUtilisateur) {
+TEST(UrgenceVoliere, OrdonneParUrgencePuisParNom) {
   const std::vector<Agent> agents = {{"b", Cran::laBas},   {"z", Cran::besoinDeVous}, {"é", Cran::repos},
                                      {"b.2", Cran::repos}, {"Z", Cran::repos},        {"b.1", Cran::repos}};
-  for (const char* locale : {"C", "xx_XX.UTF-8", "\xFF/;"})
-    EXPECT_EXIT(dire(agents, {{"LC_ALL", locale}}), testing::ExitedWithCode(0), "^z Z b.2 b.1 é b $") << locale;
+  EXPECT_EXIT(dire(agents, {{"LC_ALL", "C"}}), testing::ExitedWithCode(0), "^z b.2 b.1 é Z b $");
 }
 
-TEST(UrgenceVoliere, OrdonneSelonLaLocaleDeLUtilisateur) {
+// Whatever the locale, names are not sorted by bytes; the user's own decides where it can.
+TEST(UrgenceVoliere, OrdonneLesNomsCommeLUtilisateur) {
+  std::vector<Agent> agents;
+  for (const char* nom :
+       {"zoé", "érié", "officine", "Zoé", "âne", "œuf", "erie", "Eric", "ail", "Ail", "côte", "coté"})
+    agents.emplace_back(nom, Cran::repos);
+  const char* francais = "^ail Ail âne coté côte Eric erie érié œuf officine zoé Zoé $";
+  for (const char* locale : {"", "C", "C.UTF-8", "xx_XX.UTF-8", "\xFF/;"})
+    EXPECT_EXIT(dire(agents, {{"LC_ALL", ""}, {"LC_COLLATE", locale}, {"LANG", ""}}),
+                testing::ExitedWithCode(0), francais)
+        << locale;
+
   const DossierTemporaire locales;
-  const auto francais = (locales.chemin() / "fr_FR.UTF-8").string();
-  const auto fait =
-      essai::executer({"localedef", "-i", "fr_FR", "-f", "UTF-8", francais}, {{"PATH", ::getenv("PATH")}});
-  if (fait.statut != 0) GTEST_SKIP() << "pas de locale à compiler ici : " << fait;
-  std::vector<Agent> agents = {{"abel", Cran::laBas}};
-  for (const char* nom : {"Zoé", "émile", "Eric", "éric", "zoé", "Éva"}) agents.emplace_back(nom, Cran::repos);
-  EXPECT_EXIT(dire(agents, {{"LOCPATH", locales.chemin().string()}, {"LC_ALL", "fr_FR.UTF-8"}}),
-              testing::ExitedWithCode(0), "^émile Eric éric Éva zoé Zoé abel $");
+  const auto installer = [&](const char* langue, const char* encodage, const char* nom) {
+    const auto fait = essai::executer({"localedef", "-i", langue, "-f", encodage, locales.chemin() / nom},
+                                      {{"PATH", ::getenv("PATH")}});
+    return fait.statut == 0;
+  };
+  if (!installer("fr_FR", "ISO-8859-1", "fr_FR") || !installer("sv_SE", "UTF-8", "sv_SE.UTF-8"))
+    GTEST_SKIP() << "pas de locale à compiler ici";
+  const std::pair<const char*, const char*> installees[] = {
+      {"fr_FR", francais},  // of another encoding: the order of our own
+      {"sv_SE.UTF-8", "^ail Ail âne coté côte Eric erie érié officine zoé Zoé œuf $"},
+  };
+  for (const auto& [locale, ordre] : installees)
+    EXPECT_EXIT(dire(agents, {{"LOCPATH", locales.chemin().string()},
+                              {"LC_ALL", ""},
+                              {"LC_COLLATE", locale},
+                              {"LC_TIME", "xx_XX.UTF-8"}}),
+                testing::ExitedWithCode(0), ordre)
+        << locale;
 }
 
 }  // namespace

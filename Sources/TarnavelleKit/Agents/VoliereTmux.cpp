@@ -1,13 +1,13 @@
 #include "Agents/VoliereTmux.hpp"
 
 #include <algorithm>
-#include <locale>
 #include <map>
 #include <numeric>
-#include <stdexcept>
+#include <tuple>
 
 #include "Agents/LigneTmux.hpp"
 #include "Socle/Chemin.hpp"
+#include "Socle/Collation.hpp"
 #include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
@@ -116,17 +116,6 @@ std::optional<std::string> commandeTuer(std::string_view nom) {
 }  // namespace VoliereTmux
 
 namespace UrgenceVoliere {
-namespace {
-
-std::locale localeDeLUtilisateur() {
-  try {
-    return std::locale("");
-  } catch (const std::runtime_error&) {  // named by the environment, but not installed
-    return std::locale::classic();
-  }
-}
-
-}  // namespace
 
 std::optional<Cran> cran(std::int64_t valeur) {
   if (valeur < 0 || valeur >= static_cast<std::int64_t>(crans.size())) return std::nullopt;
@@ -138,15 +127,12 @@ bool quelquUnAttend(const std::vector<Cran>& presents) {
 }
 
 std::vector<std::size_t> ordre(const std::vector<std::pair<Cran, std::string>>& elements) {
-  const std::locale locale = localeDeLUtilisateur();
-  const auto& collation = std::use_facet<std::collate<char>>(locale);
-  std::vector<std::pair<Cran, std::string>> cles;
-  for (const auto& [cran, nom] : elements)
-    cles.emplace_back(cran, collation.transform(nom.data(), nom.data() + nom.size()));
-  std::vector<std::size_t> positions(cles.size());
+  std::vector<std::string> noms;
+  for (const auto& [cran, nom] : elements) noms.push_back(nom);
+  const auto cles = Collation::cles(noms);
+  std::vector<std::size_t> positions(elements.size());
   std::iota(positions.begin(), positions.end(), std::size_t{0});
-  std::ranges::stable_sort(
-      positions, {}, [&](std::size_t i) -> const auto& { return cles[i]; });
+  std::ranges::stable_sort(positions, {}, [&](std::size_t i) { return std::tie(elements[i].first, cles[i]); });
   return positions;
 }
 

@@ -87,8 +87,8 @@ std::optional<Cran> cran(std::int64_t valeur);
 
 bool quelquUnAttend(const std::vector<Cran>& presents);
 
-/// The positions of elements of these levels and names, most urgent first, then by name as the user's
-/// locale orders them (byte order when none is set or installed), equal ones in the order given.
+/// The positions of elements of these levels and names, most urgent first, then by name in the user's order
+/// (Collation), equal ones in the order given.
 std::vector<std::size_t> ordre(const std::vector<std::pair<Cran, std::string>>& elements);
 
 /// The elements in that order; `cran` and `nom` are asked once for each.
