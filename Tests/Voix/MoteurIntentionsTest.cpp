@@ -110,7 +110,9 @@ TEST(MoteurIntentions, VerdictsCommeLesModelesLesEcrivent) {
   const VerdictIntentions seules = {true, 0, "", {I{I::etat{}}, I{I::focus{"Milan"}}}};
   EXPECT_TRUE(M::decoder(R"([{"action":"etat"}, {"action":"rien"},
                             {"action":"focus","cible":"Milan"}])") == seules);
-  EXPECT_TRUE(M::decoder(R"(Soit : {"action":"etat","confiance":0.5}.)") == lu);
+  const char* seule = R"(Soit : {"action":"etat","confiance":0.5}.)";
+  EXPECT_TRUE(M::lire(seule).verdict == lu);
+  EXPECT_TRUE(M::decoder(seule) == (VerdictIntentions{true, .5, "", {}}));
   for (const char* refus : {
            R"({"adressee":false,"commandes":[{"action":"etat"})",  // cut: it may say no
            R"({"action":"etat"},{"action":"etat"} {"adressee":false,"raison":"il pen)",

@@ -126,7 +126,10 @@ LectureVerdict lire(std::string_view reponse) {
   return entier ? lireObjet(*entier, nullptr) : LectureVerdict{};
 }
 
-std::optional<VerdictIntentions> decoder(std::string_view reponse) { return lire(reponse).verdict; }
+std::optional<VerdictIntentions> decoder(std::string_view reponse) {
+  if (const auto entier = objetJSON(reponse)) return verdict(*entier, liste(*entier));
+  return lire(reponse).verdict;
+}
 
 std::optional<IntentionTarnavelle> commande(const Json& objet) {
   using I = IntentionTarnavelle;

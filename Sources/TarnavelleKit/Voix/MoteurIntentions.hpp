@@ -47,10 +47,10 @@ std::string_view queue(AdresseVoix adresse);
 
 /// The verdict in a model's answer: prose and fences around the object are passed over, absent and
 /// mistyped members take their defaults, malformed commands are dropped one by one. Where that gives no
-/// object: the first object after the model's thoughts that is a verdict, else the commands that stand alone.
+/// verdict: the first object after the model's thoughts that is one, else the commands that stand alone.
 LectureVerdict lire(std::string_view reponse);
 
-/// Its verdict alone.
+/// The same, but an object that is read whole is a verdict, though it is a bare command and lists none.
 std::optional<VerdictIntentions> decoder(std::string_view reponse);
 
 /// One command; nothing when it asks for nothing or lacks what it needs.
