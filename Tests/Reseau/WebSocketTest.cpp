@@ -18,6 +18,8 @@ using namespace std::chrono_literals;
 RappelsWebSocket noterDans(const std::shared_ptr<Journal>& journal) {
   return {.surTexte = [journal](std::string_view texte) { journal->noter("texte", texte); },
           .surErreurEnvoi = [journal](const std::string& raison) { journal->noter("refus", raison); },
+          .surRefus = [journal](int statut,
+                                std::string_view corps) { journal->noter(std::to_string(statut), corps); },
           .surChute = [journal](const std::string& raison) { journal->noter("chute", raison); }};
 }
 
@@ -31,19 +33,30 @@ using Lignes = std::vector<std::string>;
 
 TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
   auto& serveur = ServeurEtranger::commun();
-  PairTCP taiseux({PairTCP::envoyer("", true)}), etranger({PairTCP::envoyer("SSH-2.0-x\r\n")});
-  auto sansHTTP = vers("clair", "/"), sansReponse = sansHTTP, sansTLS = sansHTTP, ferme = sansHTTP;
+  const std::string refusCoupe = "HTTP/1.1 400 Bad Request\r\nContent-Length: 99\r\n\r\nvotre clé cle-secr";
+  PairTCP taiseux({PairTCP::envoyer("", true)}), etranger({PairTCP::envoyer("SSH-2.0-x\r\n")}),
+      interrompu({PairTCP::envoyer(refusCoupe), PairTCP::envoyer(refusCoupe, true)});
+  auto sansHTTP = vers("clair", "/"), sansReponse = sansHTTP, sansTLS = sansHTTP, ferme = sansHTTP,
+       sansFin = sansHTTP;
   sansHTTP.url = "ws" + etranger.url().substr(4);
   sansReponse.url = "ws" + taiseux.url().substr(4);
-  sansReponse.ouverture = 150ms;
+  sansFin.url = "ws" + interrompu.url().substr(4);
+  sansReponse.ouverture = sansFin.ouverture = 150ms;
   sansTLS.url.replace(0, 2, "wss");
   ferme.url = "ws://127.0.0.1:1/";
   auto adresse = vers("tls", "/fragments");
   adresse.url.replace(6, 9, "127.0.0.1");
   auto sourd = vers("clair", "/sourd");
   sourd.silence = 200ms;
-  const std::string refus = ") : {\"error\":\"Incorrect API key provided: ….\"}";
+  const auto tenace = [](const char* ou, const std::string& octets) {
+    auto reglage = vers(ou, "/sourd/" + octets);
+    reglage.adieu = 50ms;
+    return reglage;
+  };
+  const std::string cite = "{\"error\":\"Incorrect API key provided: ….\"}", coupe = "votre clé …";
+  const std::string refus = "chute le serveur a refusé la connexion (HTTP ";
   const std::string faute = "chute le serveur ne respecte pas le protocole WebSocket";
+  const std::string tropGrand = "chute le serveur a envoyé un message de plus de 16 Mio";
   const std::string certificat = "chute le certificat du serveur ";
   const struct {
     const char* nom;
@@ -54,11 +67,13 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
       {"fragments, binary; by address", adresse, {"texte morcelé", "texte café", "texte fin"}},
       {"first message with the answer", vers("clair", "/grand/6000"), {"texte 6000"}},
       {"16 MiB", vers("clair", "/grand/16777216"), {"texte 16777216"}},
-      {"more", vers("clair", "/grand/16777217"), {"chute le serveur a envoyé un message de plus de 16 Mio"}},
+      {"more", vers("clair", "/grand/16777217"), {tropGrand}},
       {"cut in a frame over TLS", vers("tls", "/coupe"), {"texte avant", "chute la connexion a été coupée"}},
       {"text that is not UTF-8", vers("clair", "/brut/8102fffe"), {faute}},
       {"reserved opcode", vers("tls", "/brut/8300"), {faute}},
-      {"refused", vers("tls", "/refus/401"), {"chute le serveur a refusé la connexion (HTTP 401" + refus}},
+      {"refused", vers("tls", "/refus/401"), {"401 " + cite, refus + "401) : " + cite}},
+      {"refused in words that are cut", sansFin, {"400 " + coupe, refus + "400) : " + coupe}},
+      {"refused in words that never end", sansFin, {"400 " + coupe, refus + "400) : " + coupe}},
       {"another host's", vers("ailleurs", "/"), {certificat + "n'est pas digne de confiance"}},
       {"expired", vers("perime", "/"), {certificat + "est périmé"}},
       {"unknown authority", vers("tls", "/"), {certificat + "vient d'une autorité inconnue"}, false},
@@ -67,6 +82,10 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
       {"nobody there", ferme, {"chute le serveur n'accepte pas la connexion"}},
       {"accepts and says nothing", sansReponse, {"chute le serveur ne répond pas"}},
       {"goes silent", sourd, {"chute le serveur ne répond pas"}},
+      {"says goodbye and stays", tenace("clair", "88020fa1"), {"chute le serveur a fermé la connexion (4001)"}},
+      {"the same over TLS, no reason", tenace("tls", "8800"), {"chute le serveur a fermé la connexion"}},
+      {"reserved opcode, and stays", tenace("clair", "8300"), {faute}},
+      {"announces too much, and stays", tenace("tls", "827f0000000001000001"), {tropGrand}},
   };
   const auto fils = essai::compter("task");
   for (const auto& c : cas) {
@@ -134,13 +153,16 @@ TEST(WebSocket, LitLaRaisonDUnServeurDejaParti) {
 
 TEST(WebSocket, UnPairQuiNeLitPlusNeFaitPasGrossirLaFile) {
   const auto journal = std::make_shared<Journal>();
-  auto socket = WebSocket::creer(vers("clair", "/bavard"));
+  auto reglage = vers("clair", "/bavard");
+  reglage.adieu = 50ms;
+  auto socket = WebSocket::creer(reglage);
   socket->demarrer(noterDans(journal));
   journal->attendre(1);
   for (int i = 0; i < 64; ++i) socket->envoyer(std::string(1 << 20, 'x'));
   const auto lignes = journal->attendre(20);
   EXPECT_EQ(std::count(lignes.begin(), lignes.end(), "refus le serveur ne lit plus : envoi refusé"), 1);
   EXPECT_EQ(lignes.back(), "texte encore") << "the session goes on";
+  EXPECT_EQ(journal->attendre(32).back(), "chute le serveur a fermé la connexion") << "its answer cannot leave";
 }
 
 /// The look-up cannot be interrupted; the connection's own thread waits for it, not its owner.

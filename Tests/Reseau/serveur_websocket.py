@@ -59,18 +59,20 @@ async def congedie(ws, fois):
     ws.transport.close()
 
 
-async def sourd(ws):
-    """Neither reads nor speaks."""
+async def sourd(ws, octets=""):
+    """Says that at most, then neither reads, speaks nor lets go."""
     ws.transport.pause_reading()
+    ws.transport.write(bytes.fromhex(octets))
     await asyncio.sleep(60)
 
 
 async def bavard(ws):
-    """Speaks and does not read."""
+    """Speaks and does not read; takes its leave and does not go."""
     ws.transport.pause_reading()
-    while True:
+    for _ in range(30):
         await ws.send("encore")
         await asyncio.sleep(0.02)
+    await sourd(ws, "8800")
 
 
 async def realtime(ws, modele):

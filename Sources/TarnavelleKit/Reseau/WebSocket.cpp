@@ -1,82 +1,29 @@
 #include "Reseau/WebSocket.hpp"
 
+#include <algorithm>
 #include <boost/asio/post.hpp>
-#include <boost/beast/core/buffers_prefix.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/websocket.hpp>
-#include <boost/beast/websocket/ssl.hpp>
 #include <deque>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <utility>
 
 #include "Reseau/BoucleInterne.hpp"
-#include "Reseau/ConnexionInterne.hpp"
+#include "Reseau/CoucheInterne.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
 
-namespace beast = boost::beast;
-namespace websocket = beast::websocket;
 using namespace interne;
 using Horloge = std::chrono::steady_clock;
 
-constexpr std::size_t ecritureMax = 64 * 1024;  ///< bytes of a message written at a time
-constexpr std::size_t refusMax = 500;           ///< characters shown of a server's words
-/// Bytes read at a time during the handshake. What comes with the server's answer must fit Beast's own
-/// buffer (1536 bytes), or the connection would fail for having been answered too quickly.
-constexpr std::size_t lecturePoignee = 1024;
+constexpr std::size_t ecritureMax = 64 * 1024;   ///< bytes of a message written at a time
+constexpr std::size_t refusMax = 500;            ///< characters shown of a server's words
+constexpr std::size_t secretMin = 4;             ///< bytes from which the beginning of a secret is one
 constexpr std::size_t tamponGarde = 256 * 1024;  ///< bytes of reading buffer kept between messages
-
-/// The connection as Beast's WebSocket is to see it.
-class Couche : public Connexion {
- public:
-  Couche(asio::io_context& boucle, bool tls, std::chrono::milliseconds patience)
-      : Connexion(boucle, tls), attente_(boucle), patience_(patience) {}
-
-  /// The server has said its last word.
-  void nePlusAttendre() {
-    patience_ = {};
-    attente_.cancel();
-  }
-
-  void lireSansBorne() { lectureMax_ = std::numeric_limits<std::size_t>::max(); }
-
-  template <class Tampons, class Suite>
-  void async_read_some(const Tampons& tampons, Suite&& suite) {
-    Connexion::async_read_some(beast::buffers_prefix(lectureMax_, tampons), std::forward<Suite>(suite));
-  }
-
-  /// Beast gives a connection up at the first failed write. The failure is told late, so that what the
-  /// server said before it closed, and why it did, is read first.
-  template <class Tampons, class Suite>
-  void async_write_some(const Tampons& tampons, Suite&& suite) {
-    Connexion::async_write_some(
-        tampons, [this, suite = std::forward<Suite>(suite)](Erreur erreur, std::size_t octets) mutable {
-          if (!erreur || !next_layer().is_open()) return suite(erreur, octets);
-          attente_.expires_after(patience_);
-          attente_.async_wait(
-              [suite = std::move(suite), erreur, octets](Erreur) mutable { suite(erreur, octets); });
-        });
-  }
-
-  /// However the connection itself ends, the reason that Beast has for ending it stays.
-  template <class Suite>
-  friend void async_teardown(beast::role_type role, Couche& couche, Suite&& suite) {
-    couche.surFlux([&](auto& flux) {
-      using websocket::async_teardown;
-      async_teardown(role, flux, [suite = std::forward<Suite>(suite)](Erreur) mutable { suite({}); });
-    });
-  }
-
- private:
-  std::size_t lectureMax_ = lecturePoignee;
-  asio::steady_timer attente_;
-  std::chrono::milliseconds patience_;
-};
 
 std::string raison(const Erreur& erreur) {
   if (erreur == websocket::error::message_too_big || erreur == websocket::error::buffer_overflow)
@@ -113,11 +60,11 @@ struct WebSocket::Etat {
   asio::io_context boucle{1};
   RappelsWebSocket rappels;
   std::optional<websocket::stream<Couche, false>> flux;
-  websocket::response_type reponse;
   beast::flat_buffer tampon;
   std::string enCours;  ///< the message being written
   bool reliee = false;  ///< connected, whatever is spoken yet: no name look-up is under way
   bool ouverte = false;
+  bool conge = false;  ///< the server has taken its leave
   bool ecriture = false;
   Horloge::time_point echeance;
   asio::steady_timer fin;
@@ -152,21 +99,28 @@ struct WebSocket::Etat {
     flux->auto_fragment(false);
     flux->text(true);
     flux->control_callback([this](websocket::frame_type genre, beast::string_view) {
-      if (genre == websocket::frame_type::close) flux->next_layer().nePlusAttendre();
+      if (genre != websocket::frame_type::close) return;
+      conge = true;
+      flux->next_layer().nePlusAttendre();
     });
-    flux->async_handshake(reponse, adresse.entete, adresse.chemin, [this](Erreur erreur) {
-      if (erreur == websocket::error::upgrade_declined)
-        return chuter(
-            citer("le serveur a refusé la connexion (HTTP " + std::to_string(reponse.result_int()) + ")",
-                  reponse.body()));
-      if (erreur) return chuter(raison(erreur));
+    flux->async_handshake(adresse.entete, adresse.chemin, [this](Erreur erreur) {
+      if (erreur) return essuyer(erreur);
       if (muet()) return finir();
       ouverte = true;
       delais(reglage.adieu);
-      flux->next_layer().lireSansBorne();
+      flux->next_layer().finirLaPoignee();
       lire();
       ecrire();
     });
+  }
+
+  /// The handshake failed: the server refused, though its words may have been cut, or something else did.
+  void essuyer(const Erreur& erreur) {
+    const auto refus = flux->next_layer().refus();
+    if (!refus) return chuter(raison(erreur));
+    if (rappels.surRefus && !muet()) rappels.surRefus(refus->statut, sansSecret(refus->corps));
+    chuter(
+        citer("le serveur a refusé la connexion (HTTP " + std::to_string(refus->statut) + ")", refus->corps));
   }
 
   void lire() {
@@ -182,19 +136,32 @@ struct WebSocket::Etat {
 
   void perdre(const Erreur& erreur) {
     const websocket::close_reason& dite = flux->reason();
-    if (dite.code == websocket::close_code::none) return chuter(raison(erreur));
+    if (dite.code == websocket::close_code::none)
+      return chuter(raison(conge ? Erreur(websocket::error::closed) : erreur));
     chuter(citer("le serveur a fermé la connexion (" + std::to_string(dite.code) + ")",
                  {dite.reason.data(), dite.reason.size()}));
   }
 
+  /// The server's words as text; the secret is struck out, and the beginning of it where they are cut.
+  std::string sansSecret(std::string_view paroles) const {
+    std::string lisible = Texte::reparer(paroles);
+    const std::string& secret = reglage.secret;
+    if (secret.empty()) return lisible;
+    for (auto ou = lisible.find(secret); ou != std::string::npos; ou = lisible.find(secret, ou + 1))
+      lisible.replace(ou, secret.size(), "…");
+    for (auto n = std::min(secret.size(), lisible.size()); n >= secretMin; --n)
+      if (lisible.ends_with(std::string_view(secret).substr(0, n))) {
+        lisible.replace(lisible.size() - n, n, "…");
+        break;
+      }
+    return lisible;
+  }
+
   /// The server's words, for the operator.
   std::string citer(std::string intitule, std::string_view paroles) const {
-    std::string lisible = Texte::reparer(paroles);
-    if (const std::string& secret = reglage.secret; !secret.empty())
-      for (auto ou = lisible.find(secret); ou != std::string::npos; ou = lisible.find(secret, ou + 1))
-        lisible.replace(ou, secret.size(), "…");
-    lisible = Texte::tronquer(Texte::rogner(lisible), refusMax);
-    return lisible.empty() ? intitule : intitule.append(" : ").append(lisible);
+    const std::string lisible = sansSecret(paroles);
+    const auto montre = Texte::tronquer(Texte::rogner(lisible), refusMax);
+    return montre.empty() ? intitule : intitule.append(" : ").append(montre);
   }
 
   void ecrire() {

@@ -34,6 +34,9 @@ struct RappelsWebSocket {
   std::function<void(std::string_view)> surTexte{};
   /// A message was refused, with the reason; the connection stays open. Told once until there is room.
   std::function<void(std::string)> surErreurEnvoi{};
+  /// The server declined to open, with that HTTP status; the body is as much of it as came, a few kilobytes
+  /// at most, the secret struck out. `surChute` follows.
+  std::function<void(int, std::string_view)> surRefus{};
   /// The connection could not be made or was lost, with the reason. Told once, and nothing after it.
   std::function<void(std::string)> surChute{};
 };
