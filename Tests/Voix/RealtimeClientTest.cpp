@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <future>
 #include <thread>
 
@@ -123,14 +124,14 @@ TEST(RealtimeClient, NEnvoieRienAvantNiApres) {
     session.transport->envoyes.clear();
     client.appendAudio("AAA=");
     client.commit();
-    client.sendToolOutput({.callID = "a", .output = "un"});
+    client.sendToolOutput({.callID = "a", .output = "un\xff"});
     client.sendToolResult({.callID = "b", .output = "deux"});
-    client.envoyer({{"type", "\xff"}});
+    client.envoyer({{"type", HUGE_VAL}});
     return session.transport->envoyes;
   };
   const Lignes sansSon = {
       R"({"type":"input_audio_buffer.commit"})", R"({"type":"response.create"})",
-      R"({"item":{"call_id":"a","output":"un","type":"function_call_output"},"type":"conversation.item.create"})",
+      R"({"item":{"call_id":"a","output":"un�","type":"function_call_output"},"type":"conversation.item.create"})",
       R"({"item":{"call_id":"b","output":"deux","type":"function_call_output"},"type":"conversation.item.create"})",
       R"({"type":"response.create"})"};
   EXPECT_EQ(toutEnvoyer(), sansSon);

@@ -58,7 +58,8 @@ TEST(RealtimeRequest, EvenementsEcrits) {
        R"({"item":{"content":[{"text":"Merlin a fini.","type":"input_text"}],"role":"system","type":"message"},)"
        R"("type":"conversation.item.create"})"},
       {R::supprimerItem("i1"), R"({"item_id":"i1","type":"conversation.item.delete"})"},
-      {R::annonceSysteme("\xFF"), {}},
+      {{{"l", {1, true, nullptr, "\xC3("}}, {"t", "é\xFF"}}, R"({"l":[1,true,null,"�("],"t":"é�"})"},
+      {{{"\xFF", 1}}, {}},
   };
   for (const auto& [objet, texte] : cas) EXPECT_EQ(R::encoded(objet), texte);
   EXPECT_EQ((ProfilEcouteVoix{-5, 0, false, ""}.seuil()), 0);

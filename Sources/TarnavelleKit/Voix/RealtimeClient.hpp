@@ -76,7 +76,7 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
   void sendToolOutput(const RealtimeRequest::SortieAppel& sortie);
   /// What the last tool of a turn returned; the model is asked to go on.
   void sendToolResult(const RealtimeRequest::SortieAppel& sortie);
-  /// Any client event. Dropped when it holds a text that is not well-formed UTF-8.
+  /// Any client event, as RealtimeRequest::encoded writes it; dropped when it cannot be written.
   void envoyer(const Json& objet);
 
   /// Configured, and not closed.

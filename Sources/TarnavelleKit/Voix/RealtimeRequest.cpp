@@ -48,6 +48,13 @@ Json session(std::string_view voice, DialecteRealtime dialecte, const ContratVoi
   return enveloppe(std::move(s));
 }
 
+void reparer(Json& valeur) {
+  if (auto* texte = valeur.get_ptr<std::string*>())
+    *texte = Texte::reparer(*texte);
+  else if (valeur.is_structured())
+    for (Json& element : valeur) reparer(element);
+}
+
 }  // namespace
 
 Json sessionUpdate(std::string_view voice, DialecteRealtime dialecte, const ContratVoix& contrat,
@@ -111,6 +118,11 @@ Json annonceSysteme(std::string_view texte) {
 
 Json supprimerItem(std::string_view id) { return {{"type", "conversation.item.delete"}, {"item_id", id}}; }
 
-std::optional<std::string> encoded(const Json& objet) { return EcritureJSON::compacte(objet); }
+std::optional<std::string> encoded(const Json& objet) {
+  if (auto texte = EcritureJSON::compacte(objet)) return texte;
+  Json reparee = objet;
+  reparer(reparee);
+  return EcritureJSON::compacte(reparee);
+}
 
 }  // namespace tarnavelle::RealtimeRequest

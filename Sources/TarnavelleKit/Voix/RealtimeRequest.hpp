@@ -56,8 +56,9 @@ Json annonceSysteme(std::string_view texte);
 
 Json supprimerItem(std::string_view id);
 
-/// The text to send: one compact line. Nothing when a text in the object is not well-formed UTF-8, or a
-/// number not finite.
+/// The text to send: one compact line. Each byte of a text that is not well-formed UTF-8 leaves as U+FFFD: a
+/// terminal's screen, quoted in instructions or a tool's output, may hold any. Nothing when a key is not
+/// well-formed, or a number not finite.
 std::optional<std::string> encoded(const Json& objet);
 
 }  // namespace tarnavelle::RealtimeRequest
