@@ -1,8 +1,11 @@
-// One frame of a realtime service, read in both dialects, and the arguments of the call it may hold.
+// One frame of a realtime service, read in both dialects, and the arguments of the call it may hold; the same
+// bytes as the body of a refusal, and as a note to the model.
 #include "Cible.hpp"
 #include "Socle/Base64.hpp"
 #include "Socle/Texte.hpp"
 #include "Voix/RealtimeFrame.hpp"
+#include "Voix/RealtimeRequest.hpp"
+#include "Voix/ReconnexionRealtime.hpp"
 
 using namespace tarnavelle;
 
@@ -34,6 +37,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
       exiger(Texte::utf8Valide(RealtimeFrame::commandText(a->argsJSON)));
     }
   }
+  exiger(ReconnexionRealtime::explicationRefus(RefusRealtime::deConnexion(400, texte)).has_value());
+  exiger(RealtimeRequest::encoded(RealtimeRequest::annonceSysteme(texte)).has_value());
   exiger(RealtimeFrame::decode(texte, DialecteRealtime::openai) == openai.trame);
   return 0;
 }

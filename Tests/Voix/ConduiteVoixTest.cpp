@@ -85,6 +85,11 @@ TEST(ReconnexionRealtime, Decide) {
   using D = ReconnexionRealtime::Decision;
   const D credit{D::abandonner{"La voix s'arrête : le compte du fournisseur n'a plus de crédit."}};
   const D cle{D::abandonner{"La voix s'arrête : la clé du fournisseur est refusée."}};
+  const D session{D::abandonner{"La voix s'arrête : le fournisseur refuse la session."}};
+  const D encore{D::reconnecter{1s, 1}};
+  using Refus = RefusRealtime;
+  const std::string_view mauvaiseCle =
+      R"({"code":"Client specified an invalid argument","error":"Incorrect API key provided. You can obtain)";
   const std::pair<ReconnexionRealtime::Fermeture, D> cas[] = {
       {{.fermetureVoulue = true, .message = "invalid_api_key"}, {D::rien{}}},
       {{.superviseurEnCours = true, .message = "code invalid_api_key."}, cle},
@@ -94,11 +99,26 @@ TEST(ReconnexionRealtime, Decide) {
       {{.superviseurEnCours = true, .message = "coupure"}, {D::rien{}}},
       {{.message = "Invalid_Api_Key", .tentative = 3}, {D::reconnecter{3s, 3}}},
       {{.tentative = 11}, {D::reconnecter{10s, 11}}},
-      {{.tentative = 0}, {D::reconnecter{1s, 1}}},
+      {{.tentative = 0}, encore},
+      {{.fermetureVoulue = true, .refus = Refus{.http = 401}}, {D::rien{}}},
+      {{.superviseurEnCours = true, .refus = Refus{.http = 401}}, cle},
+      {{.message = "invalid_api_key", .refus = Refus{.http = 402}}, cle},
+      {{.refus = Refus{.code = "credit_balance_exhausted", .genre = "insufficient_quota"}}, credit},
+      {{.refus = Refus{.code = "invalid_api_key", .genre = "invalid_request_error"}}, cle},
+      {{.refus = Refus{.code = "session_expired", .message = "insufficient_quota API key credits"}}, encore},
+      {{.refus = Refus::deConnexion(400, mauvaiseCle)}, cle},
+      {{.refus = Refus::deConnexion(403, R"({"error":"Your team has used all available credits"})")}, credit},
+      {{.refus = Refus::deConnexion(429, R"({"error":{"code":"insufficient_quota"}})")}, credit},
+      {{.refus = Refus::deConnexion(429, "either used all available credits or")}, credit},
+      {{.refus = Refus::deConnexion(429, "Too many requests")}, encore},
+      {{.refus = Refus{.http = 402}}, credit},
+      {{.refus = Refus{.http = 404}}, session},
+      {{.refus = Refus{.http = 503, .message = "no credits, no API key"}}, encore},
   };
   for (const auto& [fermeture, attendue] : cas)
     EXPECT_EQ(ReconnexionRealtime::decision(fermeture), attendue)
-        << fermeture.message.value_or("") << fermeture.tentative;
+        << fermeture.message.value_or("") << fermeture.tentative
+        << (fermeture.refus ? fermeture.refus->code + fermeture.refus->message : "");
 }
 
 TEST(InactiviteConversation, VidePuisRaccroche) {

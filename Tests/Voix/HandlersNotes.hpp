@@ -21,6 +21,10 @@ inline RealtimeClient::Handlers handlersVers(const std::function<void(const std:
       .onTranscriptionEntree = [=](const std::string& texte) { noter("dit " + texte); },
       .onEcouteEntree = [=](bool parle) { noter(parle ? "parle" : "se tait"); },
       .onTrame = [=](std::string_view) { noter("trame"); },
+      .onRefus =
+          [=](const RefusRealtime& r) {
+            noter("refus " + std::to_string(r.http) + "," + r.code + "," + r.genre + "," + r.message);
+          },
   };
 }
 

@@ -75,11 +75,32 @@ TEST(RealtimeClient, ChaqueTrameAppelleCeQuElleDoitDansLOrdre) {
   } cas[] = {
       {openai, R"({"type":"conversation.item.added","item":{"id":"i1"}})", {"item i1", "trame"}},
       {openai, transcription, {"dit oui", "trame"}},
+      {grok,
+       R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"bonne nuit",)"
+       R"("status":"in_progress"})",
+       {"trame"}},
+      {grok,
+       R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"bonne nuit\u0007",)"
+       R"("status":"completed"})",
+       {R"(dit bonne nuit\u0007)", "trame"}},
       {openai, R"({"type":"input_audio_buffer.speech_started"})", {"parle", "trame"}},
       {openai, R"({"type":"response.audio.delta","delta":"AAA="})", {"trame", "son 2"}},
       {openai, termine, {"trame", "usage 4", "fini"}},
       {openai, R"({"type":"response.done"})", {"trame", "fini"}},
-      {openai, R"({"type":"error","error":{"message":"non"}})", {"trame", "erreur non"}},
+      {grok,
+       R"({"type":"response.done","response":{"usage":{}},"usage":{"input_token_details":{"cached_tokens":4}}})",
+       {"trame", "usage 4", "fini"}},
+      {openai,
+       R"({"type":"response.done","response":{"status":"failed","status_details":{"error":{"type":"t"}}}})",
+       {"trame", "refus 0,,t,", "fini"}},
+      {openai, R"({"type":"error","error":{"message":"non"}})", {"trame", "refus 0,,,non", "erreur non"}},
+      {openai,
+       R"({"type":"error","error":{"code":"c\u0000","message":"\u001b[2J\u202enon\n\tet\u009b non"}})",
+       {"trame",
+        R"(refus 0,c\u0000,,\u001b[2J\u202enon)"
+        "\n\tet\\u009b non",
+        R"(erreur \u001b[2J\u202enon)"
+        "\n\tet\\u009b non"}},
       {openai, "", {"erreur trame illisible"}},
       {openai, R"({"type":"ping"})", {"trame"}},
       {openai,
@@ -169,9 +190,13 @@ TEST(RealtimeClient, FermeUneFoisEtSeTait) {
 
 TEST(RealtimeClient, DitLesPannesDuTransport) {
   Session session;
-  session.transport->rappels.surErreurEnvoi("pleine");
-  session.transport->rappels.surChute("coupée");
-  EXPECT_EQ(session.lignes, (Lignes{"erreur pleine", "erreur coupée", "fermeture coupée"}));
+  session.transport->rappels.surErreurEnvoi("pleine\a");
+  session.transport->rappels.surRefus(400, R"({"code":"c","error":"non\u202e"})");
+  session.transport->rappels.surRefus(502, "<html>\r");
+  session.transport->rappels.surChute("coupée\x7f");
+  EXPECT_EQ(session.lignes,
+            (Lignes{R"(erreur pleine\u0007)", R"(refus 400,c,,non\u202e)", R"(refus 502,,,<html>\r)",
+                    R"(erreur coupée\u007f)", R"(fermeture coupée\u007f)"}));
   EXPECT_EQ(session.transport->fermetures, 0);
   Session ferme;
   ferme.fermerA = "erreur coupée";

@@ -57,8 +57,8 @@ TEST(LectureTrame, RelevesAnnexes) {
       {R"({"type":"conversation.item.added","item":{"id":""},"item_id":"i2"})", {{}, "i2"}},
       {R"({"type":"conversation.item.added","item":{"id":1}})", {}},
       {R"({"type":"x","transcript":"conversation.item.input_audio_transcription.completed"})", {}},
-      {R"({"type" : "input_audio_buffer.speech_stopped"})", {{}, {}, {}, false}},
-      {R"(["input_audio_buffer.speech_stopped","input_audio_buffer.speech_started"])", {{}, {}, {}, true}},
+      {R"({"type" : "input_audio_buffer.speech_stopped"})", {{}, {}, {}, {}, false}},
+      {R"(["input_audio_buffer.speech_stopped","input_audio_buffer.speech_started"])", {{}, {}, {}, {}, true}},
   };
   for (auto& [texte, attendue] : cas) {
     attendue.trame = F::decode(texte, openai);  // tried above

@@ -92,7 +92,9 @@ TEST(RealtimeReel, UnRefusSeDitSansLaCle) {
     const auto [client, refus] = ouvrirRealtime({"m", apiKey}, std::move(reglages));
     EXPECT_EQ(client == nullptr, !attendu.empty());
     EXPECT_EQ(refus, attendu);
-    const auto lignes = client ? Lignes{"erreur " + cite, "fermeture " + cite} : Lignes{};
+    const auto lignes =
+        client ? Lignes{"refus 401,,,Incorrect API key provided: ….", "erreur " + cite, "fermeture " + cite}
+               : Lignes{};
     EXPECT_EQ(qui->journal.attendre(lignes.size()), lignes);
   }
 }

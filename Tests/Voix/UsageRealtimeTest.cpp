@@ -39,6 +39,19 @@ TEST(LectureUsageRealtime, LitLUsage) {
         << usage;
   for (const char* refus : {R"({"response":{"usage":[]}})", R"({"usage":{}})", "{"})
     EXPECT_FALSE(LectureUsageRealtime::lire(refus)) << refus;
+  const std::string ici = R"("usage":{"output_token_details":{"audio_tokens":5}})",
+                    vide = R"("usage":{"output_token_details":{}})";
+  const std::pair<std::string, std::optional<TourRealtime>> ouQuIlSoit[] = {
+      {R"({"response":{"usage":{}},)" + ici + "}", TourRealtime{.audioSortie = 5}},
+      {R"({"response":{"usage":null},)" + ici + "}", TourRealtime{.audioSortie = 5}},
+      {"{" + ici + "}", TourRealtime{.audioSortie = 5}},
+      {R"({"response":{)" + vide + "}," + ici + "}", TourRealtime{}},
+      {R"({"response":{"usage":{}},"usage":{}})", TourRealtime{}},
+      {R"({"response":{"usage":{}},"usage":7})", TourRealtime{}},
+      {R"({"response":{},"usage":{}})", {}},
+  };
+  for (const auto& [texte, attendu] : ouQuIlSoit)
+    EXPECT_EQ(LectureUsageRealtime::lireOuQuIlSoit(LectureJSON::valeur(texte).value()), attendu) << texte;
 }
 
 TEST(UsageRealtime, SAjouteCouteEtSeDit) {

@@ -3,6 +3,7 @@
 #include <utility>
 #include <variant>
 
+#include "Socle/Colonnes.hpp"
 #include "Socle/Selon.hpp"
 #include "Voix/RealtimeFrame.hpp"
 
@@ -17,6 +18,16 @@ std::string secondes(std::chrono::milliseconds duree) {
     texte.erase(texte.find_last_not_of('0') + 1);
   }
   return texte;
+}
+
+/// The service's words, as the operator may read them on a terminal.
+std::string lisible(std::string_view texte) { return Colonnes::montrable(texte, "\n\t"); }
+
+RefusRealtime lisible(const RefusRealtime& refus) {
+  return {.http = refus.http,
+          .code = lisible(refus.code),
+          .genre = lisible(refus.genre),
+          .message = lisible(refus.message)};
 }
 
 }  // namespace
@@ -37,18 +48,21 @@ RealtimeClient::~RealtimeClient() { close(); }
 void RealtimeClient::brancher() {
   // A client that its owner has let go is not to be kept, nor touched.
   const auto siVivant = [faible = weak_from_this()](auto action) {
-    return [faible, action](auto argument) {
-      if (const auto client = faible.lock()) action(*client, std::move(argument));
+    return [faible, action](auto... arguments) {
+      if (const auto client = faible.lock()) action(*client, arguments...);
     };
   };
   transport_->demarrer({
       .surTexte = siVivant([](RealtimeClient& client, std::string_view texte) { client.recevoir(texte); }),
-      .surErreurEnvoi = siVivant([](RealtimeClient& client, std::string description) {
-        client.appeler(client.reglages_.handlers.onError, std::move(description));
+      .surErreurEnvoi = siVivant([](RealtimeClient& client, const std::string& description) {
+        client.appeler(client.reglages_.handlers.onError, lisible(description));
       }),
-      .surChute = siVivant([](RealtimeClient& client, std::string description) {
-        client.appeler(client.reglages_.handlers.onError, description);
-        client.appeler(client.reglages_.handlers.onFermeture, std::move(description));
+      .surRefus = siVivant([](RealtimeClient& client, int statut, std::string_view corps) {
+        client.appeler(client.reglages_.handlers.onRefus, lisible(RefusRealtime::deConnexion(statut, corps)));
+      }),
+      .surChute = siVivant([](RealtimeClient& client, const std::string& description) {
+        client.appeler(client.reglages_.handlers.onError, lisible(description));
+        client.appeler(client.reglages_.handlers.onFermeture, lisible(description));
       }),
   });
 }
@@ -91,9 +105,11 @@ void RealtimeClient::recevoir(std::string_view texte) {
   const Handlers& h = reglages_.handlers;
   LectureTrame lue = LectureTrame::lire(texte, reglages_.provider.dialecte);
   if (lue.itemCree) appeler(h.onItemCree, std::move(*lue.itemCree));
-  if (lue.transcription) appeler(h.onTranscriptionEntree, std::move(*lue.transcription));
+  if (lue.transcription && !lue.transcriptionEnCours)
+    appeler(h.onTranscriptionEntree, lisible(*lue.transcription));
   if (lue.ecoute) appeler(h.onEcouteEntree, *lue.ecoute);
   if (!texte.empty()) appeler(h.onTrame, texte);
+  if (lue.refus) appeler(h.onRefus, lisible(*lue.refus));
   std::visit(Selon{
                  [&](RealtimeFrame::sessionCreated&) { configurer(); },
                  [&](RealtimeFrame::sessionUpdated&) { preparer(); },
@@ -103,7 +119,7 @@ void RealtimeClient::recevoir(std::string_view texte) {
                                                                    .argsJSON = std::move(appel.argsJSON),
                                                                    .callID = std::move(appel.callID)});
                  },
-                 [&](RealtimeFrame::error& erreur) { appeler(h.onError, std::move(erreur.texte)); },
+                 [&](RealtimeFrame::error& erreur) { appeler(h.onError, lisible(erreur.texte)); },
                  [&](RealtimeFrame::responseDone&) {
                    if (lue.usage) appeler(h.onUsage, *lue.usage);
                    appeler(h.onDone);

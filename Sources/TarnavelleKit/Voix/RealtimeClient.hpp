@@ -24,6 +24,7 @@
 #include "Voix/ProfilEcouteVoix.hpp"
 #include "Voix/RealtimeProvider.hpp"
 #include "Voix/RealtimeRequest.hpp"
+#include "Voix/RefusRealtime.hpp"
 #include "Voix/TransportRealtime.hpp"
 #include "Voix/UsageRealtime.hpp"
 
@@ -33,7 +34,8 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
  public:
   static constexpr std::chrono::seconds capSeconds{90};  ///< the usual cap of a session
 
-  /// Each may be left empty.
+  /// Each may be left empty. In the texts for the operator (transcripts, errors, refusals), control characters
+  /// other than line feed and tab, and invisible formatting, are written out.
   struct Handlers {
     std::function<void()> onReady{};  ///< the session is configured; again after each partial update
     std::function<void(FileAppelsRealtime::Appel)> onToolCall{};
@@ -43,9 +45,13 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
     std::function<void(TourRealtime)> onUsage{};    ///< what a finished response consumed, before its `onDone`
     std::function<void(std::string)> onItemCree{};  ///< id of a conversation item
     std::function<void(std::optional<std::string>)> onFermeture{};  ///< the connection dropped, and why
-    std::function<void(std::string)> onTranscriptionEntree{};       ///< what the operator said
+    std::function<void(std::string)> onTranscriptionEntree{};       ///< what the operator said, once and whole
     std::function<void(bool)> onEcouteEntree{};                     ///< the operator is heard to start or stop
-    std::function<void(std::string_view)> onTrame{};  ///< every frame as it came; the view lasts for the call
+    /// Every frame as the service wrote it, nothing written out; the view lasts for the call.
+    std::function<void(std::string_view)> onTrame{};
+    /// What a refusal says beside its message, just before the `onError` that tells that; or why a response
+    /// failed, before its `onDone`. ReconnexionRealtime::explicationRefus says whether it ends the session.
+    std::function<void(RefusRealtime)> onRefus{};
   };
 
   struct Reglages {

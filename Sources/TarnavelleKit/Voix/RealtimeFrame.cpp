@@ -91,6 +91,20 @@ std::optional<std::string> transcription(const Json& evenement, std::string_view
   return dit ? std::optional(*dit) : std::nullopt;
 }
 
+/// What an error or a failed response says beside its message.
+std::optional<RefusRealtime> refus(const Json& evenement, const RealtimeFrame& trame) {
+  if (const auto* erreur = std::get_if<RealtimeFrame::error>(&trame.cas)) {
+    RefusRealtime lu = RefusRealtime::lire(evenement);
+    lu.message = erreur->texte;
+    return lu;
+  }
+  const bool finie = std::holds_alternative<RealtimeFrame::responseDone>(trame.cas);
+  const Json* reponse = finie ? Champ::membre(evenement, "response") : nullptr;
+  if (!reponse || Champ::texte(*reponse, "status") != "failed") return std::nullopt;
+  const Json* details = Champ::membre(*reponse, "status_details");
+  return RefusRealtime::lire(details ? *details : Json());
+}
+
 }  // namespace
 
 LectureTrame LectureTrame::lire(std::string_view texte, DialecteRealtime dialecte) {
@@ -104,8 +118,10 @@ LectureTrame LectureTrame::lire(std::string_view texte, DialecteRealtime dialect
   lue.trame = ::tarnavelle::trame(*objet, dialecte);
   lue.itemCree = ::tarnavelle::itemCree(*objet);
   lue.transcription = ::tarnavelle::transcription(*objet, texte);
+  lue.transcriptionEnCours = lue.transcription && Champ::texte(*objet, "status") == "in_progress";
   if (std::holds_alternative<RealtimeFrame::responseDone>(lue.trame.cas))
-    lue.usage = LectureUsageRealtime::lireObjet(*objet);
+    lue.usage = LectureUsageRealtime::lireOuQuIlSoit(*objet);
+  lue.refus = ::tarnavelle::refus(*objet, lue.trame);
   return lue;
 }
 

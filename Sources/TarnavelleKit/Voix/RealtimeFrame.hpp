@@ -11,6 +11,7 @@
 
 #include "Socle/Octets.hpp"
 #include "Voix/RealtimeProvider.hpp"
+#include "Voix/RefusRealtime.hpp"
 #include "Voix/UsageRealtime.hpp"
 
 namespace tarnavelle {
@@ -75,8 +76,10 @@ struct LectureTrame {
   RealtimeFrame trame;
   std::optional<std::string> itemCree = {};       ///< id of a conversation item that was created
   std::optional<std::string> transcription = {};  ///< of what the user said
+  bool transcriptionEnCours = false;              ///< the service will tell it again, longer or amended
   std::optional<bool> ecoute = {};                ///< the service hears the user start or stop speaking
   std::optional<TourRealtime> usage = {};         ///< what a finished response consumed
+  std::optional<RefusRealtime> refus = {};        ///< of an `error`, or of a response that failed
 
   bool operator==(const LectureTrame&) const = default;
 

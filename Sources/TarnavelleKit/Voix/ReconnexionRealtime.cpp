@@ -3,6 +3,35 @@
 #include <algorithm>
 
 namespace tarnavelle {
+namespace {
+
+constexpr std::string_view sansCredit = "La voix s'arrête : le compte du fournisseur n'a plus de crédit.";
+constexpr std::string_view sansCle = "La voix s'arrête : la clé du fournisseur est refusée.";
+constexpr std::string_view sansSession = "La voix s'arrête : le fournisseur refuse la session.";
+
+/// The sentence for one of `codesIrrecuperables`.
+std::string_view phrase(std::string_view code) {
+  if (code == "insufficient_quota" || code == "billing_hard_limit_reached") return sansCredit;
+  if (code == "invalid_api_key" || code == "account_deactivated") return sansCle;
+  return sansSession;  // a code that has no words of its own yet
+}
+
+/// The sentence for a declined connection; empty when another may succeed. One service declines a bad key
+/// with 400, an empty account with 403 or 429, and tells them apart in its message only.
+std::string_view phrase(int statut, std::string_view message) {
+  const auto parle = [&](std::string_view de) { return message.find(de) != std::string_view::npos; };
+  switch (statut) {
+    case 401: return sansCle;
+    case 402: return sansCredit;
+    case 400:
+    case 403:
+    case 404: return parle(" credits") ? sansCredit : parle("API key") ? sansCle : sansSession;
+    case 429: return parle(" credits") ? sansCredit : std::string_view();
+    default: return {};
+  }
+}
+
+}  // namespace
 
 std::chrono::seconds ReconnexionRealtime::delai(std::int64_t tentative) {
   return std::clamp(std::chrono::seconds(tentative), std::chrono::seconds(1), delaiMaxSecondes);
@@ -22,17 +51,22 @@ bool ReconnexionRealtime::estIrrecuperable(std::optional<std::string_view> messa
 
 std::optional<std::string> ReconnexionRealtime::explication(std::optional<std::string_view> message) {
   const auto trouve = code(message);
-  if (!trouve) return std::nullopt;
-  if (trouve == "insufficient_quota" || trouve == "billing_hard_limit_reached")
-    return "La voix s'arrête : le compte du fournisseur n'a plus de crédit.";
-  if (trouve == "invalid_api_key" || trouve == "account_deactivated")
-    return "La voix s'arrête : la clé du fournisseur est refusée.";
-  return "La voix s'arrête : le fournisseur refuse la session.";  // a code that has no words of its own yet
+  return trouve ? std::optional(std::string(phrase(*trouve))) : std::nullopt;
+}
+
+std::optional<std::string> ReconnexionRealtime::explicationRefus(const RefusRealtime& refus) {
+  for (const std::string_view dit : {std::string_view(refus.code), std::string_view(refus.genre)})
+    if (std::ranges::find(codesIrrecuperables, dit) != codesIrrecuperables.end())
+      return std::string(phrase(dit));
+  const auto trouvee = phrase(refus.http, refus.message);
+  return trouvee.empty() ? std::nullopt : std::optional(std::string(trouvee));
 }
 
 ReconnexionRealtime::Decision ReconnexionRealtime::decision(const Fermeture& fermeture) {
   if (fermeture.fermetureVoulue) return {Decision::rien{}};
-  if (auto raison = explication(fermeture.message)) return {Decision::abandonner{std::move(*raison)}};
+  auto raison = explication(fermeture.message);
+  if (!raison && fermeture.refus) raison = explicationRefus(*fermeture.refus);
+  if (raison) return {Decision::abandonner{std::move(*raison)}};
   if (fermeture.superviseurEnCours) return {Decision::rien{}};
   return {Decision::reconnecter{.delai = delai(fermeture.tentative),
                                 .tentative = std::max<std::int64_t>(fermeture.tentative, 1)}};

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <variant>
 
+#include "Voix/RefusRealtime.hpp"
+
 namespace tarnavelle {
 
 namespace ReconnexionRealtime {
@@ -50,11 +52,18 @@ bool estIrrecuperable(std::optional<std::string_view> message);
 /// What the user is told of the code that the message contains.
 std::optional<std::string> explication(std::optional<std::string_view> message);
 
+/// What the user is told of a refusal that would be met again, which ends the session, whether the connection
+/// still stands or not; nothing of any other. Its code and kind are compared whole with
+/// `codesIrrecuperables`; a declined connection is judged by its HTTP status and, for want of a code that
+/// tells, its words.
+std::optional<std::string> explicationRefus(const RefusRealtime& refus);
+
 struct Fermeture {
   bool fermetureVoulue = false;     ///< by the user or the program
   bool superviseurEnCours = false;  ///< another reconnection is already under way
   std::optional<std::string_view> message{};
-  std::int64_t tentative = 1;  ///< from 1
+  std::int64_t tentative = 1;            ///< from 1
+  std::optional<RefusRealtime> refus{};  ///< the last that was told since the session was opened
 };
 Decision decision(const Fermeture& fermeture);
 

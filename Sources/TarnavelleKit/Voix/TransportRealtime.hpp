@@ -11,6 +11,8 @@ namespace tarnavelle {
 struct RappelsTransportRealtime {
   std::function<void(std::string_view)> surTexte;   ///< a text frame; the view lasts for the call
   std::function<void(std::string)> surErreurEnvoi;  ///< a send failed, with its description; the channel stays
+  /// The service declined to open it, with that HTTP status and body; `surChute` follows. May be left empty.
+  std::function<void(int, std::string_view)> surRefus{};
   std::function<void(std::string)> surChute;  ///< the channel is lost, with its description; the last call
 };
 

@@ -24,6 +24,7 @@ TransportWebSocketRealtime::TransportWebSocketRealtime(std::unique_ptr<WebSocket
 void TransportWebSocketRealtime::demarrer(RappelsTransportRealtime rappels) {
   socket_->demarrer({.surTexte = std::move(rappels.surTexte),
                      .surErreurEnvoi = std::move(rappels.surErreurEnvoi),
+                     .surRefus = std::move(rappels.surRefus),
                      .surChute = std::move(rappels.surChute)});
 }
 

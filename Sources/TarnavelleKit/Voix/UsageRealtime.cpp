@@ -32,6 +32,23 @@ Compte nonCache(const Json* details, const Json* caches, std::string_view cle) {
   return std::max<Compte>(compte(details, cle) - compte(caches, cle), 0);  // none of them negative
 }
 
+const Json* usageDeReponse(const Json& evenement) {
+  const Json* reponse = Champ::membre(evenement, "response");
+  return reponse ? Champ::membre(*reponse, "usage") : nullptr;
+}
+
+std::optional<TourRealtime> tour(const Json* usage) {
+  if (!usage || !usage->is_object()) return std::nullopt;
+  const Json* entree = Champ::membre(*usage, "input_token_details");
+  const Json* caches = entree ? Champ::membre(*entree, "cached_tokens_details") : nullptr;
+  const Json* sortie = Champ::membre(*usage, "output_token_details");
+  return TourRealtime{.texteEntreeNonCache = nonCache(entree, caches, "text_tokens"),
+                      .audioEntreeNonCache = nonCache(entree, caches, "audio_tokens"),
+                      .entreeCachee = compte(entree, "cached_tokens"),
+                      .texteSortie = compte(sortie, "text_tokens"),
+                      .audioSortie = compte(sortie, "audio_tokens")};
+}
+
 /// With that many decimals, after a point in every locale.
 std::string decimal(double valeur, int decimales) {
   char tampon[std::numeric_limits<double>::max_exponent10 + 16];
@@ -80,17 +97,13 @@ std::optional<TourRealtime> LectureUsageRealtime::lire(std::string_view texte) {
 }
 
 std::optional<TourRealtime> LectureUsageRealtime::lireObjet(const Json& objet) {
-  const Json* reponse = Champ::membre(objet, "response");
-  const Json* usage = reponse ? Champ::membre(*reponse, "usage") : nullptr;
-  if (!usage || !usage->is_object()) return std::nullopt;
-  const Json* entree = Champ::membre(*usage, "input_token_details");
-  const Json* caches = entree ? Champ::membre(*entree, "cached_tokens_details") : nullptr;
-  const Json* sortie = Champ::membre(*usage, "output_token_details");
-  return TourRealtime{.texteEntreeNonCache = nonCache(entree, caches, "text_tokens"),
-                      .audioEntreeNonCache = nonCache(entree, caches, "audio_tokens"),
-                      .entreeCachee = compte(entree, "cached_tokens"),
-                      .texteSortie = compte(sortie, "text_tokens"),
-                      .audioSortie = compte(sortie, "audio_tokens")};
+  return tour(usageDeReponse(objet));
+}
+
+std::optional<TourRealtime> LectureUsageRealtime::lireOuQuIlSoit(const Json& objet) {
+  const Json *usage = usageDeReponse(objet), *enTete = Champ::membre(objet, "usage");
+  const auto rempli = [](const Json* u) { return u && u->is_object() && !u->empty(); };
+  return tour(!rempli(usage) && rempli(enTete) ? enTete : usage);
 }
 
 void UsageRealtime::ajouter(const TourRealtime& tour) {

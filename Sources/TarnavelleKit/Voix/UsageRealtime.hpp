@@ -57,6 +57,8 @@ namespace LectureUsageRealtime {
 std::optional<TourRealtime> lire(std::string_view texte);
 /// The same from the event already parsed. Not an overload: a text converts to both parameters.
 std::optional<TourRealtime> lireObjet(const Json& objet);
+/// The same; when that usage is missing or empty, the one that some services report at the event's top level.
+std::optional<TourRealtime> lireOuQuIlSoit(const Json& objet);
 }  // namespace LectureUsageRealtime
 
 /// What one conversation has consumed.
