@@ -38,6 +38,9 @@ TEST(ReglageNtfy, RefusDansLeurOrdreEtURLDuFlux) {
       {"http://192.168.1.2", topic22, enClair},
       {"http://127.0.0.1:8080", topic22, "http://127.0.0.1:8080"},
       {"http://LOCALHOST", topic22, "http://LOCALHOST"},
+      {"https://10.0.0.1.nip.io:8080", topic22, "https://10.0.0.1.nip.io:8080"},
+      {"https://10.0.0.1:x", topic22, illisible},
+      {"http://10.0.0.1.nip.io", topic22, enClair},
       {"http://[::1]:80/x", topic22, "http://[::1]:80/x"},
       {" \thttps://h.example/ntfy/// ", topic22, "https://h.example/ntfy"},
       {"https://h//", "\u00A0" + topic22 + " ", "https://h"},
@@ -94,6 +97,8 @@ TEST(AbonnementNtfy, Requete) {
   EXPECT_EQ(AbonnementNtfy::requete({"https://h/", topic22, " tk_1 "}, "a&b"), attendue);
   EXPECT_EQ(AbonnementNtfy::requete({"http://[::1]/a?b=c", topic22, ""}, "1s")->url,
             "http://[::1]/a?b=c/" + topic22 + "/sse&since=1s");
+  EXPECT_EQ(AbonnementNtfy::requete({"https://1.2.3.4.h#f", topic22, ""}, "1s")->url,
+            "https://1.2.3.4.h?since=1s#f/" + topic22 + "/sse");
   EXPECT_FALSE(AbonnementNtfy::requete({"http://h", topic22, ""}, {}));
 }
 

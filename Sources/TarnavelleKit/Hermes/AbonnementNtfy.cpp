@@ -1,22 +1,25 @@
 #include "Hermes/AbonnementNtfy.hpp"
 
 #include <algorithm>
-#include <boost/url/parse.hpp>
-#include <boost/url/url.hpp>
+#include <boost/url/encode.hpp>
+#include <boost/url/rfc/unreserved_chars.hpp>
 #include <cmath>
 
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
+#include "Socle/URL.hpp"
 
 namespace tarnavelle::AbonnementNtfy {
 namespace {
 
 std::string avecSince(const std::string& texte, const std::string& depuis) {
-  const auto lue = boost::urls::parse_uri(texte);
-  if (!lue) return texte;
-  boost::urls::url url(*lue);
-  url.params().append({"since", depuis});
-  return url.buffer();
+  const auto url = URL::lire(texte);
+  if (!url) return texte;
+  const auto derniere = url->cible.empty() ? url->hoteEtPort : url->cible;  // what a fragment may follow
+  const auto avant = static_cast<std::size_t>(derniere.data() + derniere.size() - texte.data());
+  const char* separateur = url->cible.find('?') == url->cible.npos ? "?" : "&";
+  return texte.substr(0, avant) + separateur +
+         "since=" + boost::urls::encode(depuis, boost::urls::unreserved_chars) + texte.substr(avant);
 }
 
 std::string arrondiEn(double nombre, char unite) {
