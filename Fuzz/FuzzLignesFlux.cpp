@@ -21,10 +21,11 @@ std::vector<std::string> lire(std::string_view octets, std::size_t graine) {
     octets.remove_prefix(morceau.size());
     graine = graine * 6364136223846793005u + (graine != 0);
     lecteur.ajouter(morceau);
-    while (const auto ligne = lecteur.suivante()) lignes.emplace_back(*ligne);
+    do
+      while (const auto ligne = lecteur.suivante()) lignes.emplace_back(*ligne);
+    while (lecteur.tropLongue() && (lignes.emplace_back("trop longue"), true));
   }
   if (const auto ligne = lecteur.derniere()) lignes.emplace_back(*ligne);
-  lignes.emplace_back(lecteur.tropLongue() ? "trop longue" : "fin");
   return lignes;
 }
 

@@ -89,7 +89,8 @@ class MondeFlux final : public FluxLignes {
   void pauser(std::chrono::milliseconds duree) override {
     secondes += std::chrono::duration<double>(duree).count();
   }
-  void interrompre() override {}
+  void interrompre() override { script_.clear(); }
+  bool interrompu() const override { return script_.empty(); }
 
  private:
   std::deque<Ouverture> script_;
@@ -108,6 +109,7 @@ constexpr std::string_view b = R"(data: {"event":"message","id":"b","message":"B
 constexpr std::string_view etrangere = R"(data: {"event":"keepalive","topic":"autre"})";
 
 constexpr LectureFlux fin{LectureFlux::fin{}};
+constexpr LectureFlux tropLongue{LectureFlux::tropLongue{}};
 constexpr LectureFlux illisible{LectureFlux::illisible{}};
 constexpr LectureFlux perdue{LectureFlux::perte{ErreurReseau::connexionPerdue}};
 
@@ -117,6 +119,7 @@ Lignes vivre(MondeFlux& monde, const ReglageNtfy& r = reglage, const OreilleNtfy
   using E = OreilleNtfy::Etat;
   const auto surEtat = [&](const E& etat) {
     if (std::holds_alternative<E::ouverte>(etat.cas)) monde.noter("ouverte");
+    if (std::holds_alternative<E::ligneSautee>(etat.cas)) monde.noter("sautée");
     if (const auto* e = std::get_if<E::attente>(&etat.cas))
       monde.noter(direEchec(e->echec) + ", " + std::to_string(std::lround(e->recul.count())));
   };
@@ -135,20 +138,28 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
         {201, {ligne(3599.5, a), ligne(1, b)}},
         {200, {ligne(0, a)}},
         {200}},
-       {"0 GET", "0 ouverte", "3600 GET?since=10s", "7200 ouverte", "7200 A", "7200 GET?since=1s",
+       {"0 GET", "0 ouverte", "3600 GET?since=25s", "7200 ouverte", "7200 A", "7200 GET?since=30m",
         "7200 ouverte", "10800 GET?since=30m", "14400 arretee"}},
       {"a refused catch-up is tried once plainly; another failure of that does not count against the next",
        {{200, {ligne(0, open), {0, fin}}}, {400}, {500}, {400}, {400}},
-       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=2s", "2 400, 0", "2 GET", "2 500, 4",
-        "6 GET?since=6s", "6 400, 0", "6 GET", "6 " + demande}},
+       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=17s", "2 400, 0", "2 GET", "2 500, 4",
+        "6 GET?since=21s", "6 400, 0", "6 GET", "6 " + demande}},
       {"an hour without a sign of life is no refusal",
        {{400}, {200}, {400}},
-       {"0 GET", "0 400, 0", "0 GET", "3600 GET", "3600 400, 0", "3600 arretee"}},
+       {"0 GET", "0 400, 0", "0 GET", "3600 GET?since=30m", "3600 400, 0", "3600 arretee"}},
       {"whatever else fails, what was missed is asked for; 403 ends it",
        {{200, {ligne(0, open), {0, fin}}}, {429}, {500}, {ErreurReseau::delaiDepasse}, {403}},
-       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=2s", "2 429, 60", "62 GET?since=2m", "62 500, 4",
+       {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=17s", "2 429, 60", "62 GET?since=2m", "62 500, 4",
         "66 GET?since=2m", "66 le serveur n'a plus rien dit, 8", "74 GET?since=2m", "74 " + acces}},
-      {"redirects are not followed; 401 ends it", {{302}, {401}}, {"0 GET", "0 302, 2", "2 GET", "2 " + acces}},
+      {"what is too long is passed over once; a keep-alive event ends a catch-up",
+       {{200, {ligne(0, open), ligne(0, a), ligne(9, vie), {1, tropLongue}, ligne(1, b), {0, perdue}}},
+        {200, {ligne(0, open), ligne(45, vie), {0, fin}}},
+        {403}},
+       {"0 GET", "0 ouverte", "0 A", "10 sautée", "11 B", "11 la liaison réseau a été coupée, 2",
+        "13 GET?since=17s", "13 ouverte", "58 tronqué, 2", "60 GET?since=17s", "60 " + acces}},
+      {"redirects are not followed; 401 ends it",
+       {{302}, {401}},
+       {"0 GET", "0 302, 2", "2 GET?since=13s", "2 " + acces}},
       {"back-off grows until the server gives a sign of life, which an answer alone is not",
        {{ErreurReseau::hoteIntrouvable},
         {ErreurReseau::racineInconnue},
@@ -158,9 +169,10 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
         {503},
         {503},
         {200, {ligne(0, vie), {0, perdue}}}},
-       {"0 GET", "0 le serveur ntfy est injoignable, 2", "2 GET", "2 la liaison chiffrée a échoué, 2", "4 GET",
-        "4 500, 4", "8 GET", "8 tronqué, 8", "16 GET", "16 tronqué, 16", "32 GET", "32 503, 32", "64 GET",
-        "64 503, 60", "124 GET", "124 ouverte", "124 la liaison réseau a été coupée, 2", "126 arretee"}},
+       {"0 GET", "0 le serveur ntfy est injoignable, 2", "2 GET?since=13s", "2 la liaison chiffrée a échoué, 2",
+        "4 GET?since=15s", "4 500, 4", "8 GET?since=19s", "8 tronqué, 8", "16 GET?since=31s", "16 tronqué, 16",
+        "32 GET?since=47s", "32 503, 32", "64 GET?since=2m", "64 503, 60", "124 GET?since=3m", "124 ouverte",
+        "124 la liaison réseau a été coupée, 2", "126 arretee"}},
   };
   for (const auto& [nom, script, attendu] : cas) {
     MondeFlux monde(script);
@@ -178,9 +190,32 @@ TEST(OreilleNtfy, NOuvreQueSIlLeFautEtRepartANeuf) {
   vivre(monde, reglage, {.headless = true});
   vivre(monde, reglage, {.demo = true});
   EXPECT_EQ(vivre(monde, reglage, {}, 2),
-            (Lignes{"0 fermee", "0 fermee", "0 fermee", "0 GET", "0 500, 2", "2 GET", "2 500, 2", "4 GET",
-                    "4 L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.", "4 GET", "4 500, 2",
-                    "6 arretee"}));
+            (Lignes{"0 fermee", "0 fermee", "0 fermee", "0 GET", "0 500, 2", "2 GET?since=13s", "2 500, 2",
+                    "4 GET?since=15s", "4 L'oreille d'Hermès se tait : le serveur refuse l'accès à ce canal.",
+                    "4 GET", "4 500, 2", "6 arretee"}));
+}
+
+TEST(OreilleNtfy, NAnnonceRienApresUnArret) {
+  MondeFlux monde({{500}, {500}});
+  int connexions = 0;
+  OreilleNtfy oreille(monde, [&] { return OreilleNtfy::Secondes(monde.secondes); },
+                      {{}, [&](const OreilleNtfy::Etat& etat) {
+                         connexions += std::holds_alternative<OreilleNtfy::Etat::connexion>(etat.cas);
+                         if (std::holds_alternative<OreilleNtfy::Etat::attente>(etat.cas)) monde.interrompre();
+                       }});
+  EXPECT_EQ(dire(oreille.ecouter(reglage, {})), "arretee");
+  EXPECT_EQ(connexions, 1);
+}
+
+TEST(OreilleNtfy, UneAutreReprendOuElleEnEtait) {
+  MondeFlux monde(
+      {{200, {ligne(0, open), ligne(5, a), {0, fin}}}, {200, {ligne(0, open), ligne(0, a), ligne(0, b)}}});
+  const auto horloge = [&] { return OreilleNtfy::Secondes(monde.secondes); };
+  OreilleNtfy::Souvenir souvenir;
+  OreilleNtfy oreille(monde, horloge, {[&](const auto&) { souvenir = oreille.souvenir(); }, {}});
+  oreille.ecouter(reglage, {}, {.age = OreilleNtfy::Secondes(20), .ids = {"b"}});
+  EXPECT_EQ(monde.requetes.front().url, "https://h/abcdefghijklmnopqrst-_/sse?since=31s");
+  EXPECT_EQ(souvenir, (OreilleNtfy::Souvenir{.age = OreilleNtfy::Secondes(25), .ids = {"b", "a"}}));
 }
 
 constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";

@@ -1,6 +1,7 @@
 #include "Reseau/FluxHTTP.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <future>
 
@@ -30,12 +31,12 @@ std::string suivre(FluxHTTP& flux, const RequeteHTTP& requete) {
   if (const auto* erreur = std::get_if<ErreurReseau>(&reponse)) return dire(*erreur);
   std::string tout = std::to_string(std::get<int>(reponse)) + " ";
   for (bool fini = false; !fini;)
-    std::visit(
-        Selon{[&](const LectureFlux::ligne& l) { tout.append(l.texte.substr(0, 20)).append("|"); },
-              [](const LectureFlux::attente&) {}, [&](const LectureFlux::fin&) { tout += "fin", fini = true; },
-              [&](const LectureFlux::illisible&) { tout += "illisible", fini = true; },
-              [&](const LectureFlux::perte& p) { tout += dire(p.erreur), fini = true; }},
-        flux.suivante().cas);
+    std::visit(Selon{[&](const LectureFlux::ligne& l) { tout.append(l.texte.substr(0, 20)).append("|"); },
+                     [](const LectureFlux::attente&) {}, [&](const LectureFlux::tropLongue&) { tout += "…|"; },
+                     [&](const LectureFlux::fin&) { tout += "fin", fini = true; },
+                     [&](const LectureFlux::illisible&) { tout += "illisible", fini = true; },
+                     [&](const LectureFlux::perte& p) { tout += dire(p.erreur), fini = true; }},
+               flux.suivante().cas);
   return tout;
 }
 
@@ -66,7 +67,7 @@ TEST(FluxHTTP, DonneLesLignesEtDitCommentCelaFinit) {
       {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b", "200 illisible"},
       {ok + "Content-Encoding: identity\r\n\r\na\n", "200 a|fin"},
       {ok + "Transfer-Encoding: gzip, chunked\r\n\r\n1\r\na\r\n0\r\n\r\n", "200 illisible"},
-      {ok + "\r\na\n" + longue, "200 a|illisible"},
+      {ok + "\r\na\n" + longue + "\nb", "200 a|…|b|fin"},
       {"", coupee},
       {"n'importe quoi\r\n\r\n", echouee},
       {ok + "X: " + std::string(100'000, 'y') + "\r\n\r\n", echouee},
@@ -115,14 +116,18 @@ TEST(FluxHTTP, UnOctetSuffitARompreLeSilence) {
 TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
   PairTCP pair({[](Connexion& c) {
     PairTCP::envoyer(ok + "\r\na\nb")(c);
-    std::this_thread::sleep_for(200ms);
+    std::this_thread::sleep_for(1300ms);
     c.couperNet();
   }});
   FluxHTTP flux;
   ASSERT_EQ(flux.ouvrir(demander(pair.url())), (std::variant<int, ErreurReseau>(200)));
   EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::ligne{"a"}}));
-  for (const auto attente : {30ms, 0ms, -1ms})
+  rusage avant{}, apres{};
+  ::getrusage(RUSAGE_THREAD, &avant);
+  for (const auto attente : {1100ms, 0ms, -1ms})
     EXPECT_EQ(flux.suivante(attente), (LectureFlux{LectureFlux::attente{}}));
+  ::getrusage(RUSAGE_THREAD, &apres);
+  EXPECT_LE(apres.ru_nvcsw - avant.ru_nvcsw, 1) << "waiting is one sleep, however long";
   EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::perte{ErreurReseau::connexionPerdue}}));
 }
 

@@ -19,10 +19,11 @@ Lignes lire(std::string_view octets, std::size_t premier, std::size_t taille, st
     const std::string morceau(octets.substr(0, n));  // a buffer of its own, for the sanitizers
     octets.remove_prefix(morceau.size());
     lecteur.ajouter(morceau);
-    while (const auto ligne = lecteur.suivante()) lignes.emplace_back(*ligne);
+    do
+      while (const auto ligne = lecteur.suivante()) lignes.emplace_back(*ligne);
+    while (lecteur.tropLongue() && (lignes.emplace_back("…"), true));
   }
   if (const auto ligne = lecteur.derniere()) lignes.emplace_back(*ligne);
-  if (lecteur.tropLongue()) lignes.emplace_back("…");
   return lignes;
 }
 
@@ -35,8 +36,8 @@ TEST(LecteurLignesFlux, MemesLignesOuQuOnCoupe) {
       {"\xEF\xBBx\n", {"\uFFFD\uFFFDx"}},
       {"a\xC3\nb\x80", {"a\uFFFD", "b\uFFFD"}},
       {"\u0085\u2028\v\f\0\n"s, {"\u0085\u2028\v\f\0"s}},
-      {"123456789abc\n123456789a€\n", {"123456789abc", "…"}},
-      {"123456789abc\r123456789abcd", {"123456789abc", "…"}},
+      {"123456789abc\n123456789a€\r\n\nb", {"123456789abc", "…", "", "b"}},
+      {"123456789abcdefghijklmnopq\r\uFEFFb\n123456789abcd", {"…", "\uFEFFb", "…"}},
   };
   for (const auto& [octets, lignes] : cas)
     for (std::size_t taille = 1; taille <= octets.size() + 1; ++taille)

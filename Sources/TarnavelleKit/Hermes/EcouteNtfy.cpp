@@ -10,8 +10,4 @@ EcouteNtfy::EcouteNtfy(OreilleNtfy::Rappels rappels)
     : oreille_(
           flux_, [] { return OreilleNtfy::Secondes(HorlogeContinue::maintenant()); }, std::move(rappels)) {}
 
-OreilleNtfy::Fin EcouteNtfy::ecouter(const ReglageNtfy& reglage, const OreilleNtfy::Cockpit& cockpit) {
-  return oreille_.ecouter(reglage, cockpit);
-}
-
 }  // namespace tarnavelle

@@ -11,7 +11,13 @@ class EcouteNtfy {
  public:
   explicit EcouteNtfy(OreilleNtfy::Rappels rappels);
 
-  OreilleNtfy::Fin ecouter(const ReglageNtfy& reglage, const OreilleNtfy::Cockpit& cockpit);
+  OreilleNtfy::Fin ecouter(const ReglageNtfy& reglage, const OreilleNtfy::Cockpit& cockpit,
+                           const OreilleNtfy::Souvenir& souvenir = {}) {
+    return oreille_.ecouter(reglage, cockpit, souvenir);
+  }
+
+  /// As `OreilleNtfy::souvenir`.
+  OreilleNtfy::Souvenir souvenir() const { return oreille_.souvenir(); }
 
   /// For good.
   void arreter() { flux_.interrompre(); }

@@ -18,6 +18,7 @@ class JournalIdsNtfy {
   bool neuf(const std::string& id);
 
   std::size_t compte() const { return ordre_.size(); }
+  const std::deque<std::string>& ids() const { return ordre_; }  ///< oldest first
 
   bool operator==(const JournalIdsNtfy&) const = default;
 

@@ -9,6 +9,13 @@ namespace {
 
 constexpr std::array<std::string_view, 6> clesLues = {"event", "id",    "message",
                                                       "time",  "title", "topic"};  // sorted
+constexpr std::array<std::string_view, 1> cleHeure = {"time"};
+
+std::optional<Date::Instant> heureDe(const Json& objet) {
+  const Json* time = Champ::membre(objet, cleHeure.front());
+  if (!time || !time->is_number()) return std::nullopt;
+  return Date::depuisSecondes(time->get<double>());
+}
 
 }  // namespace
 
@@ -28,13 +35,16 @@ LectureNtfy MessageNtfy::lire(std::string_view ligne, std::optional<std::string_
   if (texte.empty()) texte = titre;
   if (id.empty() || texte.empty()) return {LectureNtfy::rien{}};
 
-  const Json* time = Champ::membre(*objet, "time");
-  return {
-      LectureNtfy::message{{.id = std::move(id),
-                            .date = Date::depuisSecondes(time && time->is_number() ? time->get<double>() : 0),
-                            .topic = std::move(topic),
-                            .titre = titre.empty() ? std::nullopt : std::optional(std::move(titre)),
-                            .texte = std::move(texte)}}};
+  return {LectureNtfy::message{{.id = std::move(id),
+                                .date = heureDe(*objet).value_or(Date::Instant()),
+                                .topic = std::move(topic),
+                                .titre = titre.empty() ? std::nullopt : std::optional(std::move(titre)),
+                                .texte = std::move(texte)}}};
+}
+
+std::optional<Date::Instant> MessageNtfy::heure(std::string_view ligne) {
+  const auto objet = LectureJSON::objet(ligne, {cleHeure});
+  return objet ? heureDe(*objet) : std::nullopt;
 }
 
 }  // namespace tarnavelle

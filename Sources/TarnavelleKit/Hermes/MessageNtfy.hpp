@@ -25,6 +25,9 @@ struct MessageNtfy {
 
   /// Reads one payload. Whatever names another topic than `topicAttendu`, when there is one, is `rien`.
   static LectureNtfy lire(std::string_view ligne, std::optional<std::string_view> topicAttendu);
+
+  /// When the server sent it, for a payload of any kind; nothing when it does not say.
+  static std::optional<Date::Instant> heure(std::string_view ligne);
 };
 
 struct LectureNtfy {

@@ -12,6 +12,8 @@ std::chrono::milliseconds millisecondes(AbonnementNtfy::Secondes duree) {
   return std::chrono::ceil<std::chrono::milliseconds>(duree);
 }
 
+AbonnementNtfy::Secondes depuis1970(Date::Instant instant) { return instant.time_since_epoch(); }
+
 EchecNtfy echecDeTransport(ErreurReseau erreur) {
   return {EchecNtfy::transport{std::string(AbonnementNtfy::phrase(erreur))}};
 }
@@ -21,15 +23,18 @@ EchecNtfy echecDeTransport(ErreurReseau erreur) {
 OreilleNtfy::OreilleNtfy(FluxLignes& flux, Horloge horloge, Rappels rappels)
     : flux_(flux), horloge_(std::move(horloge)), rappels_(std::move(rappels)) {}
 
-OreilleNtfy::Fin OreilleNtfy::ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit) {
+OreilleNtfy::Fin OreilleNtfy::ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit,
+                                      const Souvenir& souvenir) {
   if (!AbonnementNtfy::doitSAbonner(reglage, cockpit.headless, cockpit.demo)) return {Fin::fermee{}};
   tentative_ = 0;
-  bool rattrapage = false;
+  for (const std::string& id : souvenir.ids) journal_.neuf(id);
+  acquis_.connaitre(horloge_() - souvenir.age.value_or(Secondes(0)));
+  bool rattrapage = souvenir.age.has_value();
   bool dejaRepris = false;  // the last request was refused with 400, this one is its retry
   while (true) {
-    std::optional<Secondes> silence;
-    if (rattrapage && dernierSigne_) silence = horloge_() - *dernierSigne_;
-    const auto requete = AbonnementNtfy::requete(reglage, AbonnementNtfy::depuis(silence));
+    if (flux_.interrompu()) return {Fin::arretee{}};
+    const auto manque = acquis_.ouvrir(horloge_(), rattrapage);
+    const auto requete = AbonnementNtfy::requete(reglage, AbonnementNtfy::depuis(manque));
     if (!requete) return {Fin::fermee{}};
     const auto issue = suivre(*requete, reglage.topicNet());
     flux_.fermer();
@@ -62,6 +67,7 @@ OreilleNtfy::Issue OreilleNtfy::suivre(const RequeteHTTP& requete, std::string_v
   }
   if (const int statut = std::get<int>(ouverture); !estUnSucces(statut))
     return EchecNtfy{EchecNtfy::http{statut}};
+  if (!acquis_.repondre(horloge_())) return rotation{};
 
   const Secondes terme = horloge_() + AbonnementNtfy::rotationSocket;
   for (Secondes reste = AbonnementNtfy::rotationSocket; reste > Secondes(0); reste = terme - horloge_()) {
@@ -69,6 +75,7 @@ OreilleNtfy::Issue OreilleNtfy::suivre(const RequeteHTTP& requete, std::string_v
     std::optional<Issue> issue;
     std::visit(Selon{[&](const LectureFlux::ligne& l) { entendre(l.texte, topic); },
                      [](const LectureFlux::attente&) {},
+                     [&](const LectureFlux::tropLongue&) { dire({Etat::ligneSautee{}}); },
                      [&](const LectureFlux::fin&) { issue = EchecNtfy{EchecNtfy::flotEnLoques{}}; },
                      [&](const LectureFlux::illisible&) { issue = EchecNtfy{EchecNtfy::flotEnLoques{}}; },
                      [&](const LectureFlux::perte& p) {
@@ -90,13 +97,24 @@ void OreilleNtfy::entendre(std::string_view ligne, std::string_view topic) {
   const auto lecture = MessageNtfy::lire(charge->texte, topic);
   if (std::holds_alternative<LectureNtfy::rien>(lecture.cas)) return;
 
-  dernierSigne_ = horloge_();
+  const Secondes maintenant = horloge_();
   if (!std::exchange(ouverte_, true)) {
     tentative_ = 0;
     dire({Etat::ouverte{}});
   }
-  if (const auto* lu = std::get_if<LectureNtfy::message>(&lecture.cas))
+  if (const auto* lu = std::get_if<LectureNtfy::message>(&lecture.cas)) {
     if (journal_.neuf(lu->message.id) && rappels_.surMessage) rappels_.surMessage(lu->message);
+    acquis_.recevoir(maintenant, depuis1970(lu->message.date));
+  } else {
+    const auto heure = MessageNtfy::heure(charge->texte);
+    acquis_.vivre(maintenant, heure ? std::optional(depuis1970(*heure)) : std::nullopt);
+  }
+}
+
+OreilleNtfy::Souvenir OreilleNtfy::souvenir() const {
+  Souvenir souvenir{.age = {}, .ids = {journal_.ids().begin(), journal_.ids().end()}};
+  if (const auto jusque = acquis_.connu()) souvenir.age = horloge_() - *jusque;
+  return souvenir;
 }
 
 void OreilleNtfy::dire(Etat etat) const {

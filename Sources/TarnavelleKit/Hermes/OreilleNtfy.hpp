@@ -10,8 +10,10 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "Hermes/AbonnementNtfy.hpp"
+#include "Hermes/AcquisNtfy.hpp"
 #include "Hermes/JournalIdsNtfy.hpp"
 #include "Hermes/MessageNtfy.hpp"
 #include "Hermes/ReglageNtfy.hpp"
@@ -33,6 +35,10 @@ class OreilleNtfy {
     struct ouverte {
       bool operator==(const ouverte&) const = default;
     };
+    /// Something longer than any notice came, and was passed over.
+    struct ligneSautee {
+      bool operator==(const ligneSautee&) const = default;
+    };
     /// Another attempt follows.
     struct attente {
       EchecNtfy echec;
@@ -40,7 +46,7 @@ class OreilleNtfy {
       bool operator==(const attente&) const = default;
     };
 
-    std::variant<connexion, ouverte, attente> cas;
+    std::variant<connexion, ouverte, ligneSautee, attente> cas;
 
     bool operator==(const Etat&) const = default;
   };
@@ -76,13 +82,25 @@ class OreilleNtfy {
     bool demo = false;
   };
 
-  static constexpr int memoire = 1000;  ///< notices that are known when they come again
+  /// What an ear leaves to the next one, so that it misses nothing and repeats nothing.
+  struct Souvenir {
+    std::optional<Secondes> age;   ///< every notice published longer ago has come; nothing: catch nothing up
+    std::vector<std::string> ids;  ///< of the last notices delivered, oldest first
+    bool operator==(const Souvenir&) const = default;
+  };
+
+  /// Notices that are known when they come again: five a second for the longest catch-up.
+  static constexpr int memoire = 10'000;
 
   /// The stream must outlive the ear.
   OreilleNtfy(FluxLignes& flux, Horloge horloge, Rappels rappels);
 
-  /// May be called again once it has ended: attempts count anew, notices already delivered stay known.
-  Fin ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit);
+  /// May be called again once it has ended: attempts count anew, notices already delivered stay known. Catches
+  /// up from `souvenir` on, to whose age its owner has added the time that has passed since.
+  Fin ecouter(const ReglageNtfy& reglage, const Cockpit& cockpit, const Souvenir& souvenir = {});
+
+  /// As of now, on the thread that listens or once it has ended.
+  Souvenir souvenir() const;
 
  private:
   struct rotation {};
@@ -98,7 +116,7 @@ class OreilleNtfy {
   Horloge horloge_;
   Rappels rappels_;
   JournalIdsNtfy journal_{memoire};
-  std::optional<Secondes> dernierSigne_;
+  AcquisNtfy acquis_;
   int tentative_ = 0;
   bool ouverte_ = false;
 };

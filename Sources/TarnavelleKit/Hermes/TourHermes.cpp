@@ -33,6 +33,7 @@ IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& sur
     std::visit(
         Selon{[&](const LectureFlux::ligne& l) { entendre(l.texte); }, [](const LectureFlux::attente&) {},
               [&](const LectureFlux::fin&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
+              [&](const LectureFlux::tropLongue&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
               [&](const LectureFlux::illisible&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
               [&](const LectureFlux::perte& p) { issue = perdre(p.erreur); }},
         flux_.suivante().cas);

@@ -102,7 +102,8 @@ class FluxHTTP::Echange {
       if (interrompu_) return {LectureFlux::perte{ErreurReseau::annulee}};
       if (encodee_) return {LectureFlux::illisible{}};
       if (const auto ligne = lignes_.suivante()) return {LectureFlux::ligne{*ligne}};
-      if (lignes_.tropLongue() || illisible_) return {LectureFlux::illisible{}};
+      if (lignes_.tropLongue()) return {LectureFlux::tropLongue{}};
+      if (illisible_) return {LectureFlux::illisible{}};
       if (perte_) return {LectureFlux::perte{*perte_}};
       if (analyseur_->is_done()) {
         if (const auto ligne = lignes_.derniere()) return {LectureFlux::ligne{*ligne}};
@@ -120,6 +121,7 @@ class FluxHTTP::Echange {
   static void abandonner(std::shared_ptr<Echange> echange) {
     if (!echange) return;
     echange->connexion_.fermer();
+    echange->minuterie_.cancel();
     asio::io_context& boucle = echange->boucle_;
     boucle.restart();
     boucle.poll();
@@ -133,13 +135,22 @@ class FluxHTTP::Echange {
     while (!fait()) {
       boucle_.restart();
       if (interrompu_) return false;  // asked for after the restart, or it could go unheard
-      if (echeance)
-        boucle_.run_one_until(*echeance);
-      else
-        boucle_.run_one();
-      if (echeance && !fait() && Horloge::now() >= *echeance) return false;
+      if (echeance && Horloge::now() >= *echeance) return false;
+      if (echeance) reveillerAu(*echeance);
+      boucle_.run_one();
     }
     return true;
+  }
+
+  /// Has the loop turn then at the latest: its own waits until some time wake up every second. An alarm set
+  /// for earlier stays, so that not every line sets one.
+  void reveillerAu(Horloge::time_point terme) {
+    if (alarme_ && *alarme_ <= terme) return;
+    alarme_ = terme;
+    minuterie_.expires_at(terme);
+    minuterie_.async_wait([this](Erreur erreur) {
+      if (!erreur) alarme_.reset();
+    });
   }
 
   ErreurReseau perdre(ErreurReseau siRienDAutre) {
@@ -178,6 +189,8 @@ class FluxHTTP::Echange {
   const std::string requete_;
   const std::chrono::milliseconds silence_;
   asio::io_context boucle_{1};
+  asio::steady_timer minuterie_{boucle_};
+  Echeance alarme_;  ///< when it rings
   Source connexion_;
   TamponReponse tampon_;
   std::optional<http::response_parser<http::buffer_body>> analyseur_;

@@ -34,6 +34,7 @@ class FluxHTTP final : public FluxLignes {
   void fermer() override;
   void pauser(std::chrono::milliseconds duree) override;
   void interrompre() override;
+  bool interrompu() const override { return interrompu_; }
 
  private:
   class Echange;

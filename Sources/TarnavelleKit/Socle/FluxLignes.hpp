@@ -1,7 +1,7 @@
 // A stream of lines that a server holds open, as those who follow it see it: ask, read, wait, stop. What a
 // line says is their business; how it travels is that of whoever brings one (FluxHTTP, or a test's world).
 //
-// One thread follows the stream; `interrompre` alone may be called from any other.
+// One thread follows the stream; `interrompre` and `interrompu` alone may be called from any other.
 #pragma once
 
 #include <chrono>
@@ -29,7 +29,11 @@ struct LectureFlux {
   struct fin {
     bool operator==(const fin&) const = default;
   };
-  /// The connection holds, but what comes cannot be read as lines: encoded although nobody asked, or too long.
+  /// A line longer than what is read (`LecteurLignesFlux::ligneMax`), passed over: the next ones follow.
+  struct tropLongue {
+    bool operator==(const tropLongue&) const = default;
+  };
+  /// The connection holds, but what comes cannot be read as lines: encoded although nobody asked.
   struct illisible {
     bool operator==(const illisible&) const = default;
   };
@@ -39,7 +43,7 @@ struct LectureFlux {
     bool operator==(const perte&) const = default;
   };
 
-  std::variant<ligne, attente, fin, illisible, perte> cas;
+  std::variant<ligne, attente, tropLongue, fin, illisible, perte> cas;
 
   bool operator==(const LectureFlux&) const = default;
 };
@@ -61,6 +65,7 @@ class FluxLignes {
 
   /// Ends at once, with `annulee`, what is under way and whatever is asked for afterwards.
   virtual void interrompre() = 0;
+  virtual bool interrompu() const = 0;
 };
 
 }  // namespace tarnavelle

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 #include "Socle/Texte.hpp"
 
@@ -35,24 +34,30 @@ const char* LecteurLignesFlux::chercher(const char*& connu, char octet) {
 
 std::optional<std::string_view> LecteurLignesFlux::suivante() {
   oublier();
-  if (morceau_.empty() || tropLongue_) return std::nullopt;
-  const char* fin = std::min(chercher(saut_, '\n'), chercher(retour_, '\r'));
-  const std::string_view ligne = morceau_.substr(0, static_cast<std::size_t>(fin - morceau_.data()));
-  tropLongue_ = debut_.size() + ligne.size() > maximum_;
-  if (tropLongue_) return std::nullopt;
-
-  morceau_.remove_prefix(ligne.size());
-  if (!debut_.empty() || morceau_.empty()) debut_ += ligne;
-  if (morceau_.empty()) return std::nullopt;
-  if (morceau_.front() == '\r' && morceau_.size() == 1) apresRetour_ = true;
-  morceau_.remove_prefix(morceau_.starts_with("\r\n") ? 2 : 1);
-  rendu_ = true;
-  return rendre(debut_.empty() ? ligne : debut_);
+  while (!morceau_.empty()) {
+    const char* fin = std::min(chercher(saut_, '\n'), chercher(retour_, '\r'));
+    const std::string_view ligne = morceau_.substr(0, static_cast<std::size_t>(fin - morceau_.data()));
+    if (!sautee_ && debut_.size() + ligne.size() > maximum_) {
+      vider(debut_);
+      premiere_ = false;
+      sautee_ = tropLongue_ = true;
+      return std::nullopt;
+    }
+    morceau_.remove_prefix(ligne.size());
+    if (!sautee_ && (!debut_.empty() || morceau_.empty())) debut_ += ligne;
+    if (morceau_.empty()) return std::nullopt;
+    if (morceau_.front() == '\r' && morceau_.size() == 1) apresRetour_ = true;
+    morceau_.remove_prefix(morceau_.starts_with("\r\n") ? 2 : 1);
+    if (std::exchange(sautee_, false)) continue;
+    rendu_ = true;
+    return rendre(debut_.empty() ? ligne : debut_);
+  }
+  return std::nullopt;
 }
 
 std::optional<std::string_view> LecteurLignesFlux::derniere() {
   oublier();
-  if (debut_.empty() || tropLongue_) return std::nullopt;
+  if (debut_.empty()) return std::nullopt;
   rendu_ = true;
   return rendre(debut_);
 }

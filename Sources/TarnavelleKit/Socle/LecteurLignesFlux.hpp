@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarnavelle {
 
@@ -22,14 +23,14 @@ class LecteurLignesFlux {
   void ajouter(std::string_view morceau);
 
   /// The next line, without its end, invalid bytes replaced by U+FFFD; a view valid until the next call.
-  /// Nothing: another piece is needed, or a line is too long.
+  /// Nothing: another piece is needed, or `tropLongue` has something to say.
   std::optional<std::string_view> suivante();
 
   /// After the last piece: the line that nothing ended.
   std::optional<std::string_view> derniere();
 
-  /// A line went beyond the limit. Nothing is given any more.
-  bool tropLongue() const { return tropLongue_; }
+  /// Whether the next line goes beyond the limit, told once: it is passed over, and the others follow.
+  bool tropLongue() { return std::exchange(tropLongue_, false); }
 
  private:
   /// The first byte from `fin` on, or where it would stand: searched again only once it is passed.
@@ -49,6 +50,7 @@ class LecteurLignesFlux {
   bool apresRetour_ = false;  ///< a LF would be the end of that CR's line
   bool premiere_ = true;
   bool tropLongue_ = false;
+  bool sautee_ = false;  ///< the line that has begun is too long
 };
 
 }  // namespace tarnavelle
