@@ -35,6 +35,10 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   const auto charge = vue(octets, taille);
   const auto evenement = EvenementGateway::lire(charge);
   verifier(evenement);
+  for (const auto forme : {LectureGateway::Forme::morceau, LectureGateway::Forme::entiere})
+    for (const auto& lu : LectureGateway::lire(charge, forme).evenements) verifier(lu);
+  const auto tout = LectureGateway::lire(charge).evenements;
+  exiger((tout.empty() ? EvenementGateway{EvenementGateway::rien{}} : tout.front()) == evenement);
   const auto objet = LectureJSON::objet(charge);
   if (objet)
     exiger(EvenementGateway::lire(EcritureJSON::compacte(*objet).value()) == evenement);

@@ -220,9 +220,14 @@ TEST(OreilleNtfy, UneAutreReprendOuElleEnEtait) {
 
 constexpr auto texte = R"(data: {"choices":[{"delta":{"content":"a"}}]})";
 constexpr auto outil = R"(data: {"type":"tool.start","name":"n"})";
+constexpr auto texteEtOutil =
+    R"(data: {"choices":[{"delta":{"content":"a","tool_calls":[{"function":{"name":"n"}}]}}]})";
+constexpr auto outilSansNom = R"(data: {"choices":[{"delta":{"tool_calls":[{"index":0}]}}]})";
+constexpr auto erreur = R"(data: {"error":"e"})";
 constexpr auto outilFini = R"(data: {"type":"tool.end","name":"n"})";
 constexpr auto demande = R"(data: {"type":"approval.request","id":"i"})";
 constexpr auto feuVert = R"(data: {"type":"approval.responded","id":"i","approved":true})";
+constexpr auto feuOrange = R"(data: {"type":"approval.responded","id":"i","decision":"later"})";
 constexpr auto feuRouge = R"(data: {"type":"approval.responded","id":"i","approved":false})";
 
 TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
@@ -245,7 +250,27 @@ TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
       {{ErreurReseau::hoteIntrouvable}, "la passerelle d'Hermès est injoignable, rejouer"},
       {{ErreurReseau::annulee}, "arretee"},
       {{200, {ligne(0, texte), ligne(0, outil), {0, fin}}}, "texte|a; outil|n|∅; tronqué, annoncer"},
-      {{200, {ligne(0, outilFini), {0, illisible}}}, "outilFini|n; tronqué, annoncer"},
+      {{200, {ligne(0, texte), {0, fin}}}, "texte|a; tronqué, rejouer"},
+      // What may have been done already is not asked for again elsewhere.
+      {{200, {ligne(0, texteEtOutil), {0, perdue}}},
+       "texte|a; outil|n|∅; la liaison réseau a été coupée, annoncer"},
+      {{200, {ligne(0, outilSansNom), {0, fin}}}, "tronqué, annoncer"},
+      {{200, {ligne(0, outilFini), {0, fin}}}, "outilFini|n; tronqué, annoncer"},
+      {{200, {{0, illisible}}}, "tronqué, annoncer"},
+      {{200, {{0, tropLongue}, ligne(0, texte), {0, fin}}}, "texte|a; tronqué, annoncer"},
+      {{200, {ligne(0, erreur), {0, fin}}}, "erreur|e; tronqué, annoncer"},
+      {{200, {ligne(0, feuOrange), {0, fin}}}, "tronqué, annoncer"},
+      // A gateway that does not stream.
+      {{200,
+        {ligne(0, ""),
+         ligne(0, R"({"session_id":"s","choices":[{"message":)"),
+         ligne(0, R"( {"content":"a","tool_calls":[{"function":{"name":"n"}}]}}]})"),
+         {0, fin}}},
+       "session|s; texte|a; outil|n|∅; finie"},
+      {{200, {ligne(0, R"({"error":{"message":"e"}})"), {0, fin}}}, "erreur|e; finie"},
+      {{200, {ligne(0, R"({"choices":[{"message":{"content":"a"}}])"), {0, fin}}}, "tronqué, annoncer"},
+      {{200, {ligne(0, "{"), {0, perdue}}}, "la liaison réseau a été coupée, annoncer"},
+      {{200, {ligne(0, "<html>"), ligne(0, "{}"), {0, fin}}}, "tronqué, rejouer"},
       {{200, {ligne(0, demande), {0, fin}}}, "approbation|i|||∅|∅; tronqué, rejouer"},
       {{200, {ligne(0, demande), {0, fin}}}, "approbation|i|||∅|∅; tronqué, annoncer", true},
       {{200, {ligne(0, feuRouge), {0, perdue}}}, "tranchee|i|non; la liaison réseau a été coupée, rejouer"},

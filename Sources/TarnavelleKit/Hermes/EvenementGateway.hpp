@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "Socle/Date.hpp"
 
@@ -68,6 +69,23 @@ struct EvenementGateway {
   bool operator==(const EvenementGateway&) const = default;
 
   static EvenementGateway lire(std::string_view charge);
+};
+
+/// All that a payload tells, where `EvenementGateway::lire` keeps the first thing.
+struct LectureGateway {
+  enum class Forme {
+    morceau,  ///< an event of a stream
+    entiere,  ///< the whole reply of a gateway that does not stream
+  };
+
+  std::vector<EvenementGateway> evenements;  ///< in their order; `rien` is not among them
+  /// The agent may have begun to act, even if no event says so: a tool call whose name is yet to come, an
+  /// approval settled one does not know how.
+  bool aPuAgir = false;
+
+  bool operator==(const LectureGateway&) const = default;
+
+  static LectureGateway lire(std::string_view charge, Forme forme = Forme::morceau);
 };
 
 }  // namespace tarnavelle

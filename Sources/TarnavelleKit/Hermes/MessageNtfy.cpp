@@ -43,7 +43,7 @@ LectureNtfy MessageNtfy::lire(std::string_view ligne, std::optional<std::string_
 }
 
 std::optional<Date::Instant> MessageNtfy::heure(std::string_view ligne) {
-  const auto objet = LectureJSON::objet(ligne, {cleHeure});
+  const auto objet = LectureIndulgente::objet(ligne, {cleHeure});
   return objet ? heureDe(*objet) : std::nullopt;
 }
 

@@ -1,7 +1,9 @@
 #include "Hermes/TourHermes.hpp"
 
 #include "Hermes/FluxSSE.hpp"
+#include "Socle/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 
@@ -18,26 +20,56 @@ IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& sur
     return {IssueTour::echouee{{ErreurFluxGateway::http{statut}}, {}}};
 
   std::optional<IssueTour> issue;
-  const auto recevoir = [&](std::string_view charge) {
-    const auto evenement = EvenementGateway::lire(charge);
-    noter(evenement);
-    if (surEvenement && !std::holds_alternative<EvenementGateway::rien>(evenement.cas)) surEvenement(evenement);
-  };
-  const auto entendre = [&](std::string_view ligne) {
-    std::visit(Selon{[&](const FluxSSE::Ligne::charge& l) { recevoir(l.texte); },
-                     [](const FluxSSE::Ligne::ignorer&) {},
-                     [&](const FluxSSE::Ligne::fin&) { issue = {IssueTour::finie{}}; }},
-               FluxSSE::lire(ligne).cas);
-  };
   while (!issue)
-    std::visit(
-        Selon{[&](const LectureFlux::ligne& l) { entendre(l.texte); }, [](const LectureFlux::attente&) {},
-              [&](const LectureFlux::fin&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
-              [&](const LectureFlux::tropLongue&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
-              [&](const LectureFlux::illisible&) { issue = couper({ErreurFluxGateway::fluxTronque{}}); },
-              [&](const LectureFlux::perte& p) { issue = perdre(p.erreur); }},
-        flux_.suivante().cas);
+    std::visit(Selon{[&](const LectureFlux::ligne& l) { issue = entendre(l.texte, surEvenement); },
+                     [](const LectureFlux::attente&) {},
+                     [&](const LectureFlux::tropLongue&) { aPuAgir_ = true; },  // who knows what it said
+                     [&](const LectureFlux::fin&) { issue = finir(surEvenement); },
+                     [&](const LectureFlux::illisible&) {
+                       aPuAgir_ = true;
+                       issue = couper({ErreurFluxGateway::fluxTronque{}});
+                     },
+                     [&](const LectureFlux::perte& p) { issue = perdre(p.erreur); }},
+               flux_.suivante().cas);
   return *issue;
+}
+
+std::optional<IssueTour> TourHermes::entendre(std::string_view ligne, const SurEvenement& surEvenement) {
+  const bool premiere = !commencee_ && !Texte::rogner(ligne).empty();
+  commencee_ = commencee_ || premiere;
+  if (premiere && Texte::rogner(ligne).starts_with('{')) {  // no line of a stream of events begins so
+    entiere_.emplace();
+    aPuAgir_ = true;  // the gateway replies when all is done
+  }
+  if (entiere_) {
+    entiere_->append(ligne).append("\n");
+    if (entiere_->size() > LecteurLignesFlux::ligneMax) return couper({ErreurFluxGateway::fluxTronque{}});
+    return std::nullopt;
+  }
+  return std::visit(
+      Selon{
+          [&](const FluxSSE::Ligne::charge& l) -> std::optional<IssueTour> {
+            recevoir(LectureGateway::lire(l.texte), surEvenement);
+            return std::nullopt;
+          },
+          [](const FluxSSE::Ligne::ignorer&) -> std::optional<IssueTour> { return std::nullopt; },
+          [](const FluxSSE::Ligne::fin&) -> std::optional<IssueTour> { return IssueTour{IssueTour::finie{}}; }},
+      FluxSSE::lire(ligne).cas);
+}
+
+bool TourHermes::recevoir(const LectureGateway& lecture, const SurEvenement& surEvenement) {
+  aPuAgir_ = aPuAgir_ || lecture.aPuAgir;
+  for (const auto& evenement : lecture.evenements) {
+    noter(evenement);
+    if (surEvenement) surEvenement(evenement);
+  }
+  return !lecture.evenements.empty();
+}
+
+IssueTour TourHermes::finir(const SurEvenement& surEvenement) {
+  if (entiere_ && recevoir(LectureGateway::lire(*entiere_, LectureGateway::Forme::entiere), surEvenement))
+    return {IssueTour::finie{}};
+  return couper({ErreurFluxGateway::fluxTronque{}});
 }
 
 void TourHermes::noter(const EvenementGateway& evenement) {
@@ -49,13 +81,15 @@ void TourHermes::noter(const EvenementGateway& evenement) {
             [&](const E::approbationTranchee& e) {
               if (e.decision == DecisionApprobation::approuver) feuVert_ = true;
             },
-            [](const E::erreur&) {}, [](const E::rien&) {}},
+            // The gateway has spoken: what it had begun is not to be begun again.
+            [&](const E::erreur&) { aPuAgir_ = true; }, [](const E::rien&) {}},
       evenement.cas);
 }
 
 IssueTour TourHermes::couper(ErreurFluxGateway erreur) const {
   auto vus = vus_;
   vus.aVuUnFeuVert = feuVert_;
+  vus.aVuUnOutil = vus.aVuUnOutil || aPuAgir_;
   return {IssueTour::echouee{std::move(erreur), RepliApresCoupure::decider(vus)}};
 }
 

@@ -1,5 +1,6 @@
 // One turn of a conversation with the remote agent: asks the gateway, delivers the events of its answer in
-// their order, and says how it ended, once. The connection comes from outside; ConversationHermes brings the
+// their order, and says how it ended, once. A gateway that does not stream but replies with one JSON object is
+// understood too. The connection comes from outside; ConversationHermes brings the
 // real one.
 //
 // `jouer` takes the thread it is called on; interrupting the stream ends it at once, from any thread.
@@ -8,6 +9,8 @@
 #include <atomic>
 #include <functional>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <variant>
 
 #include "Hermes/EvenementGateway.hpp"
@@ -55,12 +58,21 @@ class TourHermes {
 
  private:
   IssueTour suivre(const RequeteHTTP& requete, const SurEvenement& surEvenement);
+  /// What one line says; how the turn ended, if it did.
+  std::optional<IssueTour> entendre(std::string_view ligne, const SurEvenement& surEvenement);
+  /// False when nothing was to be read.
+  bool recevoir(const LectureGateway& lecture, const SurEvenement& surEvenement);
+  IssueTour finir(const SurEvenement& surEvenement);
   void noter(const EvenementGateway& evenement);
   IssueTour couper(ErreurFluxGateway erreur) const;
   IssueTour perdre(ErreurReseau erreur) const;
 
   FluxLignes& flux_;
   RepliApresCoupure::Vus vus_;
+  /// The agent may have acted, whatever was seen of it: asking elsewhere could do it twice.
+  bool aPuAgir_ = false;
+  bool commencee_ = false;              ///< a line that says something has come
+  std::optional<std::string> entiere_;  ///< the reply so far, of a gateway that does not stream
   std::atomic<bool> feuVert_ = false;
 };
 
