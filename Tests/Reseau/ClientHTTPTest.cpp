@@ -25,6 +25,16 @@ std::string reponse(std::string_view corps) {
   return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(corps.size()) + "\r\n\r\n" + std::string(corps);
 }
 
+/// What the client says of a call without a reply; "*" when the request may have been received.
+std::string pourquoi(const ClientHTTP& client) {
+  if (!client.echec()) return "";
+  const auto& cause = client.echec()->cause;
+  constexpr const char* fautes[] = {"url", "entete", "reponse"};
+  const auto* faute = std::get_if<EchecHTTP::Faute>(&cause);
+  return (faute ? fautes[static_cast<int>(*faute)] : std::string(description(std::get<ErreurReseau>(cause)))) +
+         (client.echec()->partie ? "*" : "");
+}
+
 /// The body of what is answered; nothing when nothing is.
 std::string demander(ClientHTTP& client, const std::string& url) {
   const auto lue = client.envoyer(poster(url), amples);
@@ -42,26 +52,27 @@ TEST(ClientHTTP, LitUneReponseEntiereOuRien) {
   const std::string ok = "HTTP/1.1 200 OK\r\n", chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
   const std::string corpsMax(amples.corpsMax, 'x'), enorme(300'000, 'y');
   const std::pair<std::string, std::string> cas[] = {
-      // status and body; empty when there is no reply
+      // status and body, or why there is no reply
       {"HTTP/1.1 500 Oups\r\nContent-Length: 2\r\n\r\nno", "500 no"},
       {chunked + "3;x=y\r\nabc\r\n2\r\nde\r\n0\r\nT: v\r\n\r\n", "200 abcde"},
       {ok + "\r\njusqu'au bout", "200 jusqu'au bout"},
       {"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:1/\r\nContent-Length: 0\r\n\r\n", "302 "},
       {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n" + reponse("fin"), "200 fin"},
       {reponse(corpsMax), "200 " + corpsMax},
-      {reponse(corpsMax + "x"), ""},
-      {"", ""},
-      {ok + "Content-Length: 10\r\n\r\nabc", ""},
-      {chunked + "3\r\nabc\r\n", ""},
-      {"n'importe quoi\r\n\r\n", ""},
-      {ok + "X: " + enorme + "\r\n\r\n", ""},
-      {chunked + "1;" + enorme + "\r\na\r\n0\r\n\r\n", ""},
+      {reponse(corpsMax + "x"), "reponse*"},
+      {"", "la connexion a été coupée*"},
+      {ok + "Content-Length: 10\r\n\r\nabc", "la connexion a été coupée*"},
+      {chunked + "3\r\nabc\r\n", "la connexion a été coupée*"},
+      {"n'importe quoi\r\n\r\n", "reponse*"},
+      {ok + "X: " + enorme + "\r\n\r\n", "reponse*"},
+      {chunked + "1;" + enorme + "\r\na\r\n0\r\n\r\n", "reponse*"},
   };
   for (const auto& [octets, attendue] : cas) {
     PairTCP pair({PairTCP::envoyer(octets)});
     ClientHTTP client;
     const auto lue = client.envoyer(poster(pair.url()), amples);
-    EXPECT_EQ(lue ? std::to_string(lue->statut) + " " + lue->corps : "", attendue) << octets.substr(0, 60);
+    EXPECT_EQ(lue ? std::to_string(lue->statut) + " " + lue->corps : pourquoi(client), attendue)
+        << octets.substr(0, 60);
     EXPECT_EQ(pair.connexions(), 1) << "the request must not be sent twice";
   }
 }
@@ -137,6 +148,7 @@ TEST(ClientHTTP, LaBorneTientQuoiQueFasseLePair) {
     const auto duree = std::chrono::steady_clock::now() - debut;
     EXPECT_GE(duree, 140ms) << nom;
     EXPECT_LT(duree, 1000ms) << nom;
+    EXPECT_EQ(pourquoi(client), "le serveur ne répond pas*") << nom;
   }
 }
 
@@ -168,12 +180,16 @@ TEST(ClientHTTP, EnvoieLaRequeteTelleQuelleOuRien) {
     auto requete = poster(pair.url());
     requete.entetes[0].valeur = "Bearer " + jeton;
     EXPECT_FALSE(client.envoyer(requete, amples)) << testing::PrintToString(jeton);
+    EXPECT_EQ(pourquoi(client), "entete");
   }
   for (const char* url : {"", "ftp://127.0.0.1/", "http:///x", "http://127.0.0.1:0/", "/action"})
-    EXPECT_FALSE(client.envoyer(poster(url), breves)) << url;
+    EXPECT_TRUE(!client.envoyer(poster(url), breves) && pourquoi(client) == "url") << url;
+  EXPECT_FALSE(client.envoyer(poster("http://127.0.0.1:1/"), breves));
+  EXPECT_EQ(pourquoi(client), "le serveur n'accepte pas la connexion");
   EXPECT_EQ(demander(client, "http://127.0.0.1:" + std::to_string(pair.port() + 65536) + "/"), "");
   EXPECT_EQ(pair.connexions(), 0);
   EXPECT_TRUE(client.envoyer(poster("http://localhost:" + port + "/a%20b?x=1", "{\"é\":1}"), amples));
+  EXPECT_EQ(pourquoi(client), "");
   EXPECT_EQ(recue.get_future().get(), "POST /a%20b?x=1 HTTP/1.1\r\nHost: localhost:" + port +
                                           "\r\nAuthorization: Bearer t\r\nContent-Length: 8\r\n\r\n{\"é\":1}");
 }

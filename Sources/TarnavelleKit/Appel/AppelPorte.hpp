@@ -28,6 +28,9 @@ class AppelPorte {
 
   Coffre posterPorte(const Json& corps, const PorteResolue& porte);
 
+  /// Why the last call has no body; absent when it has one.
+  const std::optional<EchecHTTP>& echec() const { return client_.echec(); }
+
  private:
   ClientHTTP client_;
   BornesHTTP bornes_;

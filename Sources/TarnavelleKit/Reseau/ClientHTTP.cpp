@@ -86,6 +86,11 @@ class ClientHTTP::Liaison {
     return avancer(echeance, [] {});
   }
 
+  using Cause = decltype(EchecHTTP::cause);
+
+  /// Why an exchange that is over has no reply.
+  Cause cause() const { return cause_; }
+
   std::optional<ReponseHTTP> prendreReponse() { return std::exchange(reponse_, std::nullopt); }
 
   /// After a failed exchange: no byte of the request has left.
@@ -114,13 +119,14 @@ class ClientHTTP::Liaison {
       debut();
       if (!fini_) boucle_.run_until(echeance);
     } catch (const std::exception&) {  // memory or descriptors ran out
-      clore();
+      clore(ErreurReseau::autre);
     }
     return fini_;
   }
 
   /// Ends the exchange without a reply.
-  void clore() {
+  void clore(Cause cause) {
+    cause_ = cause;
     connectee_ = false;
     finir();
   }
@@ -134,7 +140,7 @@ class ClientHTTP::Liaison {
 
   void ouvrir() {
     connexion_.ouvrir(cible_.adresse, std::nullopt, [this](std::optional<ErreurReseau> erreur) {
-      if (erreur) return clore();
+      if (erreur) return clore(*erreur);
       connectee_ = true;
       ecrire();
     });
@@ -144,7 +150,7 @@ class ClientHTTP::Liaison {
     if (!connexion_.chiffree()) {  // at once, without a turn of the event loop
       Erreur erreur;
       envoyes_ = connexion_.write_some(asio::buffer(requete_), erreur);
-      if (erreur && erreur != asio::error::would_block) return clore();
+      if (erreur && erreur != asio::error::would_block) return clore(classer(erreur));
       if (envoyes_ == requete_.size()) {
         attendre();
         return lire();
@@ -153,7 +159,7 @@ class ClientHTTP::Liaison {
     asio::async_write(connexion_, asio::buffer(requete_) + envoyes_, [this](Erreur erreur, std::size_t octets) {
       envoyes_ += octets;
       // A peer that refuses a large body may have said why before it closed.
-      if (erreur && envoyes_ == 0) return clore();
+      if (erreur && envoyes_ == 0) return clore(classer(erreur));
       lire();
     });
   }
@@ -168,7 +174,7 @@ class ClientHTTP::Liaison {
       if (erreur == asio::error::would_block)
         attendre();
       else if (erreur)
-        return clore();
+        return clore(malForme(erreur) ? Cause(EchecHTTP::Faute::reponse) : classer(erreur));
       if (analyseur_->is_done()) {
         const int statut = analyseur_->reponse.statut;
         if (statut < 100 || statut >= 200) return terminer();
@@ -205,6 +211,7 @@ class ClientHTTP::Liaison {
   bool connectee_ = false;
   bool recu_ = false;
   bool fini_ = false;
+  Cause cause_;
   std::optional<ReponseHTTP> reponse_;
 };
 
@@ -213,13 +220,18 @@ ClientHTTP::~ClientHTTP() = default;
 
 std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
   const auto debut = Horloge::now();
-  if (!envoyable(requete)) return std::nullopt;
+  const auto renoncer = [this](EchecHTTP echec) {
+    echec_ = echec;
+    return std::nullopt;
+  };
+  echec_.reset();
+  if (!envoyable(requete)) return renoncer({EchecHTTP::Faute::entete, false});
 
   try {
     auto liaison = std::move(gardee_);
     if (!liaison || liaison->cible().url != requete.url) {
       auto adresse = Adresse::depuis(requete.url, "http");
-      if (!adresse) return std::nullopt;
+      if (!adresse) return renoncer({EchecHTTP::Faute::url, false});
       Cible cible{.url = requete.url, .adresse = std::move(*adresse)};
       if (!liaison || !liaison->cible().adresse.memeServeur(cible.adresse))
         liaison = std::make_unique<Liaison>(std::move(cible));
@@ -241,6 +253,9 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
       if (liaison->entamee()) liaison = std::make_unique<Liaison>(liaison->cible());
       reponse = echanger();
     }
+    if (!reponse)
+      echec_ =
+          fini ? EchecHTTP{liaison->cause(), !liaison->rienEnvoye()} : EchecHTTP{ErreurReseau::delaiDepasse};
     if (!fini)
       std::thread([orpheline = std::move(liaison), fin = debut + bornes.vie] {
         orpheline->poursuivre(fin);
@@ -249,7 +264,7 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
       gardee_ = std::move(liaison);
     return reponse;
   } catch (const std::exception&) {  // no memory, descriptor or thread to be had
-    return std::nullopt;
+    return renoncer({ErreurReseau::autre});
   }
 }
 

@@ -9,7 +9,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
+#include "Socle/ErreurReseau.hpp"
 #include "Socle/RequeteHTTP.hpp"
 
 namespace tarnavelle {
@@ -25,6 +27,20 @@ struct BornesHTTP {
   std::size_t corpsMax;               ///< bytes of body; a larger one is no reply
 };
 
+/// Why there is no reply.
+struct EchecHTTP {
+  /// What is no network's doing.
+  enum class Faute {
+    url,      ///< unusable: malformed, another scheme, a port that is none
+    entete,   ///< a value that holds a control character
+    reponse,  ///< not HTTP, or larger than allowed
+  };
+  std::variant<Faute, ErreurReseau> cause;
+  bool partie = true;  ///< the peer may have received the request, or may yet
+
+  bool operator==(const EchecHTTP&) const = default;
+};
+
 class ClientHTTP {
  public:
   ClientHTTP();
@@ -37,12 +53,16 @@ class ClientHTTP {
   /// A request that times out is not cancelled: it goes on alone until `vie` is over, its reply unread.
   std::optional<ReponseHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
 
+  /// Why the last call gave nothing; absent when it gave a reply.
+  const std::optional<EchecHTTP>& echec() const { return echec_; }
+
  private:
   struct Cible;
   class Liaison;
   std::unique_ptr<Liaison> gardee_;
   /// A peer that closes without saying so, found out by a lost call: its connections are not kept.
   std::string sansGarde_;
+  std::optional<EchecHTTP> echec_;
 };
 
 }  // namespace tarnavelle

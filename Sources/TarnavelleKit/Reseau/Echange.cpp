@@ -1,6 +1,7 @@
 #include "Reseau/EchangeInterne.hpp"
 
 #include <algorithm>
+#include <boost/beast/http/error.hpp>
 
 #include "Socle/Texte.hpp"
 
@@ -21,6 +22,12 @@ std::string octets(const RequeteHTTP& requete, const Adresse& adresse, const std
   t.append("\r\nContent-Length: ").append(std::to_string(requete.corps.size()));
   t.append("\r\n\r\n").append(requete.corps);
   return t;
+}
+
+bool malForme(const Erreur& erreur) {
+  namespace http = boost::beast::http;
+  return erreur.category() == make_error_code(http::error::bad_chunk).category() &&
+         erreur != http::error::end_of_stream && erreur != http::error::partial_message;
 }
 
 }  // namespace tarnavelle::interne

@@ -25,6 +25,9 @@ bool envoyable(const RequeteHTTP& requete);
 std::string octets(const RequeteHTTP& requete, const Adresse& adresse,
                    const std::vector<EnteteHTTP>& propres = {});
 
+/// What comes is no HTTP, or beyond the limits, as opposed to nothing coming any more.
+bool malForme(const Erreur& erreur);
+
 /// What has been read and not parsed yet. Bounded: chunk sizes, extensions and trailers count neither as
 /// headers nor as body.
 class TamponReponse : public boost::beast::flat_buffer {

@@ -28,12 +28,6 @@ bool tousEgaux(const Entetes& entetes, http::field champ, std::string_view valeu
   });
 }
 
-/// What comes is no HTTP, as opposed to nothing coming any more.
-bool malForme(const Erreur& erreur) {
-  return erreur.category() == make_error_code(http::error::bad_chunk).category() &&
-         erreur != http::error::end_of_stream && erreur != http::error::partial_message;
-}
-
 /// The connection, and when its last byte came.
 class Source : public Connexion {
  public:
