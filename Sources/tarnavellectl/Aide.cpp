@@ -1,7 +1,6 @@
 #include "Aide.hpp"
 
-#include <algorithm>
-
+#include "Lexique.hpp"
 #include "LigneCommande.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Session.hpp"
@@ -19,30 +18,6 @@ std::string majuscules(std::string nom) {
   return nom;
 }
 
-/// Lines in two columns: terms, and what is said of each.
-class Lexique {
- public:
-  void ajouter(std::string terme, std::string texte) {
-    entrees_.emplace_back(std::move(terme), std::move(texte));
-  }
-
-  void versPage(Page& page, std::optional<std::size_t> colonnes) const {
-    std::size_t marge = 0;
-    for (const auto& [terme, texte] : entrees_) marge = std::max(marge, retrait + Colonnes::largeur(terme) + 2);
-    for (const auto& [terme, texte] : entrees_) {
-      const auto place = colonnes ? std::max<std::size_t>(*colonnes, marge + 20) - marge : texte.size();
-      std::string debut = Colonnes::completer(std::string(retrait, ' ') + terme, marge);
-      for (const std::string& ligne : Colonnes::plier(texte, place)) {
-        page.push_back({debut + ligne});
-        debut.assign(marge, ' ');
-      }
-    }
-  }
-
- private:
-  std::vector<std::pair<std::string, std::string>> entrees_;
-};
-
 void paragraphe(Page& page, std::string_view texte, std::optional<std::size_t> colonnes) {
   for (std::string& ligne : Colonnes::plier(texte, colonnes.value_or(texte.size())))
     page.push_back({std::move(ligne)});
@@ -53,18 +28,11 @@ void titre(Page& page, std::string texte) {
   page.push_back({std::move(texte), true});
 }
 
-void lexiqueDOptions(Page& page, const std::vector<ParamVoix>& parametres,
+void lexiqueDOptions(Page& page, const OutilVoix* outil, const std::vector<ParamVoix>& parametres,
                      std::optional<std::size_t> colonnes) {
   Lexique lexique;
-  for (const ParamVoix& p : parametres)
-    lexique.ajouter(formeOption(p), p.requis ? "Obligatoire. " + p.description : p.description);
+  for (const ParamVoix& p : parametres) lexique.ajouter(formeOption(outil, p), ditDe(p));
   lexique.versPage(page, colonnes);
-}
-
-std::vector<ParamVoix> parametresCommuns() {
-  std::vector<ParamVoix> parametres;
-  for (const OptionCommune& commune : optionsCommunes()) parametres.push_back(commune.parametre);
-  return parametres;
 }
 
 }  // namespace
@@ -75,9 +43,9 @@ const std::vector<std::string_view>& principes() {
       "et montre la réponse.",
       "Les mots donnent les paramètres d'un verbe dans l'ordre, les obligatoires d'abord ; chacun peut aussi "
       "se donner par son option, « --option valeur » ou « --option=valeur ». Les tirets et les soulignés se "
-      "valent, la casse du verbe ne compte pas, et « -- » met fin aux options. Un mot qui commence par un "
-      "seul tiret reste un mot. Une valeur qui commence par deux tirets se donne avec « = ». Un drapeau se "
-      "donne sans valeur, ou avec « = » : « --valider=false ».",
+      "valent, la casse du verbe ne compte pas, et « -- » met fin aux options. Après le verbe, un mot qui "
+      "commence par un seul tiret reste un mot, à moins de nommer une option. Une valeur qui commence par deux "
+      "tirets se donne avec « = ». Un drapeau se donne sans valeur, ou avec « = » : « --valider=false ».",
       "La réponse est la phrase du cockpit, à défaut ses données mises en page. Un refus, et tout ce qui n'est "
       "pas la réponse, va sur la sortie d'erreur. Les caractères de contrôle venus de la porte sont montrés, "
       "« \\u001b », jamais envoyés au terminal.",
@@ -112,30 +80,29 @@ const std::vector<std::pair<int, std::string_view>>& statuts() {
   return liste;
 }
 
-std::string_view premierePhrase(std::string_view texte) {
-  const auto fin = texte.find(". ");
-  return fin == texte.npos ? texte : texte.substr(0, fin + 1);
-}
-
 std::pair<std::string_view, std::string> alias(const OutilVoix& outil) {
   const auto autres = autresNoms(outil);
   return {autres.empty() ? "" : autres.size() > 1 ? "Autres noms" : "Autre nom", Texte::joindre(autres, ", ")};
 }
 
-std::string formeOption(const ParamVoix& p) {
+std::string formeOption(const OutilVoix* outil, const ParamVoix& p) {
   if (p.genre == ParamVoix::Genre::texte) return commeOption(p) + " " + majuscules(p.nom);
-  // The description of a boolean starts with the value worth giving.
-  return commeOption(p) + (p.description.starts_with("false") ? "=false" : "");
+  return commeOption(p) + (outil && vraiParDefaut(*outil, p) ? "=false" : "");
 }
+
+std::string ditDe(const ParamVoix& p) { return (p.requis ? "Obligatoire. " : "") + p.description; }
 
 std::string usage(const OutilVoix* outil) {
   std::string ligne = "Usage : tarnavellectl";
   if (!outil) return ligne + " VERBE [MOTS…] [--option VALEUR] [--drapeau]";
   ligne += " " + outil->nom;
+  // In the order in which words fill them; a boolean takes none.
+  for (const bool requis : {true, false})
+    for (const ParamVoix& p : outil->parametres)
+      if (p.requis == requis && p.genre == ParamVoix::Genre::texte)
+        ligne += requis ? " " + majuscules(p.nom) : " [" + majuscules(p.nom) + "]";
   for (const ParamVoix& p : outil->parametres)
-    if (p.requis) ligne += " " + majuscules(p.nom);
-  for (const ParamVoix& p : outil->parametres)
-    if (!p.requis) ligne += " [" + formeOption(p) + "]";
+    if (p.genre == ParamVoix::Genre::booleen) ligne += " [" + formeOption(outil, p) + "]";
   return ligne;
 }
 
@@ -144,16 +111,15 @@ Page generale(std::optional<std::size_t> colonnes) {
   paragraphe(page, principes().front(), colonnes);
   Lexique verbes, locales, issues;
   for (const OutilVoix& outil : CommandeControle::outilsPorte())
-    verbes.ajouter(outil.nom, std::string(premierePhrase(outil.description)));
-  for (const CommandeLocale& c : commandesLocales())
-    locales.ajouter(c.outil.nom, std::string(premierePhrase(c.outil.description)));
+    verbes.ajouter(outil.nom, std::string(enBref(outil)));
+  for (const CommandeLocale& c : commandesLocales()) locales.ajouter(c.outil.nom, std::string(enBref(c.outil)));
   for (const auto& [statut, sens] : statuts()) issues.ajouter(std::to_string(statut), std::string(sens));
   titre(page, "Verbes de la porte");
   verbes.versPage(page, colonnes);
   titre(page, "Commandes du client");
   locales.versPage(page, colonnes);
   titre(page, "Options");
-  lexiqueDOptions(page, parametresCommuns(), colonnes);
+  lexiqueDOptions(page, nullptr, parametresCommuns(nullptr), colonnes);
   titre(page, "Statut de sortie");
   issues.versPage(page, colonnes);
   titre(page, "Pour aller plus loin");
@@ -170,14 +136,14 @@ Page deCommande(const OutilVoix& outil, std::optional<std::size_t> colonnes) {
   paragraphe(page, outil.description, colonnes);
   if (!outil.parametres.empty()) {
     titre(page, "Paramètres");
-    lexiqueDOptions(page, outil.parametres, colonnes);
+    lexiqueDOptions(page, &outil, outil.parametres, colonnes);
   }
   if (const auto [intitule, noms] = alias(outil); !noms.empty()) {
     titre(page, std::string(intitule));
     page.push_back({std::string(retrait, ' ') + noms});
   }
   titre(page, "Options");
-  lexiqueDOptions(page, parametresCommuns(), colonnes);
+  lexiqueDOptions(page, nullptr, parametresCommuns(&outil), colonnes);
   return page;
 }
 

@@ -5,13 +5,18 @@
 #include "Commandes.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
-#include "Porte/TableVerbes.hpp"
 #include "Proche.hpp"
 
 namespace tarnavelle {
 namespace {
 
 using Genre = ParamVoix::Genre;
+
+/// Up to the first full stop that ends a sentence, included.
+std::string_view premierePhrase(std::string_view texte) {
+  const auto fin = texte.find(". ");
+  return fin == texte.npos ? texte : texte.substr(0, fin + 1);
+}
 
 }  // namespace
 
@@ -38,7 +43,7 @@ const std::vector<CommandeLocale>& commandesLocales() {
        {},
        Commandes::guide},
       {{"completions",
-        "Donne le script qui complète les verbes, les options et les noms d'agents. À charger ainsi : « source "
+        "Donne le script de complétion d'un shell : verbes, options, noms. À charger ainsi : « source "
         "<(tarnavellectl completions bash) », de même pour zsh ; « tarnavellectl completions fish | source ».",
         {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
        {},
@@ -72,9 +77,28 @@ std::optional<std::string> nomVoulu(std::string_view mot) {
   return nomProche(PorteMCP::verbe(CommandeControle::normaliserAction(mot)), noms);
 }
 
+std::string verbeInconnu(std::string_view mot) {
+  const auto proche = nomVoulu(mot);
+  return "Verbe inconnu : " + citer(mot) + "." + (proche ? " Vouliez-vous dire " + *proche + " ?" : "");
+}
+
+std::string_view enBref(const OutilVoix& outil) {
+  const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
+  return ligne ? ligne->bref : premierePhrase(outil.description);
+}
+
+std::optional<Designe> designe(const OutilVoix& outil, const ParamVoix& parametre) {
+  const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
+  return ligne ? ligne->designe(parametre.nom) : std::nullopt;
+}
+
+bool vraiParDefaut(const OutilVoix& outil, const ParamVoix& parametre) {
+  const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
+  return ligne && ligne->decoder({{parametre.nom, true}}) == ligne->decoder(Json::object());
+}
+
 std::vector<std::string_view> autresNoms(const OutilVoix& outil) {
-  for (const LigneVerbe& ligne : tableVerbes())
-    if (ligne.outil.nom == outil.nom) return ligne.alias;
+  if (const LigneVerbe* ligne = LigneVerbe::de(outil.nom)) return ligne->alias;
   for (const CommandeLocale& c : commandesLocales())
     if (&c.outil == &outil) return c.alias;
   return {};

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Porte/LigneVerbe.hpp"
 #include "Porte/OutilVoix.hpp"
 #include "Session.hpp"
 
@@ -33,6 +34,18 @@ std::vector<std::string> nomsDesCommandes();
 
 /// The name that a word which names no command probably means; that of an MCP tool means its verb.
 std::optional<std::string> nomVoulu(std::string_view mot);
+
+/// "Verbe inconnu", with the name that was probably meant.
+std::string verbeInconnu(std::string_view mot);
+
+/// A verb or command in one short sentence.
+std::string_view enBref(const OutilVoix& outil);
+
+/// What a parameter designates, when it is more than a text.
+std::optional<Designe> designe(const OutilVoix& outil, const ParamVoix& parametre);
+
+/// Whether a boolean is true when nothing gives it: false is then the value worth giving.
+bool vraiParDefaut(const OutilVoix& outil, const ParamVoix& parametre);
 
 /// The aliases of a verb or command.
 std::vector<std::string_view> autresNoms(const OutilVoix& outil);

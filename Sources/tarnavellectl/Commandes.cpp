@@ -43,11 +43,7 @@ int aide(Session& session, const Json& arguments) {
     return Statut::fait;
   }
   const OutilVoix* outil = commande(mot).outil;
-  if (!outil) {
-    std::string message = "Verbe inconnu : " + citer(mot) + ".";
-    if (const auto proche = nomVoulu(mot)) message += " Vouliez-vous dire " + *proche + " ?";
-    return refuser(session, message);
-  }
+  if (!outil) return refuser(session, verbeInconnu(mot));
   session.sortie.montrer(Aide::deCommande(*outil, colonnes));
   return Statut::fait;
 }

@@ -5,7 +5,6 @@
 #include <set>
 #include <string_view>
 
-#include "Aide.hpp"
 #include "Appel/AppelPorte.hpp"
 #include "Catalogue.hpp"
 #include "LigneCommande.hpp"
@@ -28,16 +27,8 @@ constexpr std::size_t descriptionMax = 70;
 std::vector<Candidat> commandes() {
   std::vector<Candidat> liste;
   for (const std::string& nom : nomsDesCommandes())
-    liste.push_back({nom, std::string(Aide::premierePhrase(commande(nom).outil->description))});
+    liste.push_back({nom, std::string(enBref(*commande(nom).outil))});
   return liste;
-}
-
-/// Whether the parameter names an agent, as its name or its description says.
-bool nommeUnAgent(const ParamVoix& p) {
-  if (p.nom == "agent") return true;
-  for (const char* tournure : {"nom de l'agent", "nom d'un agent", "nom d'agent"})
-    if (p.description.find(tournure) != std::string::npos) return true;
-  return false;
 }
 
 /// A name that no shell reads anything into but its spaces, and no terminal either: names come from the
@@ -88,6 +79,8 @@ class Contexte {
       if (!p) return;
       donnes_.insert(p);
       if (p->genre == Genre::texte && egal == mot.npos) attendue_ = p;
+    } else if (!nommee_ && !finies_ && mot.starts_with('-')) {
+      return;
     } else if (!nommee_) {
       nommee_ = true;
       commande_ = commande(mot);
@@ -101,8 +94,8 @@ class Contexte {
     if (commande_.outil)
       for (const ParamVoix& p : commande_.outil->parametres)
         if (!donnes_.contains(&p)) liste.push_back({commeOption(p), p.description});
-    for (const OptionCommune& commune : optionsCommunes())
-      liste.push_back({commeOption(commune.parametre), commune.parametre.description});
+    for (const ParamVoix& p : parametresCommuns(commande_.outil))
+      liste.push_back({commeOption(p), p.description});
     return liste;
   }
 
@@ -122,7 +115,7 @@ class Contexte {
     std::vector<Candidat> liste;
     if (p.genre == Genre::booleen) {
       for (const char* valeur : {"true", "false"}) liste.push_back({prefixe + valeur, p.description});
-    } else if (nommeUnAgent(p)) {
+    } else if (designe(*commande_.outil, p) == Designe::agent) {
       for (const std::string& nom : agents()) liste.push_back({prefixe + nom, "agent"});
     } else if (commande_.locale && p.nom == "verbe") {
       liste = commandes();

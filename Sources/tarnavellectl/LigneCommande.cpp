@@ -1,6 +1,7 @@
 #include "LigneCommande.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -36,6 +37,8 @@ class Decoupage {
         ligne_.aide = true;
       else if (options && estOption(mot))
         option(mot.substr(2));
+      else if (options && mot.starts_with('-') && (ligne_.mot.empty() || nommeUneOption(mot.substr(1))))
+        refuser(inconnue(mot));
       else if (ligne_.mot.empty())
         nommer(mot);
       else
@@ -59,6 +62,20 @@ class Decoupage {
     ligne_.commande = commande(mot);
   }
 
+  /// Whether the option of that name, and perhaps a value, would be one with two dashes.
+  bool nommeUneOption(std::string_view texte) const {
+    return std::ranges::any_of(
+        options(), [nom = texte.substr(0, texte.find('='))](const ParamVoix& p) { return nomme(nom, p); });
+  }
+
+  /// The options that may stand here.
+  std::vector<ParamVoix> options() const {
+    const OutilVoix* outil = ligne_.commande.outil;
+    auto options = outil ? outil->parametres : std::vector<ParamVoix>{};
+    std::ranges::move(parametresCommuns(outil), std::back_inserter(options));
+    return options;
+  }
+
   void option(const std::string& texte) {
     const auto egal = texte.find('=');
     const std::string nom = texte.substr(0, egal);
@@ -78,17 +95,17 @@ class Decoupage {
     if (!ligne_.mot.empty() && !outil)  // the door will answer for the verb
       ligne_.laisses.push_back("--" + texte);
     else
-      refuser(inconnue(nom));
+      refuser(inconnue("--" + nom));
   }
 
-  std::string inconnue(const std::string& nom) const {
+  std::string inconnue(const std::string& option) const {
     std::vector<std::string> noms;
-    if (const OutilVoix* outil = ligne_.commande.outil)
-      for (const ParamVoix& p : outil->parametres) noms.push_back(commeOption(p));
-    for (const OptionCommune& commune : optionsCommunes()) noms.push_back(commeOption(commune.parametre));
+    for (const ParamVoix& p : options()) noms.push_back(commeOption(p));
     std::string message = ligne_.mot.empty() ? "Option inconnue avant le verbe : " : "Option inconnue : ";
-    message += citer("--" + nom) + ".";
-    if (const auto proche = nomProche("--" + nom, noms)) message += " Vouliez-vous dire " + *proche + " ?";
+    message += citer(option) + ".";
+    const std::string nom = option.substr(std::min(option.find_first_not_of('-'), option.size()));
+    if (const auto proche = nom.empty() ? std::nullopt : nomProche("--" + nom, noms))
+      message += " Vouliez-vous dire " + *proche + " ?";
     return message;
   }
 
@@ -162,6 +179,14 @@ const std::vector<OptionCommune>& optionsCommunes() {
       option("version", "Dit la version du client.", &LigneCommande::version),
   };
   return options;
+}
+
+std::vector<ParamVoix> parametresCommuns(const OutilVoix* outil) {
+  std::vector<ParamVoix> parametres;
+  for (const auto& [commun, champ] : optionsCommunes())
+    if (!outil || std::ranges::count(outil->parametres, commun.nom, &ParamVoix::nom) == 0)
+      parametres.push_back(commun);
+  return parametres;
 }
 
 std::variant<LigneCommande, FauteLigne> LigneCommande::lire(const std::vector<std::string>& arguments) {

@@ -1,9 +1,10 @@
 // The command line, split: VERB [words…] [--option value] [--flag]. Pure.
 //
 // Options are those with two dashes, dashed or underscored, before or after the words; "--option=value"
-// too; "--" ends them. A word with one dash is a word ("-3"), but for "-h". A value never starts with two
-// dashes unless "=" gives it, so a forgotten value is told rather than guessed. A boolean takes no value
-// but with "=": a word beside it that reads as one is told too, for it would silently be something else.
+// too; "--" ends them. After the verb, a word with one dash is a word ("-3"), but for "-h"; one that names an
+// option, and any before the verb, is told. A value never starts with two dashes unless "=" gives it, so a
+// forgotten value is told rather than guessed. A boolean takes no value but with "=": a word beside it that
+// reads as one is told too, for it would silently be something else.
 #pragma once
 
 #include <string>
@@ -43,5 +44,8 @@ struct OptionCommune {
   bool LigneCommande::*champ;
 };
 const std::vector<OptionCommune>& optionsCommunes();
+
+/// The common options of a command, null for the client's own: those that it has no parameter for.
+std::vector<ParamVoix> parametresCommuns(const OutilVoix* outil);
 
 }  // namespace tarnavelle

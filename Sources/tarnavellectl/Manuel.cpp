@@ -65,8 +65,7 @@ void commandeEntiere(Page& page, const OutilVoix& outil) {
   page.sousSection(outil.nom);
   page.paragraphe(Aide::usage(&outil));
   page.paragraphe(outil.description);
-  for (const ParamVoix& p : outil.parametres)
-    page.terme(Aide::formeOption(p), p.requis ? "Obligatoire. " + p.description : p.description);
+  for (const ParamVoix& p : outil.parametres) page.terme(Aide::formeOption(&outil, p), Aide::ditDe(p));
   if (const auto [intitule, noms] = Aide::alias(outil); !noms.empty()) page.terme(intitule, noms);
 }
 
@@ -85,8 +84,8 @@ std::string page() {
   page.section("DESCRIPTION");
   for (const auto paragraphe : Aide::principes()) page.paragraphe(paragraphe);
   page.section("OPTIONS");
-  for (const OptionCommune& commune : optionsCommunes())
-    page.terme(Aide::formeOption(commune.parametre), commune.parametre.description);
+  for (const ParamVoix& p : parametresCommuns(nullptr))
+    page.terme(Aide::formeOption(nullptr, p), Aide::ditDe(p));
   page.section("VERBES DE LA PORTE");
   for (const OutilVoix& outil : CommandeControle::outilsPorte()) commandeEntiere(page, outil);
   page.section("COMMANDES DU CLIENT");

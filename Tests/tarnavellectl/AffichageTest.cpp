@@ -66,6 +66,9 @@ TEST(Completions, AuCurseur) {
       {{"dicter", "--texte", "--"}, ""},
       {{"dicter", "--agent", "x", "-"}, "--texte,--valider," + communes},
       {{"dicter", "--", "-"}, ""},
+      {{"focus", ""}, "Merlin,Milan 2,"},
+      {{"aller_scene", ""}, ""},
+      {{"-x", "lire", ""}, "Merlin,Milan 2,"},
       {{"attendre", "--timeout-s", "3", ""}, "Merlin,Milan 2,"},
       {{"--json", "lire", ""}, "Merlin,Milan 2,"},
   };

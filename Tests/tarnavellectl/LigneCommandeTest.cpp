@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "Aide.hpp"
 #include "Client.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Proche.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -53,6 +56,9 @@ TEST(LigneCommande, Decoupee) {
       {{"focus"}, "Il manque « cible ». Le nom de l'agent, du membre du crew ou de la fenêtre."},
       {{"lire", "--agnet=x"}, "Option inconnue : « --agnet ». Vouliez-vous dire --agent ?"},
       {{"--agent", "M", "lire"}, "Option inconnue avant le verbe : « --agent »."},
+      {{"-x", "etat"}, "Option inconnue avant le verbe : « -x »."},
+      {{"-version"}, "Option inconnue avant le verbe : « -version ». Vouliez-vous dire --version ?"},
+      {{"lire", "-agent=M"}, "Option inconnue : « -agent=M ». Vouliez-vous dire --agent ?"},
       {{"lire", "--agent"}, "Il manque la valeur de --agent."},
       {{"lire", "--agent", "--json"},
        "Il manque la valeur de --agent. Si elle commence par deux tirets, écrivez --agent=…"},
@@ -77,6 +83,25 @@ TEST(LigneCommande, CommandesDuClient) {
     for (const auto nom : noms)
       EXPECT_EQ(CommandeControle::outil(CommandeControle::canonique(nom)), nullptr) << nom;
   }
+}
+
+TEST(Aide, TientSurUnTerminal) {
+  const Page page = Aide::generale(80);
+  for (const Ligne& ligne : page) EXPECT_LE(Colonnes::largeur(ligne.texte), 80u) << ligne.texte;
+  for (const std::string& nom : nomsDesCommandes()) {
+    const std::string bref(enBref(*commande(nom).outil));
+    EXPECT_TRUE(std::ranges::any_of(page,
+                                    [&](const Ligne& ligne) {
+                                      return ligne.texte.starts_with("  " + nom + " ") &&
+                                             ligne.texte.ends_with(" " + bref);
+                                    }))
+        << nom << " must take one line";
+    EXPECT_TRUE(bref.ends_with('.') || bref.ends_with("…")) << bref;
+  }
+  for (const auto& [nom, usage] : {std::pair("dicter", "dicter TEXTE [AGENT] [--valider=false]"),
+                                   {"capture", "capture [CIBLE] [CHEMIN] [--inline]"},
+                                   {"pondre_agent", "pondre_agent CLI PROMPT [VERIFY] [NOM] [NOMBRE]"}})
+    EXPECT_EQ(Aide::usage(commande(nom).outil), std::string("Usage : tarnavellectl ") + usage);
 }
 
 TEST(Client, Patience) {

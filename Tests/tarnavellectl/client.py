@@ -243,7 +243,7 @@ def sur_un_terminal(porte):
         assert '"secret"' in secret and "le jeton de la porte" in secret, secret
         assert "le jeton de la porte" not in t.faire("tarnavellectl mcp-config | tail -n 1"), t.ecran()
         usage = t.faire("tarnavellectl attendre --help")
-        assert re.search(r"\[--motif\nMOTIF\] \[--timeout-s", usage), usage
+        assert re.search(r"AGENT \[JUSQU_A\] .*-h de\n +même", usage, re.DOTALL), usage
 
         porte.retenue.clear()
         porte.recus.clear()

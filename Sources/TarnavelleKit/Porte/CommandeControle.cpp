@@ -55,9 +55,7 @@ CommandeControle CommandeControle::decoder(std::string_view action, std::string_
 }
 
 CommandeControle CommandeControle::decoderObjet(std::string_view action, const Json& arguments) {
-  const std::string nom = canonique(action);
-  for (const LigneVerbe& ligne : tableVerbes())
-    if (ligne.outil.nom == nom) return ligne.decoder(arguments);
+  if (const LigneVerbe* ligne = LigneVerbe::de(canonique(action))) return ligne->decoder(arguments);
   return {inconnue{std::string(Texte::rogner(action))}};
 }
 

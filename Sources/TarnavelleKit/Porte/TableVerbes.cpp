@@ -1,46 +1,14 @@
 #include "Porte/TableVerbes.hpp"
 
-#include <algorithm>
-#include <iterator>
-#include <string>
-#include <type_traits>
-#include <utility>
-
-#include "Socle/LectureJSON.hpp"
-#include "Socle/Texte.hpp"
+#include "Porte/LigneVerbeInterne.hpp"
 
 namespace tarnavelle {
 namespace {
 
-using Champ::booleen;
-using Champ::entier;
-using Champ::liste;
-using Champ::texte;
+using namespace Champ;
+using namespace interne;
 using Args = const Json&;
 using C = CommandeControle;
-
-ParamVoix requis(std::string nom, std::string description) {
-  return {std::move(nom), ParamVoix::Genre::texte, std::move(description), true};
-}
-ParamVoix facultatif(std::string nom, std::string description) {
-  return {std::move(nom), ParamVoix::Genre::texte, std::move(description), false};
-}
-ParamVoix drapeau(std::string nom, std::string description) {
-  return {std::move(nom), ParamVoix::Genre::booleen, std::move(description), false};
-}
-
-/// The first of two texts or lists unless it is empty.
-template <class T>
-T premier(T valeur, std::type_identity_t<T> repli) {
-  return valeur.empty() ? repli : valeur;
-}
-
-/// The names to spare, from both keys: the English one adds to the French one.
-std::string epargnes(Args a) {
-  auto noms = liste(a, "sauf");
-  std::ranges::move(liste(a, "except"), std::back_inserter(noms));
-  return Texte::joindre(noms, ", ");
-}
 
 }  // namespace
 
@@ -51,6 +19,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "attend une réponse, au repos) et sur quelle scène. À appeler pour « où on en est ? », « qui "
         "travaille ? », « fais le point ».",
         {facultatif("format", "texte (défaut) ou json.")}},
+       "Dit où en est tout le plateau.",
        {"state"},
        [](Args) { return C{C::etat{}}; }},
 
@@ -59,14 +28,17 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "fenêtre nommée. « mets Harfang sur scène », « montre-moi Merlin ». Ne change PAS de scène "
         "(aller_scene) et n'ouvre aucun terminal (ouvrir_agent).",
         {requis("cible", "Le nom de l'agent, du membre du crew ou de la fenêtre")}},
+       "Met une fenêtre en grand, par son nom.",
        {},
-       [](Args a) { return C{C::focus{.cible = texte(a, "cible")}}; }},
+       [](Args a) { return C{C::focus{.cible = texte(a, "cible")}}; },
+       {{"cible", Designe::agent}}},
 
       {{"aller_scene",
         "Bascule vers une autre SCÈNE de travail, nommée d'après un projet ou un dossier (« Sources », "
         "« Boutique ») : « va sur la scène Sources », « change de scène ». Un SITE ou une adresse n'est PAS "
         "une scène : c'est ouvrir_web.",
         {requis("nom", "Le nom de la scène (ou de son dossier)")}},
+       "Passe sur une autre scène de travail.",
        {"scene"},
        [](Args a) { return C{C::allerScene{.nom = texte(a, "nom")}}; }},
 
@@ -79,6 +51,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {requis("texte", "La consigne à taper, VERBATIM, sans l'adresse"),
          facultatif("agent", "Le nom de l'agent visé. Vide = celui qu'on regarde."),
          drapeau("valider", "false pour poser sans envoyer. Défaut true.")}},
+       "Tape un texte dans le terminal d'un agent, et l'envoie.",
        {"type"},
        [](Args a) {
          return C{C::dicter{
@@ -92,11 +65,13 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {facultatif("cli", "Le CLI à lancer : claude, codex, grok, gemini. Vide = le premier installé."),
          facultatif("dossier", "Le dossier de travail. Vide = la scène courante."),
          facultatif("hote", "L'hôte distant. Vide = cette machine.")}},
+       "Ouvre un nouveau terminal d'agent.",
        {"spawn_terminal"},
        [](Args a) {
          return C{
              C::ouvrirAgent{.cli = texte(a, "cli"), .dossier = texte(a, "dossier"), .hote = texte(a, "hote")}};
-       }},
+       },
+       {{"dossier", Designe::cheminOuNom}, {"hote", Designe::machine}}},
 
       {{"ouvrir_web",
         "Ouvre une page WEB dans la carte navigateur : une adresse (« va sur debian.org ») ou une recherche. "
@@ -104,15 +79,18 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "recherche → ouvrir_web.",
         {requis("cible", "L'adresse ou la recherche, telle que dite"),
          drapeau("externe", "true pour le navigateur système. Défaut false.")}},
+       "Ouvre une page au navigateur : adresse, fichier, recherche.",
        {"browser"},
        [](Args a) {
          return C{C::ouvrirWeb{.cible = texte(a, "cible"), .externe = booleen(a, "externe", false)}};
-       }},
+       },
+       {{"cible", Designe::cheminOuNom}}},
 
       {{"lire",
         "Lit le BAS DE L'ÉCRAN d'un agent et te le rend TEL QUEL : « qu'est-ce que Merlin a répondu ? », "
         "« lis-moi l'erreur ». Pour un compte rendu condensé, préfère resumer.",
         {facultatif("agent", "Le nom de l'agent à lire. Vide = celui qu'on regarde.")}},
+       "Montre le bas de l'écran d'un agent, tel quel.",
        {"read"},
        [](Args a) { return C{C::lire{.agent = texte(a, "agent")}}; }},
 
@@ -120,6 +98,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "Donne le RÉSUMÉ du travail d'un agent, déjà condensé par le cockpit : « où en est Merlin ? », "
         "« résume les résultats ». Moins bavard que lire.",
         {facultatif("agent", "Le nom de l'agent à résumer. Vide = celui qu'on regarde.")}},
+       "Résume le travail d'un agent.",
        {"summarize"},
        [](Args a) { return C{C::resumer{.agent = texte(a, "agent")}}; }},
 
@@ -129,6 +108,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "note à la scène courante ; global la rend visible partout.",
         {requis("texte", "La note à retenir, fidèle et complète"),
          facultatif("portee", "canvas (défaut) ou global.")}},
+       "Écrit une note dans la mémoire partagée.",
        {"remember"},
        [](Args a) {
          return C{C::retiens{.texte = texte(a, "texte"), .portee = premier(texte(a, "portee"), "canvas")}};
@@ -139,6 +119,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "sur la démo ? ». Rend les fiches les plus pertinentes.",
         {facultatif("requete", "Ce qu'on cherche. Vide = les plus récentes."),
          facultatif("limite", "Combien de fiches au plus. Défaut 5.")}},
+       "Cherche dans la mémoire partagée.",
        {"recall"},
        [](Args a) { return C{C::rappelle{.requete = texte(a, "requete"), .limite = entier(a, "limite", 5)}}; }},
 
@@ -147,6 +128,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "musique, documents, thèmes, jobs, connexions. « lance une mission pour refaire la page de prix », "
         "« coupe la musique ». Tu transmets la demande TELLE QUE DITE.",
         {requis("texte", "La demande, fidèle et complète, en français")}},
+       "Transmet au cockpit toute autre demande, telle quelle.",
        {"command"},
        [](Args a) { return C{C::commande{.texte = texte(a, "texte")}}; }},
 
@@ -158,6 +140,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
          facultatif("verify", "La commande shell qui atteste la réussite (exit 0). Vide = pas de verify."),
          facultatif("nom", "Le nom à donner. Vide = attribué."),
          facultatif("nombre", "Combien d'exemplaires. Défaut 1.")}},
+       "Confie un chantier à un nouvel agent, avec suivi.",
        {"spawn_agent"},
        [](Args a) {
          return C{C::pondreAgent{.cli = texte(a, "cli"),
@@ -171,6 +154,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "Envoie un message NON tracké à un agent déjà ouvert (messagerie, pas machine à états). Pour une "
         "consigne de travail suivie, c'est pondre_agent ; pour taper dans le terminal visible, c'est dicter.",
         {requis("agent", "Le nom de l'agent visé"), requis("texte", "Le message à souffler")}},
+       "Envoie un message à un agent, sans suivi.",
        {"prompt"},
        [](Args a) { return C{C::souffler{.agent = texte(a, "agent"), .texte = texte(a, "texte")}}; }},
 
@@ -179,6 +163,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "que ce qui a été produit depuis la dernière consigne.",
         {requis("agent", "Le nom de l'agent"),
          drapeau("depuis_prompt", "true pour ne lire que depuis le dernier prompt. Défaut false.")}},
+       "Montre le tampon d'un agent, au besoin depuis son prompt.",
        {"read_terminal"},
        [](Args a) {
          return C{
@@ -189,6 +174,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "Le ledger des tâches trackées (pondre_agent) : chacune avec son état (en cours, done, unknown). À "
         "appeler pour « où en sont les tâches ? ».",
         {}},
+       "Liste les chantiers suivis et leur état.",
        {"pipe_list"},
        [](Args) { return C{C::taches{}}; }},
 
@@ -197,6 +183,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "status ». La commande s'exécute dans un nouveau terminal (ou celui nommé par cible).",
         {requis("commande", "La commande shell à exécuter"),
          facultatif("cible", "Le node/terminal où l'exécuter. Vide = un terminal dédié.")}},
+       "Lance une commande shell dans un terminal du plateau.",
        {},
        [](Args a) { return C{C::shell{.commande = texte(a, "commande"), .cible = texte(a, "cible")}}; }},
 
@@ -211,11 +198,13 @@ const std::vector<LigneVerbe>& tableVerbes() {
                     "captures."),
          drapeau("inline",
                  "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
+       "Photographie la fenêtre du cockpit, ou une seule carte.",
        {"screenshot", "window_screenshot"},
        [](Args a) {
          return C{C::capture{
              .cible = texte(a, "cible"), .chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
-       }},
+       },
+       {{"cible", Designe::agent}, {"chemin", Designe::chemin}}},
 
       {{"capture_web",
         "Prend une photo du VIEWPORT RENDU de la carte navigateur — la page telle que le moteur web la "
@@ -227,10 +216,12 @@ const std::vector<LigneVerbe>& tableVerbes() {
                     "captures."),
          drapeau("inline",
                  "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
+       "Photographie la page affichée au navigateur.",
        {"browser_screenshot"},
        [](Args a) {
          return C{C::captureWeb{.chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
-       }},
+       },
+       {{"chemin", Designe::chemin}}},
 
       {{"diffuser",
         "Envoie le MÊME texte, VERBATIM, dans le terminal de TOUS les agents ouverts d'un coup : « dis à "
@@ -241,6 +232,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
          drapeau("scene_seulement",
                  "true pour ne viser que les agents de la scène visible. Défaut false (tous les agents "
                  "ouverts).")}},
+       "Envoie le même texte à tous les agents ouverts.",
        {"broadcast"},
        [](Args a) {
          return C{
@@ -254,6 +246,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "un autre. L'inverse : bloque ; les tâches : taches ; armer un relais : commande.",
         {facultatif("note", "Ce qui a été fait, en une phrase. Facultatif — c'est le journal qui la porte."),
          facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
+       "Déclare que l'agent appelant a fini.",
        {"pipe_done"},
        [](Args a) { return C{C::fini{.agent = texte(a, "agent"), .note = texte(a, "note")}}; }},
 
@@ -265,6 +258,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
              "raison",
              "Ce qui bloque, en une phrase : la question posée, la permission attendue, l'erreur rencontrée"),
          facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
+       "Déclare que l'agent appelant attend une décision.",
        {"pipe_blocked"},
        [](Args a) { return C{C::bloque{.agent = texte(a, "agent"), .raison = texte(a, "raison")}}; }},
 
@@ -274,6 +268,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "lot 7 à livrer ». Ce n'est PAS retiens : un post-it se REGARDE, une note de mémoire se RAPPELLE "
         "(avec rappelle).",
         {requis("texte", "Ce qui est écrit sur la note, tel quel")}},
+       "Colle un post-it à l'écran, à côté des agents.",
        {"sticky_note"},
        [](Args a) { return C{C::postit{.texte = texte(a, "texte")}}; }},
 
@@ -285,8 +280,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {requis("nom", "L'étiquette à poser, en clair : « le tunnel de paiement », « le front »"),
          facultatif("cible",
                     "La fenêtre à étiqueter (nom d'agent, de session ou de carte). Vide = celle au regard.")}},
+       "Donne un nom de plus à une fenêtre.",
        {"label_area"},
-       [](Args a) { return C{C::nommerZone{.nom = texte(a, "nom"), .cible = texte(a, "cible")}}; }},
+       [](Args a) { return C{C::nommerZone{.nom = texte(a, "nom"), .cible = texte(a, "cible")}}; },
+       {{"cible", Designe::agent}}},
 
       {{"relancer_agent",
         "REDÉMARRE un agent déjà ouvert : le même CLI, le même dossier, mais un processus NEUF. « relance "
@@ -297,6 +294,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {requis("agent",
                 "Le nom de l'agent à relancer. Exigé : on ne relance jamais « celui qu'on regarde » par "
                 "défaut.")}},
+       "Redémarre un agent ; son travail en cours est perdu.",
        {"restart_agent"},
        [](Args a) { return C{C::relancerAgent{.agent = texte(a, "agent")}}; }},
 
@@ -308,8 +306,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "pondre_agent.",
         {requis("genre", "test (jouer les tests) ou install (installer les dépendances)"),
          facultatif("dossier", "Le dossier du chantier. Vide = celui de la scène courante.")}},
+       "Lance les tests d'un chantier, ou son installation.",
        {"run_script"},
-       [](Args a) { return C{C::script{.genre = texte(a, "genre"), .dossier = texte(a, "dossier")}}; }},
+       [](Args a) { return C{C::script{.genre = texte(a, "genre"), .dossier = texte(a, "dossier")}}; },
+       {{"dossier", Designe::cheminOuNom}}},
 
       {{"ouvrir_chat",
         "Ouvre la CONVERSATION avec Hermès sur le canvas — la carte à qui l'on PARLE, la seule du plateau "
@@ -322,6 +322,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
                     "puis réglage, puis hôte joignable)."),
          facultatif("texte",
                     "Une première demande à envoyer tout de suite. Vide = la carte s'ouvre et attend.")}},
+       "Ouvre la conversation avec Hermès.",
        {"open_chat"},
        [](Args a) { return C{C::ouvrirChat{.hote = texte(a, "hote"), .texte = texte(a, "texte")}}; }},
 
@@ -335,6 +336,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
          facultatif("cible",
                     "L'hôte de la conversation visée, quand plusieurs sont ouvertes. Vide = la dernière "
                     "ouverte.")}},
+       "Écrit à Hermès, sans attendre sa réponse.",
        {},
        [](Args a) { return C{C::messageChat{.texte = texte(a, "texte"), .cible = texte(a, "cible")}}; }},
 
@@ -355,6 +357,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
                     "L'expression régulière à guetter dans l'écran (200 caractères au plus). La donner suffit "
                     "à choisir jusqu_a: motif."),
          facultatif("timeout_s", "Combien de secondes au plus. Défaut 60, plafond 300.")}},
+       "Attend qu'un agent se calme, finisse ou pose une question.",
        {"wait"},
        [](Args a) {
          return C{C::attendre{.agent = texte(a, "agent"),
@@ -372,6 +375,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "tout caractère seul (1, y, n…). Un TEXTE s'envoie avec dicter ou souffler, JAMAIS avec ce verbe.",
         {requis("agent", "Le nom de l'agent visé"),
          requis("touches", "La séquence, séparée par des espaces : « esc », « 1 entree », « ctrl+c »")}},
+       "Frappe des touches chez un agent : esc, entree, ctrl+c…",
        {"send_keys"},
        [](Args a) { return C{C::envoyerTouches{.agent = texte(a, "agent"), .touches = texte(a, "touches")}}; }},
 
@@ -389,11 +393,13 @@ const std::vector<LigneVerbe>& tableVerbes() {
          facultatif("vedette",
                     "La fenêtre qui prend la grande place (nom d'agent, de session, ou étiquette posée par "
                     "nommer_zone). Vide = le cockpit la déduit.")}},
+       "Range les fenêtres de la scène selon un plan.",
        {"arrange", "organize", "tidy", "organise"},
        [](Args a) {
          return C{
              C::ranger{.plan = texte(a, "plan"), .vedette = premier(texte(a, "vedette"), texte(a, "cible"))}};
-       }},
+       },
+       {{"vedette", Designe::agent}}},
 
       {{"nommage",
         "Règle les INDICATIFS que porteront les agents ouverts ENSUITE : « appelle mes agents Mal, Zoe et "
@@ -408,6 +414,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
                 "Les indicatifs séparés par des virgules, dans l'ordre où ils seront distribués : « Mal, Zoe, "
                 "Wash ». Un tableau JSON ([\"Mal\",\"Zoe\"]) est accepté aussi. Une chaîne VIDE demande "
                 "explicitement le retour au roster d'usine.")}},
+       "Choisit les noms des prochains agents.",
        {"set_agent_naming", "set_naming"},
        [](Args a) { return C{C::nommage{.noms = premier(liste(a, "noms"), liste(a, "call_signs"))}}; }},
 
@@ -420,8 +427,10 @@ const std::vector<LigneVerbe>& tableVerbes() {
         "c'est fermer_tout.",
         {facultatif("cible",
                     "Le nom de l'agent, de la conversation ou de la fenêtre. Vide = celle qu'on regarde.")}},
+       "Ferme une fenêtre ; l'agent, lui, continue.",
        {"close_node", "close"},
-       [](Args a) { return C{C::fermer{.cible = premier(texte(a, "cible"), texte(a, "target"))}}; }},
+       [](Args a) { return C{C::fermer{.cible = premier(texte(a, "cible"), texte(a, "target"))}}; },
+       {{"cible", Designe::agent}}},
 
       {{"fermer_tout",
         "FERME TOUT ce qui se ferme sur la scène visible — terminaux, conversations, documents, fenêtres du "
@@ -431,6 +440,7 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {facultatif(
             "sauf",
             "Les noms à ÉPARGNER, séparés par des virgules : « Merlin, Milan ». Vide = on ferme tout.")}},
+       "Ferme toutes les fenêtres de la scène, sauf exceptions.",
        {"close_all"},
        [](Args a) { return C{C::fermerTout{.sauf = epargnes(a)}}; }},
   };

@@ -2,19 +2,11 @@
 // client's commands, the guides, the voice's tools and the decoder are derived from it.
 #pragma once
 
-#include <string_view>
 #include <vector>
 
-#include "Porte/CommandeControle.hpp"
-#include "Porte/OutilVoix.hpp"
+#include "Porte/LigneVerbe.hpp"
 
 namespace tarnavelle {
-
-struct LigneVerbe {
-  OutilVoix outil;
-  std::vector<std::string_view> alias;                 ///< English names, normalised
-  CommandeControle (*decoder)(const Json& arguments);  ///< never fails; reads through `Champ`
-};
 
 /// The rows in their fixed order, built on first use.
 const std::vector<LigneVerbe>& tableVerbes();

@@ -1,0 +1,40 @@
+// A row of the table of verbs: all there is to know of one. Plain values.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "Porte/CommandeControle.hpp"
+#include "Porte/OutilVoix.hpp"
+
+namespace tarnavelle {
+
+/// What the text of a parameter stands for, when it is more than a text.
+enum class Designe {
+  agent,        ///< an agent, or a window of the board, by its name
+  chemin,       ///< a path, for the machine where the door is
+  cheminOuNom,  ///< a path when it is written as one, else a name, an address, words
+  machine,      ///< another machine by its name: the paths beside it are that machine's
+};
+
+struct LigneVerbe {
+  struct Parametre {
+    std::string_view nom;
+    Designe designe;
+  };
+
+  OutilVoix outil;
+  std::string_view bref;                               ///< the verb in one line of a list, for the operator
+  std::vector<std::string_view> alias;                 ///< English names, normalised
+  CommandeControle (*decoder)(const Json& arguments);  ///< never fails; reads through `Champ`
+  std::vector<Parametre> parametres = {};              ///< those that designate something, "agent" aside
+
+  /// The row of exactly that verb, or null.
+  static const LigneVerbe* de(std::string_view verbe);
+
+  /// What one of the verb's parameters designates; nothing for a mere text. One called "agent" names an agent.
+  std::optional<Designe> designe(std::string_view parametre) const;
+};
+
+}  // namespace tarnavelle

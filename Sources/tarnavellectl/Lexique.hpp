@@ -1,0 +1,25 @@
+// Lines in two columns: terms, and what is said of each. Pure.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Flux.hpp"
+
+namespace tarnavelle {
+
+class Lexique {
+ public:
+  void ajouter(std::string terme, std::string texte);
+
+  /// Adds the lines, texts folded to `colonnes` when given.
+  void versPage(Page& page, std::optional<std::size_t> colonnes) const;
+
+ private:
+  std::vector<std::pair<std::string, std::string>> entrees_;
+};
+
+}  // namespace tarnavelle
