@@ -74,7 +74,8 @@ const std::vector<std::pair<int, std::string_view>>& statuts() {
       {Statut::mauvaiseLigne,
        "La ligne de commande est fautive, ou demande ce qui ne peut se faire ici. Rien n'a été envoyé."},
       {Statut::sansReponse,
-       "Pas de porte, pas de réponse lisible, ou réponse perdue en sortie. Le verbe a pu être exécuté."},
+       "Pas de porte, ou elle n'a pas pu être jointe : rien n'a été envoyé. Ou sa réponse manque, est "
+       "illisible ou n'a pas pu être écrite : le verbe a pu être exécuté. Le message dit ce qu'il en est."},
       {130, "Interrompu par Ctrl-C. Le verbe a pu être exécuté."},
   };
   return liste;

@@ -51,6 +51,13 @@ const std::vector<CommandeLocale>& commandesLocales() {
       {{"man", "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - ».", {}},
        {},
        Commandes::manuel},
+      {{"porte",
+        "Dit quelle porte serait appelée, pourquoi, et si elle répond. Le jeton n'est jamais montré. La porte "
+        "est "
+        "interrogée par un verbe qui ne change rien.",
+        {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
+       {},
+       Commandes::porte},
   };
   return commandes;
 }

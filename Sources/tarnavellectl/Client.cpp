@@ -13,6 +13,7 @@
 #include "Commandes.hpp"
 #include "Completions.hpp"
 #include "Depot.hpp"
+#include "DirePorte.hpp"
 #include "LigneCommande.hpp"
 #include "Photo.hpp"
 #include "Porte/CommandeControle.hpp"
@@ -58,14 +59,25 @@ int rendreReussite(const ReponsePorte& reponse, const Json& donnees, const Ligne
   return Statut::fait;
 }
 
-int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, Session& session) {
-  const std::string statut = coffre.statut < 0 ? "" : " (HTTP " + std::to_string(coffre.statut) + ")";
-  if (!coffre.data) return avertir(session, "La porte n'a pas répondu.", Statut::sansReponse);
+/// Nothing came back. A verb that this client does not know, and that no door was asked for, is a wrong line.
+int rendreSilence(const std::vector<std::string>& messages, bool partie, const LigneCommande& ligne,
+                  Session& session) {
+  const bool inconnu = !ligne.commande.outil;
+  if (inconnu) session.erreurs.avertir(verbeInconnu(ligne.mot));
+  for (const std::string& message : messages) session.erreurs.avertir(message);
+  return inconnu && !partie ? Statut::mauvaiseLigne : Statut::sansReponse;
+}
+
+int rendre(const Coffre& coffre, const RecherchePorte& recherche, const LigneCommande& ligne, const Json& corps,
+           Session& session) {
+  const std::string statut = " (HTTP " + std::to_string(coffre.statut) + ")";
   auto document = LectureJSON::objet(*coffre.data).value_or(Json::object());
   const Json donnees = std::exchange(document["data"], nullptr);  // laid out as it came, never copied
   const auto reponse = ReponsePorte::depuis(document);
-  if (!reponse)
-    return avertir(session, "La réponse de la porte est illisible" + statut + ".", Statut::sansReponse);
+  if (!reponse) {
+    session.erreurs.avertir("La réponse de la porte est illisible" + statut + ".");
+    return avertir(session, DirePorte::origine(recherche, session.environnement), Statut::sansReponse);
+  }
   if (ligne.json) session.sortie.rendre(*coffre.data);
   if (reponse->ok) return ligne.json ? Statut::fait : rendreReussite(*reponse, donnees, ligne, corps, session);
 
@@ -80,11 +92,20 @@ int rendre(const Coffre& coffre, const LigneCommande& ligne, const Json& corps, 
 int appeler(const LigneCommande& ligne, Session& session) {
   Json corps = CommandeControle::chargeGenerique(ligne.mot, ligne.mots);
   PorteMCP::completerAgent(corps, session.environnement.texte("TARNAVELLE_NODE_ID").value_or(""));
-  const auto porte = PorteControle::resoudrePorte(session.environnement);
-  if (!porte) return avertir(session, std::string(porteIntrouvable), Statut::sansReponse);
-  BornesHTTP bornes = AppelPorte::bornes;
-  bornes.attente = bornes.vie = patience(corps);
-  return rendre(AppelPorte(bornes).posterPorte(corps, *porte), ligne, corps, session);
+  const Variables& environnement = session.environnement;
+  const auto recherche = PorteControle::chercherPorte(environnement);
+  if (!recherche.porte)
+    return rendreSilence(DirePorte::introuvable(recherche, environnement), false, ligne, session);
+  if (recherche.variable && !recherche.parVariable())
+    session.erreurs.avertir(DirePorte::variable(recherche, environnement) + ". " +
+                            DirePorte::fichier(recherche, environnement) + ".");
+  const auto attente = patience(corps);
+  AppelPorte appel({.attente = attente, .vie = attente, .corpsMax = AppelPorte::bornes.corpsMax});
+  const Coffre coffre = appel.posterPorte(corps, *recherche.porte);
+  if (const auto& echec = appel.echec())
+    return rendreSilence(DirePorte::sansReponse(*echec, attente, recherche, environnement), echec->partie,
+                         ligne, session);
+  return rendre(coffre, recherche, ligne, corps, session);
 }
 
 int mener(const LigneCommande& ligne, Session& session) {

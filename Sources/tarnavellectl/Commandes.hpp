@@ -12,5 +12,6 @@ int configurationMCP(Session& session, const Json& arguments);
 int guide(Session& session, const Json& arguments);
 int completions(Session& session, const Json& arguments);
 int manuel(Session& session, const Json& arguments);
+int porte(Session& session, const Json& arguments);
 
 }  // namespace tarnavelle::Commandes

@@ -60,6 +60,11 @@ class Decoupage {
     if (Texte::rogner(mot).empty()) return refuser("Le verbe est vide.");
     ligne_.mot = mot;
     ligne_.commande = commande(mot);
+    // A common option given before it may be one of its own parameters.
+    if (const OutilVoix* outil = ligne_.commande.outil)
+      for (const auto& [commun, champ] : optionsCommunes())
+        if (ligne_.*champ && std::ranges::count(outil->parametres, commun.nom, &ParamVoix::nom) > 0)
+          ligne_.mots.drapeaux.insert(commun.nom);
   }
 
   /// Whether the option of that name, and perhaps a value, would be one with two dashes.

@@ -69,6 +69,7 @@ TEST(Completions, AuCurseur) {
       {{"focus", ""}, "Merlin,Milan 2,"},
       {{"aller_scene", ""}, ""},
       {{"-x", "lire", ""}, "Merlin,Milan 2,"},
+      {{"porte", "-"}, "--json,--donnees,--help,--version,"},
       {{"attendre", "--timeout-s", "3", ""}, "Merlin,Milan 2,"},
       {{"--json", "lire", ""}, "Merlin,Milan 2,"},
   };

@@ -8,6 +8,7 @@
 
 #include "Aide.hpp"
 #include "Client.hpp"
+#include "DirePorte.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Proche.hpp"
@@ -102,6 +103,24 @@ TEST(Aide, TientSurUnTerminal) {
                                    {"capture", "capture [CIBLE] [CHEMIN] [--inline]"},
                                    {"pondre_agent", "pondre_agent CLI PROMPT [VERIFY] [NOM] [NOMBRE]"}})
     EXPECT_EQ(Aide::usage(commande(nom).outil), std::string("Usage : tarnavellectl ") + usage);
+}
+
+TEST(DirePorte, SansSecretEtSelonLaRaison) {
+  const RecherchePorte porte{.porte = {{"http://moi:passe@h:5/le-jeton/action?j=le-jeton", "le-jeton"}},
+                             .variable = "x",
+                             .endpoint = {}};
+  EXPECT_EQ(DirePorte::adresse(*porte.porte), "http://h:5/…/action");
+  const RecherchePorte sans{.porte = {}, .variable = "moi:passe@le-jeton", .endpoint = {}};
+  EXPECT_EQ(DirePorte::variable(sans, {{"TARNAVELLE_CONTROL_TOKEN", "le-jeton"}}),
+            "TARNAVELLE_CONTROL_URL n'est pas une adresse complète, « … » : il faut http://HÔTE:PORT");
+  const std::pair<EchecHTTP, const char*> cas[] = {
+      {{ErreurReseau::delaiDepasse}, "pas de réponse entière en 9 s. Le verbe a pu être exécuté."},
+      {{ErreurReseau::delaiDepasse, false}, "le serveur ne répond pas. Rien n'a été envoyé."},
+      {{EchecHTTP::Faute::reponse},
+       "ce qui est venu n'est pas une réponse HTTP, ou dépasse 256 Mio. Le verbe a pu être exécuté."}};
+  for (const auto& [echec, dit] : cas)
+    EXPECT_EQ(DirePorte::sansReponse(echec, std::chrono::seconds(9), porte, {})[0],
+              std::string("La porte n'a pas répondu : ") + dit);
 }
 
 TEST(Client, Patience) {

@@ -13,6 +13,7 @@ import pathlib
 import re
 import shlex
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -37,7 +38,8 @@ class Porte(http.server.ThreadingHTTPServer):
         self.reponse, self.statut, self.recus, self.retenue = {"ok": True}, 200, [], threading.Event()
         self.retenue.set()
         threading.Thread(target=self.serve_forever, daemon=True).start()
-        self.monde = MONDE | {"TARNAVELLE_CONTROL_URL": f"http://127.0.0.1:{self.server_port}",
+        self.url = f"http://127.0.0.1:{self.server_port}"
+        self.monde = MONDE | {"TARNAVELLE_CONTROL_URL": self.url,
                               "TARNAVELLE_CONTROL_TOKEN": "secret"}
 
     def handle_error(self, *_):
@@ -85,7 +87,7 @@ def exemples(porte):
     egal(len(lignes), 13)
     for ligne, attendu in zip(lignes, attendus):
         porte.recus.clear()
-        subprocess.run(["sh", "-c", ligne], check=True, timeout=60, stdout=subprocess.DEVNULL,
+        subprocess.run(["sh", "-c", ligne], check=True, timeout=60, stdout=subprocess.DEVNULL, cwd=MAISON,
                        env=porte.monde | {"TARNAVELLECTL": CLIENT, "TARNAVELLE_NODE_ID": " Merlin "})
         egal(porte.recus, [attendu], ligne)
 
@@ -94,8 +96,9 @@ def sur_un_tube(porte):
     brut = b' {"ok":true,\n"data":[{"n":"\xc2\x9b","b":1},{"n":"x","b":22}], "spoken_text":" "}\r\n'
     refus = b'{"ok":false,"error":"Non : \\u001b[31m\xc2\x9b."}'
     dit = 'tarnavellectl : Non : \\u001b[31m\\u009b.\n'
-    illisible = "tarnavellectl : La réponse de la porte est illisible (HTTP {}).\n"
-    sans = "tarnavellectl : La porte n'a pas répondu.\n"
+    origine = ("tarnavellectl : Son adresse, {}/action, vient de TARNAVELLE_CONTROL_URL. "
+               "« tarnavellectl porte » en dit plus.\n")
+    illisible = "tarnavellectl : La réponse de la porte est illisible (HTTP {}).\n" + origine.format(porte.url)
     cas = [
         ({"ok": True, "spoken_text": "Fait.\n", "data": 1}, 500, ["etat"], (0, b"Fait.\n", "")),
         ({"ok": True, "spoken_text": "Fait.", "data": [1, "é"]}, 200, ["etat", "--donnees"], (0, "1\né\n".encode(), "")),
@@ -131,9 +134,22 @@ def sur_un_tube(porte):
         code, sortie, erreurs = lancer(*mots, monde=porte.monde)
         egal((code, sortie, erreurs.startswith("tarnavellectl : ")), (2, b"", True), mots)
     egal(porte.recus, [])
-    for url in ({}, {"TARNAVELLE_CONTROL_URL": "http://127.0.0.1:1"}):
-        code, sortie, erreurs = lancer("etat", "--json", monde=MONDE | url)
-        egal((code, sortie, erreurs.startswith("tarnavellectl : Porte introuvable") or erreurs == sans), (3, b"", True))
+    inconnu = "tarnavellectl : Verbe inconnu : « etta ». Vouliez-vous dire etat ?\n"
+    with socket.create_server(("127.0.0.1", 0)) as coupante:
+        coupe = f"http://127.0.0.1:{coupante.getsockname()[1]}"
+        threading.Thread(target=lambda: [coupante.accept()[0].close() for _ in range(2)], daemon=True).start()
+        for url, verbe_inconnu, raison in (
+                ("", 2, "Porte introuvable"), ("127.0.0.1:1", 2, "Porte introuvable"),
+                ("ftp://127.0.0.1", 2, "La porte n'a pas répondu : son adresse est inutilisable, il faut http://HÔTE:PORT. "
+                 "Rien n'a été envoyé.\n" + origine.format("ftp://127.0.0.1")),
+                ("http://127.0.0.1:1", 2, "La porte n'a pas répondu : le serveur n'accepte pas la connexion. "
+                 "Rien n'a été envoyé.\n" + origine.format("http://127.0.0.1:1")),
+                (coupe, 3, "La porte n'a pas répondu : la connexion a été coupée. Le verbe a pu être exécuté.\n"
+                 + origine.format(coupe))):
+            monde = MONDE | {"TARNAVELLE_CONTROL_URL": url}
+            code, sortie, erreurs = lancer("etat", "--json", monde=monde)
+            egal((code, sortie, erreurs.startswith("tarnavellectl : " + raison)), (3, b"", True), url, erreurs)
+            egal(lancer("etta", monde=monde), (verbe_inconnu, b"", inconnu + erreurs), url)
 
 
 def configuration(essai):
@@ -170,6 +186,38 @@ def configuration(essai):
     egal(lancer("guide", "--fichier", monde=MONDE | {"TARNAVELLE_NODE_ID": "a/b c", "TARNAVELLE_AGENT_GUIDE": str(
         ailleurs / "guide-7.md")}), (0, f"{ailleurs}/guide-a-b c.md\n".encode(), ""))
     assert serveur["env"]["TARNAVELLE_CONTROL_TOKEN"] not in lancer("guide", monde=monde)[1].decode()
+
+
+def etat_de_la_porte(essai, porte):
+    fichier = MAISON / "Library/Application Support/Tarnavelle/porte-commande.json"
+    endpoint = json.loads(fichier.read_text())
+    url = "http://127.0.0.1:{port}".format_map(endpoint)
+
+    def faits(**variables):
+        code, sortie, erreurs = lancer("--json", "porte", monde=essai | variables)
+        lisible = lancer("porte", monde=essai | variables)
+        egal((lisible[0], erreurs, lisible[2]), (code, "", ""))
+        assert endpoint["token"].encode() not in sortie + lisible[1]
+        dits = json.loads(sortie)
+        egal(dits.pop("fichier"), str(fichier))
+        return code, dits, dits.pop("raison", "")
+
+    du_fichier = {"source": "fichier", "adresse": url + "/action", "pid": endpoint["pid"]}
+    variable = {"source": "variable", "adresse": url + "/action"}
+    egal(faits(), (0, du_fichier | {"vivant": True, "repond": True, "jeton_accepte": True}, ""))
+    egal(faits(TARNAVELLE_CONTROL_URL=url, TARNAVELLE_CONTROL_TOKEN="autre"),
+         (1, variable | {"repond": True, "jeton_accepte": False}, "la porte refuse (HTTP 401) : Jeton absent ou faux."))
+    porte.reponse, porte.statut = b"<html>", 404
+    egal(faits(TARNAVELLE_CONTROL_URL=porte.url), (3, variable | {"adresse": porte.url + "/action", "repond": False},
+                                                   "HTTP 404, d'un serveur qui n'est pas une porte"))
+    entier = fichier.read_bytes()
+    for pid in (0, -1, 2**22 + 1):
+        fichier.write_text(json.dumps(endpoint | {"pid": pid, "port": 1}))
+        mort = du_fichier | {"adresse": "http://127.0.0.1:1/action", "pid": pid, "vivant": False, "repond": False}
+        egal(faits(), (3, mort, "le serveur n'accepte pas la connexion"))
+    fichier.unlink()
+    egal(faits(), (3, {"repond": False}, "pas de porte à appeler"))
+    fichier.write_bytes(entier)
 
 
 class Terminal:
@@ -316,6 +364,9 @@ def main():
         essai.stdout.readline()
         session(MONDE)
         configuration(MONDE)
+        with Porte() as porte:
+            etat_de_la_porte(MONDE, porte)
+            porte.shutdown()
     finally:
         essai.terminate()
         essai.wait()

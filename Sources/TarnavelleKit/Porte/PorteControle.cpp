@@ -76,16 +76,22 @@ std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin) {
   return texte ? EndpointPorte::lire(*texte) : std::nullopt;
 }
 
+RecherchePorte chercherPorte(const Variables& environnement) {
+  RecherchePorte r{.porte = {}, .variable = environnement.texte("TARNAVELLE_CONTROL_URL"), .endpoint = {}};
+  if (r.variable) {
+    if (std::string url = urlAction(*r.variable); urlComplete(url)) {
+      r.porte = {std::move(url), environnement.texte("TARNAVELLE_CONTROL_TOKEN").value_or("")};
+      return r;
+    }
+  }
+  r.endpoint = lireEndpoint(cheminEndpoint(environnement));
+  if (r.endpoint)
+    if (std::string url = r.endpoint->url(); urlComplete(url)) r.porte = {std::move(url), r.endpoint->token};
+  return r;
+}
+
 std::optional<PorteResolue> resoudrePorte(const Variables& environnement) {
-  if (const auto base = environnement.texte("TARNAVELLE_CONTROL_URL")) {
-    if (std::string url = urlAction(*base); urlComplete(url))
-      return PorteResolue{std::move(url), environnement.texte("TARNAVELLE_CONTROL_TOKEN").value_or("")};
-  }
-  if (auto endpoint = lireEndpoint(cheminEndpoint(environnement))) {
-    std::string url = endpoint->url();
-    if (urlComplete(url)) return PorteResolue{std::move(url), std::move(endpoint->token)};
-  }
-  return std::nullopt;
+  return std::move(chercherPorte(environnement).porte);
 }
 
 }  // namespace PorteControle

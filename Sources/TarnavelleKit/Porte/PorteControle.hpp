@@ -42,6 +42,16 @@ struct PorteResolue {
   bool operator==(const PorteResolue&) const = default;
 };
 
+/// How the door was looked for, for whoever says why it is this one, or why there is none.
+struct RecherchePorte {
+  std::optional<PorteResolue> porte;
+  std::optional<std::string> variable;    ///< TARNAVELLE_CONTROL_URL, when it is set
+  std::optional<EndpointPorte> endpoint;  ///< the endpoint file's record, when it was read
+
+  /// Whether the variable decides: the endpoint file is then not read.
+  bool parVariable() const { return porte && !endpoint; }
+};
+
 namespace PorteControle {
 
 /// The door's base URL: without the "/action" that may end it.
@@ -61,7 +71,10 @@ std::string cheminEndpointUsuel();
 std::optional<EndpointPorte> lireEndpoint(const std::filesystem::path& chemin);
 
 /// TARNAVELLE_CONTROL_URL and TARNAVELLE_CONTROL_TOKEN when the first is a complete URL, else the
-/// endpoint file, else nothing.
+/// endpoint file, else no door.
+RecherchePorte chercherPorte(const Variables& environnement);
+
+/// The door alone.
 std::optional<PorteResolue> resoudrePorte(const Variables& environnement);
 
 }  // namespace PorteControle
