@@ -46,6 +46,11 @@ const std::vector<std::string_view>& principes() {
       "valent, la casse du verbe ne compte pas, et « -- » met fin aux options. Après le verbe, un mot qui "
       "commence par un seul tiret reste un mot, à moins de nommer une option. Une valeur qui commence par deux "
       "tirets se donne avec « = ». Un drapeau se donne sans valeur, ou avec « = » : « --valider=false ».",
+      "Un chemin se lit depuis le dossier courant et part absolu, car la porte travaille dans un autre. Là où "
+      "un nom, une adresse ou une recherche convient aussi, un chemin commence par « ./ », « ../ », « ~/ » ou "
+      "« / » ; tout autre texte part tel quel. Quand la ligne nomme un autre hôte, les chemins sont de cet "
+      "hôte "
+      "et partent tels quels.",
       "La réponse est la phrase du cockpit, à défaut ses données mises en page. Un refus, et tout ce qui n'est "
       "pas la réponse, va sur la sortie d'erreur. Les caractères de contrôle venus de la porte sont montrés, "
       "« \\u001b », jamais envoyés au terminal.",

@@ -10,6 +10,7 @@
 #include "Aide.hpp"
 #include "Appel/AppelPorte.hpp"
 #include "Catalogue.hpp"
+#include "Chemins.hpp"
 #include "Commandes.hpp"
 #include "Completions.hpp"
 #include "Depot.hpp"
@@ -92,6 +93,8 @@ int rendre(const Coffre& coffre, const RecherchePorte& recherche, const LigneCom
 int appeler(const LigneCommande& ligne, Session& session) {
   Json corps = CommandeControle::chargeGenerique(ligne.mot, ligne.mots);
   PorteMCP::completerAgent(corps, session.environnement.texte("TARNAVELLE_NODE_ID").value_or(""));
+  if (ligne.commande.outil && !Chemins::rendreAbsolus(corps, *ligne.commande.outil, session))
+    return Statut::mauvaiseLigne;
   const Variables& environnement = session.environnement;
   const auto recherche = PorteControle::chercherPorte(environnement);
   if (!recherche.porte)

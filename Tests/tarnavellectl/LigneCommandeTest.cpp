@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Aide.hpp"
+#include "Chemins.hpp"
 #include "Client.hpp"
 #include "DirePorte.hpp"
 #include "Porte/CommandeControle.hpp"
@@ -103,6 +105,23 @@ TEST(Aide, TientSurUnTerminal) {
                                    {"capture", "capture [CIBLE] [CHEMIN] [--inline]"},
                                    {"pondre_agent", "pondre_agent CLI PROMPT [VERIFY] [NOM] [NOMBRE]"}})
     EXPECT_EQ(Aide::usage(commande(nom).outil), std::string("Usage : tarnavellectl ") + usage);
+}
+
+TEST(Chemins, AbsolusSIlsSontEcritsEnChemins) {
+  const std::tuple<const char*, bool, const char*> cas[] = {{"./p.html", true, "/c/p.html"},
+                                                            {"../d/", true, "/d/"},
+                                                            {"..", true, "/"},
+                                                            {"~/x", true, "/h/x"},
+                                                            {"~", true, "/h/"},
+                                                            {"/a/./b", true, "/a/./b"},
+                                                            {"p/q", false, "/c/p/q"},
+                                                            {"~x", false, "/c/~x"},
+                                                            {"...", false, "/c/..."},
+                                                            {"http://h", false, "/c/http:/h"}};
+  for (const auto& [tape, ecrit, absolu] : cas) {
+    EXPECT_EQ(Chemins::ecritEnChemin(tape), ecrit) << tape;
+    EXPECT_EQ(Chemins::absolu(tape, "/c", "/h"), absolu) << tape;
+  }
 }
 
 TEST(DirePorte, SansSecretEtSelonLaRaison) {

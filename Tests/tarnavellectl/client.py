@@ -78,7 +78,7 @@ def exemples(porte):
         {"action": "lire_terminal", "agent": "Merlin", "depuis_prompt": True},
         {"action": "attendre", "agent": "Merlin", "jusqu_a": "fini", "timeout_s": "120"},
         {"action": "shell", "commande": "npm test"}, {"action": "ouvrir_web", "cible": "example.com"},
-        {"action": "ouvrir_web", "cible": "./rapport.html"}, {"action": "capture", "chemin": "/tmp/canvas.png"},
+        {"action": "ouvrir_web", "cible": f"{MAISON}/rapport.html"}, {"action": "capture", "chemin": "/tmp/canvas.png"},
         {"action": "retiens", "texte": "le port dev est 5173"}, {"action": "rappelle", "requete": "port", "limite": "3"},
         {"action": "fini", "note": "lot C livré", "agent": "Merlin"},
         {"action": "bloque", "raison": "il me faut le mot de passe staging", "agent": "Merlin"}]
@@ -90,6 +90,16 @@ def exemples(porte):
         subprocess.run(["sh", "-c", ligne], check=True, timeout=60, stdout=subprocess.DEVNULL, cwd=MAISON,
                        env=porte.monde | {"TARNAVELLECTL": CLIENT, "TARNAVELLE_NODE_ID": " Merlin "})
         egal(porte.recus, [attendu], ligne)
+    # Paths are this machine's and this folder's, but where another machine is named.
+    (MAISON / "page.html").touch()
+    indice = "tarnavellectl : « page.html » est envoyé tel quel. Pour le fichier de ce nom, écrivez « ./page.html ».\n"
+    for mots, valeur, dit in ((["ouvrir_web", "page.html"], "page.html", indice), (["ouvrir_web", "a/b"], "a/b", ""),
+                              (["capture", "Merlin", "p.png"], f"{MAISON}/p.png", ""),
+                              (["ouvrir_agent", "codex", "./x"], f"{MAISON}/x", ""),
+                              (["ouvrir_agent", "codex", "./x", "--hote=mac"], "./x", "")):
+        porte.recus.clear()
+        egal(lancer(*mots, monde=porte.monde)[2], dit, mots)
+        assert valeur in porte.recus[0].values(), (mots, porte.recus)
 
 
 def sur_un_tube(porte):
