@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Branchement.hpp"
 #include "Commandes.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
@@ -28,12 +29,14 @@ const std::vector<CommandeLocale>& commandesLocales() {
        {"help"},
        Commandes::aide},
       {{"mcp-config",
-        "Donne la configuration MCP prête à coller, celle de claude. Le jeton de la porte y est : c'est un "
-        "secret.",
-        {{"codex", Genre::booleen, "true pour les mots « -c » de codex.", false},
-         {"fichier", Genre::texte, "Où l'écrire, lisible de son seul propriétaire. Vide = la sortie.", false}}},
+        "Donne la configuration qui branche un agent sur le pont, celle de claude à défaut d'une autre. Elle "
+        "dure : "
+        "ni adresse ni jeton, le pont cherche la porte à chaque appel. La ligne à coller et ce qu'il faut "
+        "savoir "
+        "vont sur la sortie d'erreur.",
+        Branchement::parametres()},
        {},
-       Commandes::configurationMCP},
+       Branchement::configurationMCP},
       {{"guide",
         "Donne le guide de l'agent Tarnavelle, en Markdown. Le jeton n'y est jamais.",
         {{"fichier", Genre::booleen,

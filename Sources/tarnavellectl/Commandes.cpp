@@ -4,16 +4,13 @@
 #include <filesystem>
 #include <string>
 
-#include "Agents/InjectionPorte.hpp"
 #include "Aide.hpp"
 #include "Catalogue.hpp"
 #include "Depot.hpp"
 #include "Manuel.hpp"
 #include "Porte/GuideAgent.hpp"
-#include "Porte/PorteControle.hpp"
 #include "Programme.hpp"
 #include "ScriptsCompletion.hpp"
-#include "Socle/Shell.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Commandes {
@@ -45,41 +42,6 @@ int aide(Session& session, const Json& arguments) {
   const OutilVoix* outil = commande(mot).outil;
   if (!outil) return refuser(session, verbeInconnu(mot));
   session.sortie.montrer(Aide::deCommande(*outil, colonnes));
-  return Statut::fait;
-}
-
-int configurationMCP(Session& session, const Json& arguments) {
-  const auto pont = Programme::pont(session.environnement);
-  if (!pont) {
-    const auto choisi = session.environnement.texte("TARNAVELLE_MCP_SERVER");
-    return refuser(session, choisi
-                                ? "TARNAVELLE_MCP_SERVER ne désigne pas un exécutable : " + citer(*choisi) + "."
-                                : "Pont introuvable : il n'y a pas de tarnavelle-mcp à côté de ce programme.");
-  }
-  const auto porte = PorteControle::resoudrePorte(session.environnement);
-  if (!porte) return refuser(session, porteIntrouvable, Statut::sansReponse);
-  const InjectionPorte::Porte injectee{
-      .url = std::string(PorteControle::urlBase(porte->url)),
-      .token = porte->jeton,
-      .nodeId = session.environnement.texte("TARNAVELLE_NODE_ID").value_or("")};
-
-  std::string configuration;
-  if (Champ::booleen(arguments, "codex", false)) {
-    configuration =
-        Texte::joindre(InjectionPorte::arguments(
-                           {.cli = AgentCLI::codex(), .actif = true, .binaireMCP = *pont, .porte = injectee}),
-                       " ", [](const std::string& mot) { return mot == "-c" ? mot : Shell::mot(mot); });
-  } else {
-    if (!Texte::utf8Valide(*pont)) return refuser(session, "Le chemin du pont n'est pas de l'UTF-8 valide.");
-    configuration = InjectionPorte::configLigne(*pont, injectee);
-  }
-  configuration += "\n";
-
-  if (const auto fichier = Champ::texte(arguments, "fichier"); !fichier.empty())
-    return deposer(session, fichier, configuration, Statut::mauvaiseLigne);
-  session.sortie.rendre(configuration);
-  if (session.sortie.terminal() && !injectee.token.empty())
-    session.erreurs.avertir("Attention : ce texte contient le jeton de la porte. C'est un secret.");
   return Statut::fait;
 }
 

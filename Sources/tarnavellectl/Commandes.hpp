@@ -8,7 +8,6 @@
 namespace tarnavelle::Commandes {
 
 int aide(Session& session, const Json& arguments);
-int configurationMCP(Session& session, const Json& arguments);
 int guide(Session& session, const Json& arguments);
 int completions(Session& session, const Json& arguments);
 int manuel(Session& session, const Json& arguments);

@@ -162,16 +162,119 @@ def sur_un_tube(porte):
             egal(lancer("etta", monde=monde), (verbe_inconnu, b"", inconnu + erreurs), url)
 
 
+def lus(forme, texte):
+    """What a program of that form reads: the bridge, its variables with the names passed on, and its approvals."""
+    if forme == "codex":
+        mots = shlex.split(texte)
+        egal(set(mots[0::2]), {"-c"})
+        lu = tomllib.loads("\n".join(mots[1::2]))["mcp_servers"]["tarnavelle"]
+        return lu["command"], lu.get("env", {}) | dict.fromkeys(lu.get("env_vars", []), ...), [
+            lu.get("default_tools_approval_mode"), *sorted(lu.get("tools", {}))]
+    lu = json.loads(texte)
+    if forme == "opencode":
+        egal(next(iter(lu["permission"])), "tarnavelle_*")  # the last rule that matches wins
+        return *lu["mcp"]["tarnavelle"]["command"], lu["mcp"]["tarnavelle"].get("environment", {}), [
+            lu["permission"].pop("tarnavelle_*"), *(nom.removeprefix("tarnavelle_") for nom in lu["permission"])]
+    serveur = lu if forme == "serveur" else lu["mcpServers"]["tarnavelle"]
+    egal((serveur["args"], serveur.get("alwaysLoad")), ([], None if forme == "gemini" else True))
+    noms = lu.get("tools", {}).get("allowed", [])
+    return serveur["command"], serveur["env"], [
+        serveur.get("trust"), *sorted(nom.removeprefix("mcp_tarnavelle_") for nom in noms)]
+
+
+def colles(forme, dit):
+    """The same, of what the lines to paste give the program in a real shell; nothing when there is no line."""
+    (MAISON / "recus").write_text("")
+    for ligne in dit.partition("À coller :\n")[2].partition("Pour durer")[0].splitlines():
+        subprocess.run(["sh", "-c", ligne], check=True, timeout=60, cwd="/",
+                       env=MONDE | {"PATH": f"{MAISON}/faux:{MONDE['PATH']}"})
+    recus = [json.loads(ligne) for ligne in (MAISON / "recus").read_text().splitlines()]
+    if not recus:
+        return None
+    (mots, texte), *_ = recus
+    if forme == "claude":
+        donne = mots[0].removeprefix("--mcp-config=")
+        texte = donne if donne.startswith("{") else open(donne).read()
+    elif forme == "serveur":
+        *debut, texte = mots
+        egal(debut, ["mcp", "add-json", "--scope", "user", "tarnavelle"])
+    elif forme == "codex":
+        texte = shlex.join(mots)
+    elif forme == "gemini":
+        *options, nom, pont = mots
+        env = dict(o.split("=", 1) for avant, o in zip(options, options[1:]) if avant == "-e")
+        texte = json.dumps({"mcpServers": {nom: {
+            "args": [], "command": pont, "env": env, "trust": "--trust" in options or None}}})
+    permis = [nom for m, _ in recus for mot in m if mot.startswith("--allowed")
+              for nom in mot.partition("=")[2].split(",")]
+    pont, variables, approuve = lus(forme, texte)
+    return pont, variables, approuve + sorted(re.sub("^mcp_+tarnavelle_+", "", nom) for nom in permis)
+
+
 def configuration(essai):
-    """What is pasted starts a bridge that finds the door and says who calls."""
-    monde = essai | {"TARNAVELLE_NODE_ID": "Merlin"}
+    """What is printed, and what is pasted, is what the programs need to start a bridge that finds the door."""
+    (MAISON / "faux").mkdir()
+    for nom in ("claude", "codex", "gemini", "opencode"):
+        (MAISON / "faux" / nom).write_text(f"""#!{sys.executable}
+import json, os, sys
+fichier = os.environ.get("OPENCODE_CONFIG")
+with open({str(MAISON / "recus")!r}, "a") as recus:
+    print(json.dumps([sys.argv[1:], open(fichier).read() if fichier else os.environ.get("OPENCODE_CONFIG_CONTENT")]), file=recus)
+""")
+        (MAISON / "faux" / nom).chmod(0o755)
+    pont = str(MAISON / "l'a \"b\" \\ $HOME `id` é\u0301🦅")
+    os.symlink(PONT, pont)
+    monde = essai | {"TARNAVELLE_NODE_ID": "Merlin", "TARNAVELLE_MCP_SERVER": pont}
+    endpoint = json.loads((MAISON / "Library/Application Support/Tarnavelle/porte-commande.json").read_text())
+    adresse, jeton, agent = "TARNAVELLE_CONTROL_URL", "TARNAVELLE_CONTROL_TOKEN", "TARNAVELLE_NODE_ID"
+    ailleurs = monde | {adresse: "http://127.0.0.1:1/action", jeton: "s'ec\"ret"}
+    fermee = {"HOME": "/nulle-part"}
+    lecture = sorted(["trv_etat", "trv_lire", "trv_resumer", "trv_rappelle", "trv_lire_terminal", "trv_taches",
+                      "trv_attendre", "trv_guide"])
+    renvoi = {jeton: "$" + jeton}
+    for forme, herite, herite_ailleurs, rien, tout in (
+            ("claude", {}, {}, None, [None, "mcp__tarnavelle"]), ("serveur", {}, {}, None, [None, "mcp__tarnavelle"]),
+            ("codex", {agent: ...}, dict.fromkeys([adresse, jeton, agent], ...), None, ["approve"]),
+            ("gemini", renvoi, renvoi, None, [True]), ("opencode", {}, {}, "ask", ["allow"])):
+        def configurer(*options, monde=monde):
+            code, texte, dit = lancer("mcp-config", "--" + forme, *options, monde=monde)
+            egal(code, 0, forme, options, dit)
+            return texte.decode(), dit
+        for options, approuve in (([], [rien]), (["--approuver=tout"], tout),
+                                  (["--approuver", "lecture"], [rien, *lecture])):
+            texte, dit = configurer(*options)
+            egal(colles(forme, dit), (pont, herite, approuve), forme, options)
+            # claude's configuration has no room for what is approved: it stands in the line.
+            egal(lus(forme, texte), (pont, herite, [None] if tout[0] is None else approuve), forme, options)
+            # The door may be closed.
+            egal(configurer(*options, monde=monde | fermee)[0], texte)
+        texte, dit = configurer(monde=ailleurs)
+        egal(lus(forme, texte)[1], herite_ailleurs)
+        assert "n'est connue que de l'environnement" in dit and "s'ec" not in dit, dit
+        meme = {adresse: f"http://127.0.0.1:{endpoint['port']}/", jeton: endpoint["token"]}
+        egal(configurer(monde=monde | meme), configurer())
+        # Frozen: in the text or in a file, never in what is said.
+        for qui, url, secret in ((monde, meme[adresse][:-1], meme[jeton]),
+                                 (ailleurs, "http://127.0.0.1:1", "s'ec\"ret")):
+            fige = pont, {adresse: url, jeton: secret, agent: "Merlin"}, [rien]
+            texte, dit = configurer("--fige", monde=qui)
+            egal((lus(forme, texte), colles(forme, dit), secret in dit), (fige, None, False), dit)
+            dit = configurer("--fige", "--fichier", "mcp l'a", monde=qui)[1]
+            egal((lus(forme, (MAISON / "mcp l'a").read_text()), secret in dit), (fige, False), dit)
+            egal(colles(forme, dit), None if forme in ("serveur", "gemini") else fige)
+        egal(lancer("mcp-config", "--" + forme, "--fige", monde=monde | fermee)[:2], (3, b""))
+    # The usual form is claude's.
+    egal(lancer("mcp-config", monde=monde), lancer("mcp-config", "--claude", "--codex=false", monde=monde))
+    for mots, raison in ((["--codex", "--claude"], "Une forme à la fois : --claude ou --codex."),
+                         (["--approuver", "ecriture"], "--approuver vaut lecture ou tout, pas « ecriture ».")):
+        egal(lancer("mcp-config", *mots, monde=monde), (2, b"", f"tarnavellectl : {raison}\n"))
+
     texte = lancer("mcp-config", monde=monde)[1]
-    serveur = json.loads(texte)["mcpServers"]["tarnavelle"]
     cible = MAISON / "cible"
     cible.write_text("intacte")
     (MAISON / "lien").symlink_to(cible)
     for fichier in ("mcp.json", "lien"):
-        egal(lancer("mcp-config", "--fichier", fichier, monde=monde), (0, f"{MAISON}/{fichier}\n".encode(), ""))
+        egal(lancer("mcp-config", "--fichier", fichier, monde=monde)[:2], (0, f"{MAISON}/{fichier}\n".encode()))
         egal(((MAISON / fichier).read_bytes(), (MAISON / fichier).lstat().st_mode), (texte, 0o100600), fichier)
     egal(cible.read_text(), "intacte")
     os.mkfifo(MAISON / "tube")
@@ -179,23 +282,17 @@ def configuration(essai):
         egal(lancer("mcp-config", "--fichier", fichier, monde=monde),
              (2, b"", f"tarnavellectl : Impossible d'écrire {fichier} : {raison}.\n"))
     assert (MAISON / "tube").is_fifo()
-    for qui in ("Merlin", "l'a \"b\" \\ \\n $HOME `id` a=b\n\t# ''' \"\"\" é\u0301🦅\\"):
-        mots = shlex.split(lancer("mcp-config", "--codex", monde=monde | {"TARNAVELLE_NODE_ID": qui})[1].decode())
-        codex = tomllib.loads("\n".join(mots[1::2]))["mcp_servers"]["tarnavelle"]
-        lu = json.loads(lancer("mcp-config", monde=monde | {"TARNAVELLE_NODE_ID": qui})[1])["mcpServers"]["tarnavelle"]
-        egal((mots[0::2], codex | {"args": []}), (["-c"] * 4, lu), qui)
-        egal(lu["env"], serveur["env"] | {"TARNAVELLE_NODE_ID": qui})
     appel = {"jsonrpc": "2.0", "id": 1, "method": "tools/call", "params": {"name": "trv_fini", "arguments": {}}}
-    pont = subprocess.run([serveur["command"]], input=json.dumps(appel), env=serveur["env"], capture_output=True,
-                          encoding="utf-8", timeout=60)
-    assert "Merlin a fini." in pont.stdout, pont
+    fait = subprocess.run([lus("claude", texte)[0]], input=json.dumps(appel), capture_output=True, encoding="utf-8",
+                          env=MONDE | {"TARNAVELLE_NODE_ID": "Merlin"}, timeout=60)
+    assert "Merlin a fini." in fait.stdout, fait
     code, sortie, erreurs = lancer("mcp-config", monde=monde | {"TARNAVELLE_MCP_SERVER": "/dev/null"})
     egal((code, sortie, "TARNAVELLE_MCP_SERVER" in erreurs), (2, b"", True))
-    ailleurs = MAISON / "guides"
-    ailleurs.mkdir()
+    guides = MAISON / "guides"
+    guides.mkdir()
     egal(lancer("guide", "--fichier", monde=MONDE | {"TARNAVELLE_NODE_ID": "a/b c", "TARNAVELLE_AGENT_GUIDE": str(
-        ailleurs / "guide-7.md")}), (0, f"{ailleurs}/guide-a-b c.md\n".encode(), ""))
-    assert serveur["env"]["TARNAVELLE_CONTROL_TOKEN"] not in lancer("guide", monde=monde)[1].decode()
+        guides / "guide-7.md")}), (0, f"{guides}/guide-a-b c.md\n".encode(), ""))
+    assert endpoint["token"] not in lancer("guide", monde=monde)[1].decode()
 
 
 def etat_de_la_porte(essai, porte):
@@ -297,9 +394,9 @@ def sur_un_terminal(porte):
         (ecrite,) = MAISON.glob("capture-*.png")
         egal(ecrite.read_bytes(), PNG)
 
-        secret = t.faire("tarnavellectl mcp-config")
+        secret = t.faire("tarnavellectl mcp-config --fige")
         assert '"secret"' in secret and "le jeton de la porte" in secret, secret
-        assert "le jeton de la porte" not in t.faire("tarnavellectl mcp-config | tail -n 1"), t.ecran()
+        assert "le jeton de la porte" not in t.faire("tarnavellectl mcp-config --fige | tail -n 1"), t.ecran()
         usage = t.faire("tarnavellectl attendre --help")
         assert re.search(r"AGENT \[JUSQU_A\] .*-h de\n +même", usage, re.DOTALL), usage
 

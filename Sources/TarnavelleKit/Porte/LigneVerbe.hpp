@@ -18,6 +18,11 @@ enum class Designe {
   machine,      ///< another machine by its name: the paths beside it are that machine's
 };
 
+/// What carrying out a verb does to the board and to the machine, for whoever decides what may run unasked.
+struct EffetsVerbe {
+  bool lectureSeule = false;  ///< it only looks: nothing is written, typed, shown, started or sent
+};
+
 struct LigneVerbe {
   struct Parametre {
     std::string_view nom;
@@ -29,6 +34,7 @@ struct LigneVerbe {
   std::vector<std::string_view> alias;                 ///< English names, normalised
   CommandeControle (*decoder)(const Json& arguments);  ///< never fails; reads through `Champ`
   std::vector<Parametre> parametres = {};              ///< those that designate something, "agent" aside
+  EffetsVerbe effets = {};
 
   /// The row of exactly that verb, or null.
   static const LigneVerbe* de(std::string_view verbe);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Porte/CommandeControle.hpp"
+#include "Porte/TableVerbes.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
 
@@ -75,6 +76,14 @@ std::vector<Json> outilsExposes() {
   auto liste = outils();
   liste.push_back(outil(outilGuide()));
   return liste;
+}
+
+std::vector<std::string> outilsDeLecture() {
+  std::vector<std::string> noms;
+  for (const LigneVerbe& ligne : tableVerbes())
+    if (ligne.effets.lectureSeule) noms.push_back(std::string(prefixe) + ligne.outil.nom);
+  noms.push_back(std::string(prefixe) + outilGuide().nom);
+  return noms;
 }
 
 bool estLocal(std::string_view nom) { return sansPrefixe(nom) == outilGuide().nom; }

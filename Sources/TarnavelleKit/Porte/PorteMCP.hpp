@@ -44,6 +44,9 @@ std::vector<Json> outils();
 /// What "tools/list" returns: `outils`, then the guide's tool.
 std::vector<Json> outilsExposes();
 
+/// The names of the tools that change nothing: those of the verbs that only look, and the guide's.
+std::vector<std::string> outilsDeLecture();
+
 /// Whether the bridge itself answers the tool of that name, with or without the prefix.
 bool estLocal(std::string_view nom);
 

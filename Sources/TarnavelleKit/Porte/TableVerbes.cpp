@@ -21,7 +21,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {facultatif("format", "texte (défaut) ou json.")}},
        "Dit où en est tout le plateau.",
        {"state"},
-       [](Args) { return C{C::etat{}}; }},
+       [](Args) { return C{C::etat{}}; },
+       {},
+       {.lectureSeule = true}},
 
       {{"focus",
         "Met une fenêtre EN GRAND sur la scène visible : un agent de terminal, un membre du crew, ou une "
@@ -92,7 +94,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {facultatif("agent", "Le nom de l'agent à lire. Vide = celui qu'on regarde.")}},
        "Montre le bas de l'écran d'un agent, tel quel.",
        {"read"},
-       [](Args a) { return C{C::lire{.agent = texte(a, "agent")}}; }},
+       [](Args a) { return C{C::lire{.agent = texte(a, "agent")}}; },
+       {},
+       {.lectureSeule = true}},
 
       {{"resumer",
         "Donne le RÉSUMÉ du travail d'un agent, déjà condensé par le cockpit : « où en est Merlin ? », "
@@ -100,7 +104,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {facultatif("agent", "Le nom de l'agent à résumer. Vide = celui qu'on regarde.")}},
        "Résume le travail d'un agent.",
        {"summarize"},
-       [](Args a) { return C{C::resumer{.agent = texte(a, "agent")}}; }},
+       [](Args a) { return C{C::resumer{.agent = texte(a, "agent")}}; },
+       {},
+       {.lectureSeule = true}},
 
       {{"retiens",
         "Écrit une note dans la mémoire CANONIQUE du canvas — la seule mémoire durable partagée : « retiens "
@@ -121,7 +127,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
          facultatif("limite", "Combien de fiches au plus. Défaut 5.")}},
        "Cherche dans la mémoire partagée.",
        {"recall"},
-       [](Args a) { return C{C::rappelle{.requete = texte(a, "requete"), .limite = entier(a, "limite", 5)}}; }},
+       [](Args a) { return C{C::rappelle{.requete = texte(a, "requete"), .limite = entier(a, "limite", 5)}}; },
+       {},
+       {.lectureSeule = true}},
 
       {{"commande",
         "LE REPLI : transmet la demande au cockpit quand AUCUN verbe dédié ne convient — missions et plans, "
@@ -168,7 +176,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
        [](Args a) {
          return C{
              C::lireTerminal{.agent = texte(a, "agent"), .depuisPrompt = booleen(a, "depuis_prompt", false)}};
-       }},
+       },
+       {},
+       {.lectureSeule = true}},
 
       {{"taches",
         "Le ledger des tâches trackées (pondre_agent) : chacune avec son état (en cours, done, unknown). À "
@@ -176,7 +186,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
         {}},
        "Liste les chantiers suivis et leur état.",
        {"pipe_list"},
-       [](Args) { return C{C::taches{}}; }},
+       [](Args) { return C{C::taches{}}; },
+       {},
+       {.lectureSeule = true}},
 
       {{"shell",
         "Lance une commande shell dans un terminal dédié du plateau : « lance les tests », « fais un git "
@@ -364,7 +376,9 @@ const std::vector<LigneVerbe>& tableVerbes() {
                               .jusquA = texte(a, "jusqu_a"),
                               .motif = texte(a, "motif"),
                               .timeoutS = entier(a, "timeout_s", 0)}};
-       }},
+       },
+       {},
+       {.lectureSeule = true}},
 
       {{"envoyer_touches",
         "Envoie des TOUCHES dans le terminal d'un agent — ce qu'un texte ne sait pas faire : répondre à un "
