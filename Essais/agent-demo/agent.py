@@ -214,18 +214,13 @@ def session(agent, porte, fichier, shell):
     verifier(agent.pont.attendre() == 0, "statut de sortie 0")
 
 
-def configuration(pont):
-    serveur = {"mcpServers": {"tarnavelle": {"args": [], "command": pont, "env": {}}}}
-    chaine = json.dumps(pont, ensure_ascii=False)  # a JSON text is a TOML basic string for any path
-    reglage = f"mcp_servers.tarnavelle.command={chaine}"
+def configuration(client, monde):
     print("\n" + teinte("1", "Brancher un vrai agent"))
-    dire("Le pont cherche la porte ouverte sur cette machine à chaque appel ; « env » peut rester vide. "
-         "Pour une porte précise : TARNAVELLE_CONTROL_URL, TARNAVELLE_CONTROL_TOKEN et TARNAVELLE_NODE_ID.")
-    print("\n" + teinte("1", "claude") + " : dans .mcp.json, ou dans un fichier donné par --mcp-config\n")
-    print(json.dumps(serveur, indent=2, separators=(",", " : "), ensure_ascii=False))
-    print("\n" + teinte("1", "codex") + " : dans ~/.codex/config.toml\n")
-    print(f"[mcp_servers.tarnavelle]\ncommand = {chaine}")
-    print(f"\nou pour une fois :\n\ncodex -c {shlex.quote(reglage)}")
+    dire("Ce que donne « tarnavellectl mcp-config » : le texte d'abord, puis la ligne à coller. Ni adresse ni jeton : "
+         "le pont cherche la porte ouverte sur cette machine à chaque appel.")
+    for forme in ("claude", "codex"):
+        print("\n" + teinte("1", forme) + "\n", flush=True)
+        subprocess.run([client, "mcp-config", "--" + forme], env=monde, stderr=subprocess.STDOUT, timeout=DELAI, check=True)
 
 
 def main():
@@ -233,7 +228,8 @@ def main():
     enfants = []
     with tempfile.TemporaryDirectory(prefix="tarnavelle-demo-") as maison:
         fichier = pathlib.Path(maison, "Library/Application Support/Tarnavelle/porte-commande.json")
-        monde = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")} | {"HOME": maison}
+        sans_porte = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")}
+        monde = sans_porte | {"HOME": maison}
         try:
             enfants.append(Enfant("La porte d'essai", [porte], monde))
             print(teinte("1", enfants[0].ligne()))
@@ -247,7 +243,7 @@ def main():
             for enfant in enfants:
                 enfant.processus.kill()
                 enfant.processus.wait()
-    configuration(pont)
+    configuration(client, sans_porte | {"TARNAVELLE_MCP_SERVER": pont})
     return 0
 
 

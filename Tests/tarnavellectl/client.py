@@ -270,6 +270,9 @@ with open({str(MAISON / "recus")!r}, "a") as recus:
         egal(lancer("mcp-config", *mots, monde=monde), (2, b"", f"tarnavellectl : {raison}\n"))
 
     texte = lancer("mcp-config", monde=monde)[1]
+    lisez_moi = (pathlib.Path(__file__).parents[2] / "README.md").read_text()
+    egal(lisez_moi.partition("```json\n")[2].partition("```")[0], texte.decode().replace(
+        json.dumps(pont, ensure_ascii=False), '"/path/to/tarnavelle-mcp"'))
     cible = MAISON / "cible"
     cible.write_text("intacte")
     (MAISON / "lien").symlink_to(cible)

@@ -1,7 +1,8 @@
 // What is added to an agent's launch so that it reaches the control door: the bridge declared as its
 // MCP server, by a configuration file or by command-line words, and three environment variables. With
 // the user's setting off, or for a program that does not speak MCP, nothing at all is added. Writing the
-// file, and keeping it private for the token it holds, are the launcher's business. Pure functions.
+// file, and keeping it private for the token it holds, are the launcher's business. codex's words hold the
+// token, too: it then stands in that process's arguments, which other processes can read. Pure functions.
 #pragma once
 
 #include <optional>
@@ -59,7 +60,7 @@ struct Lancement {
   Porte porte = {};
 };
 
-/// The words to append to the program's launch arguments.
+/// The words to append to the program's launch arguments. Those of `tomlPointe` hold the token.
 std::vector<std::string> arguments(const Lancement& lancement);
 
 /// The variables to add to the program's environment.

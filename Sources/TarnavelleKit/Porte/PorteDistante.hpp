@@ -61,7 +61,8 @@ std::optional<EndpointPorte> analyserEndpoint(std::string_view texte);
 /// well-formed UTF-8.
 std::optional<std::string> corpsAction(const CommandeControle& commande);
 
-/// Posts a body to the remote door and prints its reply; nothing after five seconds.
+/// Posts a body to the remote door and prints its reply; nothing after five seconds. The line holds the token,
+/// and so do the arguments of curl and of what carries the line: both machines' process lists show it.
 std::string commandeAction(const EndpointPorte& endpoint, std::string_view corps);
 
 /// The reply in what `commandeAction` printed.
