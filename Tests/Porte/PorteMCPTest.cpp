@@ -30,6 +30,8 @@ TEST(PorteMCP, CorpsDUnAppel) {
       {"trv_fini", R"({"agent":""})", " \n", R"({"action":"fini","agent":""})"},
       {"trv_focus", R"({"cible":"x"})", "merlin", R"({"action":"focus","cible":"x"})"},
       {"trv_x", R"({"action":"fini"})", "merlin", R"({"action":"x"})"},
+      {"trv_fini", R"([{"agent":"milan"}])", "merlin", R"({"action":"fini","agent":"merlin"})"},
+      {"trv_x", R"("agent")", "merlin", R"({"action":"x"})"},
   };
   for (const auto& c : cas)
     EXPECT_EQ(PorteMCP::ligne(PorteMCP::corpsAppel(c.outil, Json::parse(c.arguments), c.nodeId)), c.corps)
@@ -38,8 +40,8 @@ TEST(PorteMCP, CorpsDUnAppel) {
 
 // The shortcuts write the very line of the long way, whatever the id.
 TEST(PorteMCP, LignesDejaEcrites) {
-  const PorteMCP::Identifiant identifiants[] = {{},  Json(),    UINT64_MAX,
-                                                0.5, "a/\n\"é", Json::array({1, {{"b", 2}, {"a", nullptr}}})};
+  const PorteMCP::Identifiant identifiants[] = {
+      {}, Json(), UINT64_MAX, 0.5, "\xFF", "a/\n\"é", Json::array({1, {{"b", 2}, {"a", nullptr}}})};
   for (const auto& id : identifiants) {
     EXPECT_EQ(PorteMCP::ligneListe(id), PorteMCP::ligne(PorteMCP::reponseListe(id)));
     for (const std::string texte : {"", "{\"ok\":true}\n", "é\x01\\", "\xFF"})

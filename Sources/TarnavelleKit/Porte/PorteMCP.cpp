@@ -24,14 +24,20 @@ Json enveloppe(Identifiant id, const char* cle, Json contenu) {
   return reponse;
 }
 
-/// The line of a result up to the result itself, with room for that many bytes more.
-std::string debutResultat(const Identifiant& id, std::size_t suite) {
+/// The line of a result that `ecrire` appends, of about that many bytes; as of `ligne`, "{}" when the id or
+/// the result has no form.
+template <class Ecrire>
+std::string ligneEcrite(const Identifiant& id, std::size_t taille, Ecrire ecrire) {
   std::string texte;
-  texte.reserve(suite + 128);
+  texte.reserve(taille + 128);
   texte += R"({"id":)";
-  if (!id || !EcritureJSON::ajouter(texte, *id)) texte += "null";
+  if (!id)
+    texte += "null";
+  else if (!EcritureJSON::ajouter(texte, *id))
+    return "{}";
   texte += R"(,"jsonrpc":"2.0","result":)";
-  return texte;
+  if (!ecrire(texte)) return "{}";
+  return texte += '}';
 }
 
 Json contenuListe() { return {{"tools", outilsExposes()}}; }
@@ -93,6 +99,7 @@ std::string verbe(std::string_view depuisOutil) {
 }
 
 Json corpsAppel(std::string_view outil, Json arguments) {
+  if (!arguments.is_object()) arguments = Json::object();
   arguments["action"] = verbe(outil);
   return arguments;
 }
@@ -135,17 +142,19 @@ Json reponseListe(Identifiant id) { return resultat(std::move(id), contenuListe(
 std::string ligne(const Json& objet) { return EcritureJSON::compacte(objet).value_or("{}"); }
 
 std::string ligneResultat(const Identifiant& id, std::string_view resultatEcrit) {
-  std::string texte = debutResultat(id, resultatEcrit.size());
-  texte.append(resultatEcrit).append("}");
-  return texte;
+  return ligneEcrite(id, resultatEcrit.size(), [&](std::string& texte) {
+    texte += resultatEcrit;
+    return true;
+  });
 }
 
 std::string ligneAppel(const Identifiant& id, const ResultatAppel& appel) {
-  std::string texte = debutResultat(id, appel.corpsJSON.size() + appel.corpsJSON.size() / 8);
-  texte += R"({"content":[{"text":)";
-  if (!EcritureJSON::ajouterTexte(texte, appel.corpsJSON)) return "{}";
-  texte.append(R"(,"type":"text"}],"isError":)").append(appel.ok ? "false}}" : "true}}");
-  return texte;
+  return ligneEcrite(id, appel.corpsJSON.size() + appel.corpsJSON.size() / 8, [&](std::string& texte) {
+    texte += R"({"content":[{"text":)";
+    if (!EcritureJSON::ajouterTexte(texte, appel.corpsJSON)) return false;
+    texte.append(R"(,"type":"text"}],"isError":)").append(appel.ok ? "false}" : "true}");
+    return true;
+  });
 }
 
 std::string ligneListe(const Identifiant& id) {

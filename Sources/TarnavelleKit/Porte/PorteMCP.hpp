@@ -53,7 +53,7 @@ bool estLocal(std::string_view nom);
 /// The door's verb for a tool name. Does not check that it exists: the door refuses unknown verbs.
 std::string verbe(std::string_view depuisOutil);
 
-/// The body to post to the door: the arguments plus "action".
+/// The body to post to the door: the arguments plus "action". Arguments that are no object are none.
 Json corpsAppel(std::string_view outil, Json arguments);
 
 /// The same, with `completerAgent`.
@@ -76,14 +76,14 @@ Json erreur(Identifiant id, CodeErreur code, std::string_view message);
 Json reponseInitialize(Identifiant id);
 Json reponseListe(Identifiant id);
 
-/// One line of text, no line feed; "{}" when a text in the object is not well-formed UTF-8.
+/// One line of text, no line feed; "{}" when a text in the object is not well-formed UTF-8. So do the lines
+/// below, for the id too.
 std::string ligne(const Json& objet);
 
 /// The line of `resultat` when the result is already written as compact JSON.
 std::string ligneResultat(const Identifiant& id, std::string_view resultatEcrit);
 
-/// The line of `resultat` for a tool call, written without a document; "{}" when the text is not
-/// well-formed UTF-8.
+/// The line of `resultat` for a tool call, written without a document.
 std::string ligneAppel(const Identifiant& id, const ResultatAppel& appel);
 
 /// The line of `reponseListe`; the list, which never changes, is written once for the whole process.
