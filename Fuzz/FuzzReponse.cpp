@@ -26,7 +26,9 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   exiger(ligne && (*ligne)["result"] == PorteMCP::contenuAppel(appel.corpsJSON, appel.ok));
 
   if (const auto reponse = ReponsePorte::lire(corps)) {
-    exiger(ReponsePorte::lire(EcritureJSON::compacte(reponse->json()).value()) == reponse);
+    // As numbers: a fraction of 2^53 or more is written as the whole number that a double makes of it.
+    exiger(ReponsePorte::lire(EcritureJSON::compacte(reponse->json()).value()).value().json() ==
+           reponse->json());
     exiger(!ComptesRendusVoix::porteDit(*reponse).empty());
   }
   return 0;

@@ -45,12 +45,19 @@ TEST(PorteJSON, NombresEtBooleens) {
       {"1", {P::entier{1}}},
       {"true", {P::bool_{true}}},
       {"-9223372036854775808", {P::entier{INT64_MIN}}},
+      {"9223372036854775807.0", {P::entier{INT64_MAX}}},
+      {"9007199254740993.0", {P::entier{9007199254740993}}},
+      {"1e18", {P::entier{1'000'000'000'000'000'000}}},
       {"9223372036854775808", {P::reel{9223372036854775808.0}}},
   };
   for (const auto& [texte, valeur] : cas) {
     EXPECT_TRUE(P::depuis(LectureJSON::valeur(texte).value()) == valeur) << texte;
     EXPECT_TRUE(P::depuis(valeur.json()) == valeur) << texte;
   }
+  // Integers once they are doubles, and not before.
+  for (const auto& [texte, valeur] :
+       {std::pair{"9007199254740993.5", 9007199254740994.0}, {"-9223372036854775809", -9223372036854775808.0}})
+    EXPECT_TRUE(P::depuis(LectureJSON::valeur(texte).value()) == P{P::reel{valeur}}) << texte;
   EXPECT_FALSE(P::depuis(Json(Json::value_t::discarded)));
   EXPECT_FALSE(P::depuis(Json{{"a", {1, Json::binary({1})}}}));
 }

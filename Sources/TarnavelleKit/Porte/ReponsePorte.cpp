@@ -8,9 +8,10 @@
 namespace tarnavelle {
 namespace {
 
-PorteJSON nombre(const Json& json) {
-  if (const auto n = entierExact(json)) return {PorteJSON::entier{*n}};
-  return {PorteJSON::reel{json.get<double>()}};
+std::optional<PorteJSON> nombre(const Json& json) {
+  if (const auto n = entierExact(json)) return PorteJSON{PorteJSON::entier{*n}};
+  if (const auto d = reel(json)) return PorteJSON{PorteJSON::reel{*d}};
+  return std::nullopt;
 }
 
 /// Reads an optional member: absent or null is empty, a mistyped one makes `lisible` false.
@@ -32,7 +33,8 @@ std::optional<PorteJSON> PorteJSON::depuis(const Json& json) {
     case Json::value_t::boolean: return PorteJSON{bool_{json.get<bool>()}};
     case Json::value_t::number_integer:
     case Json::value_t::number_unsigned:
-    case Json::value_t::number_float: return nombre(json);
+    case Json::value_t::number_float:
+    case Json::value_t::binary: return nombre(json);
     case Json::value_t::string: return PorteJSON{texte{json.get<std::string>()}};
     case Json::value_t::array: {
       tableau t;
@@ -53,7 +55,6 @@ std::optional<PorteJSON> PorteJSON::depuis(const Json& json) {
       }
       return PorteJSON{std::move(o)};
     }
-    case Json::value_t::binary:
     case Json::value_t::discarded: return std::nullopt;
   }
   return std::nullopt;

@@ -59,7 +59,12 @@ class Ecrivain {
           valeur(membre.second);
         });
         break;
-      case Json::value_t::binary:
+      case Json::value_t::binary: {
+        const auto nombre = nombreEcrit(v);
+        sortie_ += nombre.value_or("");
+        valide_ = valide_ && nombre;
+        break;
+      }
       case Json::value_t::discarded: valide_ = false; break;
     }
   }

@@ -30,11 +30,51 @@ struct Gestionnaire {
   bool on_comment(Morceau, Erreur&) { return true; }
 };
 
+/// The integer part of a decimal of 2^53 or more, nothing beyond 64 bits, and whether a fraction follows.
+struct Ecrit {
+  std::optional<std::int64_t> entier;
+  bool fraction = false;
+
+  explicit Ecrit(std::string_view texte) {
+    const auto e = std::min(texte.find_first_of("eE"), texte.size());
+    std::string chiffres(texte.substr(0, e));
+    std::int64_t exposant = e < texte.size() ? entierDecimal(texte.substr(e + 1)).value_or(0) : 0;
+    if (const auto point = chiffres.find('.'); point != std::string::npos) {
+      exposant -= static_cast<std::int64_t>(chiffres.size() - point - 1);
+      chiffres.erase(point, 1);
+    }
+    for (; exposant < 0 && !chiffres.empty(); ++exposant) {
+      fraction = fraction || chiffres.back() != '0';
+      chiffres.pop_back();
+    }
+    constexpr int chiffresMax = 19;  // of 64 bits
+    if (exposant > chiffresMax) return;
+    entier = entierDecimal(chiffres.append(static_cast<std::size_t>(exposant), '0'));
+  }
+};
+
+/// A number as it is written, in the kind of node that JSON itself has no use for.
+constexpr std::uint8_t marqueEcrit = 'n';
+
+std::optional<Ecrit> ecrit(const Json& nombre) {
+  const auto texte = nombreEcrit(nombre);
+  return texte ? std::optional<Ecrit>(*texte) : std::nullopt;
+}
+
 /// The number that the text writes. The parser's own conversion may be off by one unit in the last
-/// place; this one is exact. An error when no double holds it.
+/// place; this one is exact, and where a double is too short for the integer part, it is the text itself.
+/// An error when no double holds it.
 Json decimal(std::string_view texte, Erreur& e) {
   Json exact = Json::parse(texte, nullptr, false);
-  if (exact.is_discarded()) e = boost::json::error::exponent_overflow;
+  if (exact.is_discarded()) {
+    e = boost::json::error::exponent_overflow;
+  } else if (constexpr double entiersSurs = 9007199254740992.0;  // 2^53
+             std::abs(exact.get<double>()) >= entiersSurs) {
+    const auto entier = entierTronque(exact);
+    const Ecrit ecrit(texte);
+    if (entier != ecrit.entier || (entier && ecrit.fraction))
+      return Json::binary({texte.begin(), texte.end()}, marqueEcrit);
+  }
   return exact;
 }
 
@@ -277,7 +317,21 @@ BooleenDeTete booleenDeTete(std::string_view texte, std::string_view cle) {
 
 }  // namespace LectureJSON
 
+std::optional<std::string_view> nombreEcrit(const Json& nombre) {
+  if (!nombre.is_binary()) return std::nullopt;
+  const auto& octets = nombre.get_binary();
+  if (!octets.has_subtype() || octets.subtype() != marqueEcrit) return std::nullopt;
+  return std::string_view(reinterpret_cast<const char*>(octets.data()), octets.size());
+}
+
+std::optional<double> reel(const Json& nombre) {
+  if (const auto texte = nombreEcrit(nombre)) return Json::parse(*texte, nullptr, false).get<double>();
+  if (!nombre.is_number()) return std::nullopt;
+  return nombre.get<double>();
+}
+
 std::optional<std::int64_t> entierTronque(const Json& nombre) {
+  if (const auto e = ecrit(nombre)) return e->entier;
   if (nombre.is_number_unsigned()) {
     const auto n = nombre.get<std::uint64_t>();
     if (n > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
@@ -292,6 +346,7 @@ std::optional<std::int64_t> entierTronque(const Json& nombre) {
 }
 
 std::optional<std::int64_t> entierExact(const Json& nombre) {
+  if (const auto e = ecrit(nombre)) return e->fraction ? std::nullopt : e->entier;
   const auto n = entierTronque(nombre);
   if (!n || !nombre.is_number_float() || nombre.get<double>() == static_cast<double>(*n)) return n;
   return std::nullopt;
@@ -330,7 +385,7 @@ bool booleen(const Json& objet, std::string_view cle, bool defaut) {
   const Json* v = membre(objet, cle);
   if (!v) return defaut;
   if (v->is_boolean()) return v->get<bool>();
-  if (v->is_number()) return v->get<double>() != 0;
+  if (const auto nombre = reel(*v)) return *nombre != 0;
   if (!v->is_string()) return defaut;
   const std::string mot = Texte::minuscules(Texte::rognerBlancs(v->get_ref<const std::string&>()));
   for (const char* faux : {"false", "non", "no", "0"})

@@ -24,7 +24,8 @@ namespace LectureJSON {
 /// Deepest nesting of arrays and objects that is read.
 inline constexpr std::size_t profondeurMax = 512;
 
-/// The document, or nothing when the text is unreadable. Integers that fit 64 bits keep every digit.
+/// The document, or nothing when the text is unreadable. Integers that fit 64 bits keep every digit; so does a
+/// decimal whose integer part is too long for a double (see `nombreEcrit`).
 std::optional<Json> valeur(std::string_view texte);
 
 /// The document when it is an object; nothing when it is anything else or unreadable.
@@ -86,6 +87,13 @@ std::int64_t entier(const Json& objet, std::string_view cle, std::int64_t defaut
 std::vector<std::string> liste(const Json& objet, std::string_view cle);
 
 }  // namespace Champ
+
+/// A number that no double tells from its neighbours, such as 9007199254740993.5 or -9223372036854775809, as it
+/// is written; nothing for anything else. Such a node is no number to nlohmann-json: the functions here are.
+std::optional<std::string_view> nombreEcrit(const Json& nombre);
+
+/// Any number, as the double nearest to it.
+std::optional<double> reel(const Json& nombre);
 
 /// A number truncated toward zero, nothing when it is not a number or is out of the 64-bit range.
 std::optional<std::int64_t> entierTronque(const Json& nombre);
