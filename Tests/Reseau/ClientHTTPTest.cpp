@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <future>
 
 #include "Reseau/PairTCP.hpp"
@@ -165,6 +167,27 @@ TEST(ClientHTTP, UnAppelEchuContinueSansGenerLeSuivant) {
   EXPECT_FALSE(client.envoyer(poster(pair.url()), {.attente = 150ms, .vie = 10s, .corpsMax = 32 << 20}));
   EXPECT_EQ(demander(client, pair.url()), "2");
   EXPECT_TRUE(livree.get_future().get()) << "the late answer must find its reader";
+}
+
+// A program that returns from its main(), as the bridge does not: the libraries under the exchange are torn
+// down on the way out.
+TEST(ClientHTTPDeathTest, UnAppelEchuNeSurvitPasAOpenSSL) {
+  static std::atomic<bool> fermee = false;
+  const auto sortir = [] {
+    std::atexit([] {  // the first to be set for the end, hence the last to run
+      for (int i = 0; i < 100 && !fermee; ++i) std::this_thread::sleep_for(10ms);
+      std::_Exit(fermee ? 0 : 1);
+    });
+    auto& muet = *new PairTCP({[](Connexion& c) {
+      c.lireRequete();  // until the connection is closed, or nothing comes for two seconds
+      fermee = true;
+    }});
+    ClientHTTP client;
+    client.envoyer(poster("https" + muet.url().substr(4)), {.attente = 150ms, .vie = 10s, .corpsMax = 1});
+    std::exit(0);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(sortir(), testing::ExitedWithCode(0), "");
 }
 
 TEST(ClientHTTP, EnvoieLaRequeteTelleQuelleOuRien) {

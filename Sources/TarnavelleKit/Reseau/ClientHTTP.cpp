@@ -7,9 +7,9 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/http.hpp>
 #include <climits>
-#include <thread>
 #include <utility>
 
+#include "Reseau/BoucleInterne.hpp"
 #include "Reseau/EchangeInterne.hpp"
 
 namespace tarnavelle {
@@ -56,7 +56,7 @@ struct ClientHTTP::Cible {
 };
 
 /// One connection and the exchange under way on it. It owns its event loop, so that an exchange that
-/// its caller no longer waits for can be carried to its end by another thread.
+/// its caller no longer waits for can be carried to its end by a thread of its own.
 class ClientHTTP::Liaison {
  public:
   explicit Liaison(Cible cible) : cible_(std::move(cible)), connexion_(boucle_, cible_.adresse.tls) {}
@@ -77,13 +77,25 @@ class ClientHTTP::Liaison {
     envoyes_ = 0;
     recu_ = false;
     fini_ = false;
+    echeance_ = echeance;
     boucle_.restart();
-    return avancer(echeance, [this] { connectee_ ? ecrire() : ouvrir(); });
+    try {
+      connectee_ ? ecrire() : ouvrir();
+      if (!fini_) boucle_.run_until(echeance);
+    } catch (const std::exception&) {  // memory or descriptors ran out
+      clore(ErreurReseau::autre);
+    }
+    return fini_;
   }
 
-  /// Carries an exchange on that `echanger` left unfinished.
-  bool poursuivre(Horloge::time_point echeance) {
-    return avancer(echeance, [] {});
+  /// Carries an exchange on that `echanger` left unfinished, at most until `fin`.
+  static void poursuivre(std::shared_ptr<Liaison> liaison, Horloge::time_point fin) {
+    asio::io_context& boucle = liaison->boucle_;
+    liaison->vie_.emplace(boucle, fin);
+    liaison->vie_->async_wait([&boucle](Erreur annulee) {
+      if (!annulee) boucle.stop();
+    });
+    lancerBoucle(boucle, std::move(liaison), [&boucle] { boucle.stop(); });
   }
 
   using Cause = decltype(EchecHTTP::cause);
@@ -112,18 +124,6 @@ class ClientHTTP::Liaison {
   }
 
  private:
-  template <class Debut>
-  bool avancer(Horloge::time_point echeance, Debut debut) {
-    echeance_ = echeance;
-    try {
-      debut();
-      if (!fini_) boucle_.run_until(echeance);
-    } catch (const std::exception&) {  // memory or descriptors ran out
-      clore(ErreurReseau::autre);
-    }
-    return fini_;
-  }
-
   /// Ends the exchange without a reply.
   void clore(Cause cause) {
     cause_ = cause;
@@ -135,6 +135,7 @@ class ClientHTTP::Liaison {
     fini_ = true;
     requete_ = {};
     analyseur_.reset();
+    if (vie_) vie_->cancel();
     if (!connectee_) connexion_.fermer();
   }
 
@@ -164,7 +165,7 @@ class ClientHTTP::Liaison {
     });
   }
 
-  /// Reads what comes until the reply is whole, or `echeance_`: the rest is then for who carries it on.
+  /// Reads what comes until the reply is whole. From `echeance_` on, the loop comes back for more.
   void lire() {
     while (true) {
       if (!analyseur_) preparer(analyseur_, corpsMax_);
@@ -180,8 +181,16 @@ class ClientHTTP::Liaison {
         if (statut < 100 || statut >= 200) return terminer();
         analyseur_.reset();  // an interim response precedes the final one
       }
-      if (Horloge::now() >= echeance_) return asio::post(boucle_, [this] { lire(); });
+      if (Horloge::now() >= echeance_) return reprendre(erreur == asio::error::would_block);
     }
+  }
+
+  /// Has the loop read on, once the peer has said something if it is `muet`.
+  void reprendre(bool muet) {
+    if (muet)
+      connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur) { lire(); });
+    else
+      asio::post(boucle_, [this] { lire(); });
   }
 
   /// Until the peer has said something, or `echeance_`. The caller waits here and now: one system call,
@@ -201,6 +210,7 @@ class ClientHTTP::Liaison {
   Cible cible_;
   asio::io_context boucle_{1};
   Connexion connexion_;
+  std::optional<asio::steady_timer> vie_;  // of an exchange that is carried on
   TamponReponse tampon_;
   std::optional<Analyseur> analyseur_;
   std::string requete_;
@@ -257,9 +267,7 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
       echec_ =
           fini ? EchecHTTP{liaison->cause(), !liaison->rienEnvoye()} : EchecHTTP{ErreurReseau::delaiDepasse};
     if (!fini)
-      std::thread([orpheline = std::move(liaison), fin = debut + bornes.vie] {
-        orpheline->poursuivre(fin);
-      }).detach();
+      Liaison::poursuivre(std::move(liaison), debut + bornes.vie);
     else if (liaison->connectee() && sansGarde_ != requete.url)
       gardee_ = std::move(liaison);
     return reponse;

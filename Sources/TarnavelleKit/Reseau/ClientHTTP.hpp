@@ -50,7 +50,8 @@ class ClientHTTP {
 
   /// The reply, or nothing: unusable URL, a header value that holds a control character (nothing is
   /// sent then), no connection, certificate refused, reply malformed, cut or too large, time out.
-  /// A request that times out is not cancelled: it goes on alone until `vie` is over, its reply unread.
+  /// A request that times out is not cancelled: it goes on alone until `vie` is over or the process exits, its
+  /// reply unread.
   std::optional<ReponseHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
 
   /// Why the last call gave nothing; absent when it gave a reply.
