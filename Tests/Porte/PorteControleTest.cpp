@@ -60,6 +60,8 @@ TEST(PorteControle, PorteResolue) {
   for (const auto& [url, jeton, attendue] : cas) EXPECT_TRUE(resoudre(url, jeton) == attendue) << url;
   ecrire(R"({"host":"[::1]","pid":1,"port":5000,"token":""})");
   EXPECT_TRUE(resoudre("", "j") == (PorteResolue{"http://[::1]:5000/action", ""}));
+  ecrire(fichierValide + std::string(64 * 1024, ' '));
+  EXPECT_FALSE(resoudre("", "j")) << "larger than any endpoint";
   for (const char* hote : {"pas un hôte", "", "::1"}) {
     ecrire(EcritureJSON::compacte(EndpointPorte{hote, 1, 5000, "t"}.json()).value());
     EXPECT_FALSE(resoudre("", "j")) << hote;

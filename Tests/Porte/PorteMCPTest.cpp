@@ -10,8 +10,8 @@ namespace tarnavelle {
 namespace {
 
 TEST(PorteMCP, VerbeDUnOutil) {
-  const std::pair<const char*, const char*> cas[] = {{"trv_Spawn-Agent", "pondre_agent"},
-                                                     {" trv_fini", "trv_fini"}};
+  const std::pair<const char*, const char*> cas[] = {
+      {"trv_Spawn-Agent", "pondre_agent"}, {" trv_fini", "trv_fini"}, {"trv_trv_fini", "trv_fini"}};
   for (const auto& [outil, verbe] : cas) EXPECT_EQ(PorteMCP::verbe(outil), verbe);
   for (const char* local : {"trv_guide", "guide"}) EXPECT_TRUE(PorteMCP::estLocal(local)) << local;
   for (const char* autre : {"trv_Guide", " guide"}) EXPECT_FALSE(PorteMCP::estLocal(autre)) << autre;
@@ -28,7 +28,6 @@ TEST(PorteMCP, CorpsDUnAppel) {
       {"bloque", R"({"raison":"r","agent":" \u2028"})", "é\n",
        R"({"action":"bloque","agent":"é","raison":"r"})"},
       {"trv_fini", R"({"agent":""})", " \n", R"({"action":"fini","agent":""})"},
-      {"trv_focus", R"({"cible":"x"})", "merlin", R"({"action":"focus","cible":"x"})"},
       {"trv_x", R"({"action":"fini"})", "merlin", R"({"action":"x"})"},
       {"trv_fini", R"([{"agent":"milan"}])", "merlin", R"({"action":"fini","agent":"merlin"})"},
       {"trv_x", R"("agent")", "merlin", R"({"action":"x"})"},

@@ -74,6 +74,8 @@ std::string dire(const LigneVerbe& ligne) {
   for (Json& valeur : faux)
     if (valeur.is_boolean()) valeur = false;
   for (const auto alias : ligne.alias) t.append("- alias `").append(alias).append("`\n");
+  if (PorteMCP::corpsAppel(outil.nom, {}, "moi").contains("agent"))
+    t += "- sans `agent`, le pont donne celui qui appelle\n";
   t += "\n";
   for (const Json& arguments : std::set<Json>{Json::object(), vrais, faux})
     t += "    " + EcritureJSON::compacte(arguments).value() + " -> " +

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "Porte/GuideAgent.hpp"
 #include "Reseau/PairTCP.hpp"
 
 namespace tarnavelle {
@@ -70,6 +71,13 @@ TEST(Pont, PosteLeVerbeLesArgumentsEtLePorteur) {
   EXPECT_NE(texte.find("\r\nAuthorization: Bearer \r\n"), std::string::npos) << texte;
   EXPECT_NE(texte.find("\r\nContent-Type: application/json\r\n"), std::string::npos) << texte;
   EXPECT_EQ(texte.substr(texte.find("\r\n\r\n") + 4), R"({"action":"fini","agent":"merlin","note":"a/é"})");
+}
+
+TEST(Pont, RendLeGuideSansLaPorte) {
+  Monde monde{{{"TARNAVELLE_NODE_ID", "merlin"}}};
+  const auto guide = GuideAgent::markdown(
+      GuideAgent::Contexte::depuisEnvironnement(monde.table, {.binaireCtl = "", .binaireMCP = "/pont"}));
+  EXPECT_EQ(monde.appeler("trv_guide", {{"cible", "x"}}), "ok " + guide);
 }
 
 TEST(Pont, TrouveUnCockpitReparti) {
