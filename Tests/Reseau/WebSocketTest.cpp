@@ -152,17 +152,20 @@ TEST(WebSocket, LitLaRaisonDUnServeurDejaParti) {
 }
 
 TEST(WebSocket, UnPairQuiNeLitPlusNeFaitPasGrossirLaFile) {
-  const auto journal = std::make_shared<Journal>();
+  const auto journal = std::make_shared<Journal>(), fin = std::make_shared<Journal>();
   auto reglage = vers("clair", "/bavard");
   reglage.adieu = 50ms;
-  auto socket = WebSocket::creer(reglage);
-  socket->demarrer(noterDans(journal));
+  auto socket = WebSocket::creer(reglage), autre = WebSocket::creer(vers("clair", "/renvoie"));
+  auto rappels = noterDans(journal);
+  rappels.surChute = noterDans(fin).surChute;
+  socket->demarrer(rappels);
   journal->attendre(1);
   for (int i = 0; i < 64; ++i) socket->envoyer(std::string(1 << 20, 'x'));
   const auto lignes = journal->attendre(20);
   EXPECT_EQ(std::count(lignes.begin(), lignes.end(), "refus le serveur ne lit plus : envoi refusé"), 1);
   EXPECT_EQ(lignes.back(), "texte encore") << "the session goes on";
-  EXPECT_EQ(journal->attendre(32).back(), "chute le serveur a fermé la connexion") << "its answer cannot leave";
+  autre->demarrer(noterDans(journal));
+  EXPECT_EQ(fin->attendre(1), Lignes{"chute le serveur a fermé la connexion"}) << "its answer cannot leave";
 }
 
 /// The look-up cannot be interrupted; the connection's own thread waits for it, not its owner.

@@ -22,6 +22,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
 from autorite import fabriquer
 
 SON = base64.b64encode(bytes(range(48))).decode()
+conge_donne = asyncio.Event()
 
 
 async def echo(ws):
@@ -67,12 +68,17 @@ async def sourd(ws, octets=""):
 
 
 async def bavard(ws):
-    """Speaks and does not read; takes its leave and does not go."""
+    """Speaks and does not read; once asked to leave, says that it does and stays."""
     ws.transport.pause_reading()
-    for _ in range(30):
+    while not conge_donne.is_set():
         await ws.send("encore")
         await asyncio.sleep(0.02)
     await sourd(ws, "8800")
+
+
+async def renvoie(_):
+    """Asks the talkative ones to leave."""
+    conge_donne.set()
 
 
 async def realtime(ws, modele):
