@@ -9,6 +9,7 @@
 #include "Agents/ConfigurationMCP.hpp"
 #include "Agents/InjectionPorte.hpp"
 #include "Depot.hpp"
+#include "DirePorte.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Programme.hpp"
@@ -23,9 +24,9 @@ using ConfigurationMCP::Demande;
 using ConfigurationMCP::Forme;
 using Genre = ParamVoix::Genre;
 
-int refuser(Session& session, std::string_view message, int statut = Statut::mauvaiseLigne) {
+int refuser(Session& session, std::string_view message) {
   session.erreurs.avertir(message);
-  return statut;
+  return Statut::mauvaiseLigne;
 }
 
 /// The form asked for, the usual one by default; null, once the operator is told, when two are.
@@ -136,13 +137,18 @@ int configurationMCP(Session& session, const Json& arguments) {
   }
   if (!Texte::utf8Valide(*pont)) return refuser(session, "Le chemin du pont n'est pas de l'UTF-8 valide.");
 
-  const auto porte = PorteControle::resoudrePorte(session.environnement);
+  const auto recherche = PorteControle::chercherPorte(session.environnement);
+  const auto& porte = recherche.porte;
   Demande demande{.pont = *pont,
                   .porteHeritee = horsDuFichier(session.environnement, porte),
                   .approbation = *approuve,
                   .lecture = PorteMCP::outilsDeLecture()};
   if (Champ::booleen(arguments, "fige", false)) {
-    if (!porte) return refuser(session, porteIntrouvable, Statut::sansReponse);
+    if (!porte) {
+      for (const std::string& message : DirePorte::introuvable(recherche, session.environnement))
+        session.erreurs.avertir(message);
+      return Statut::sansReponse;
+    }
     demande.variables =
         InjectionPorte::envPipe({.url = std::string(PorteControle::urlBase(porte->url)),
                                  .token = porte->jeton,

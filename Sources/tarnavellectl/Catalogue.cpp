@@ -29,11 +29,9 @@ const std::vector<CommandeLocale>& commandesLocales() {
        {"help"},
        Commandes::aide},
       {{"mcp-config",
-        "Donne la configuration qui branche un agent sur le pont, celle de claude à défaut d'une autre. Elle "
-        "dure : "
-        "ni adresse ni jeton, le pont cherche la porte à chaque appel. La ligne à coller et ce qu'il faut "
-        "savoir "
-        "vont sur la sortie d'erreur.",
+        "Donne de quoi brancher un agent sur le pont, claude par défaut. La configuration dure : ni adresse ni "
+        "jeton, le pont cherche la porte à chaque appel. La ligne à coller et ce qu'il faut savoir vont sur la "
+        "sortie d'erreur.",
         Branchement::parametres()},
        {},
        Branchement::configurationMCP},
@@ -56,8 +54,7 @@ const std::vector<CommandeLocale>& commandesLocales() {
        Commandes::manuel},
       {{"porte",
         "Dit quelle porte serait appelée, pourquoi, et si elle répond. Le jeton n'est jamais montré. La porte "
-        "est "
-        "interrogée par un verbe qui ne change rien.",
+        "est interrogée par un verbe qui ne change rien.",
         {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
        {},
        Commandes::porte},

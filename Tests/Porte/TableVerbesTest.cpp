@@ -59,20 +59,33 @@ std::string dire(const CommandeControle& commande) {
       commande.cas);
 }
 
+std::string dire(std::optional<Designe> designe) {
+  if (!designe) return {};
+  switch (*designe) {
+    case Designe::agent: return " [un agent]";
+    case Designe::chemin: return " [un chemin]";
+    case Designe::cheminOuNom: return " [un chemin ou un nom]";
+    case Designe::machine: return " [une machine]";
+  }
+  return {};
+}
+
 /// A row of the table, and what it does with a call: without arguments, then with all of them. A text says
 /// at which place it is declared, in digits, so that it shows where numbers are read.
 std::string dire(const LigneVerbe& ligne) {
   const OutilVoix& outil = ligne.outil;
-  std::string t = "\n## " + outil.nom + "\n\n" + outil.description + "\n\n";
+  std::string t =
+      "\n## " + outil.nom + "\n\n*" + std::string(ligne.bref) + "*\n\n" + outil.description + "\n\n";
   Json vrais = Json::object();
   for (const ParamVoix& p : outil.parametres) {
     t += "- `" + p.nom + "` (" + std::string(valeurBrute(p.genre)) + (p.requis ? ", requis) : " : ") : ");
-    t += p.description + "\n";
+    t += p.description + dire(ligne.designe(p.nom)) + "\n";
     vrais[p.nom] = p.genre == Genre::booleen ? Json(true) : Json(std::to_string(vrais.size() + 1));
   }
   Json faux = vrais;
   for (Json& valeur : faux)
     if (valeur.is_boolean()) valeur = false;
+  if (ligne.effets.lectureSeule) t += "- ne fait que lire\n";
   for (const auto alias : ligne.alias) t.append("- alias `").append(alias).append("`\n");
   if (PorteMCP::corpsAppel(outil.nom, {}, "moi").contains("agent"))
     t += "- sans `agent`, le pont donne celui qui appelle\n";
