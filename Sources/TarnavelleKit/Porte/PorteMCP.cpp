@@ -37,7 +37,8 @@ std::string ligneEcrite(const Identifiant& id, std::size_t taille, Ecrire ecrire
     return "{}";
   texte += R"(,"jsonrpc":"2.0","result":)";
   if (!ecrire(texte)) return "{}";
-  return texte += '}';
+  texte += '}';
+  return texte;
 }
 
 Json contenuListe() { return {{"tools", outilsExposes()}}; }
