@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Compares the bridge with a server of the same tools on the official TypeScript SDK.
 
-    cmake --preset release && cmake --build --preset release
-    Bancs/comparer.py build/release
+    cmake --preset bancs && cmake --build --preset bancs --target tarnavelle-mcp porte-essai
+    Bancs/comparer.py build/bancs
 
 Everything runs on one core against the trial door; times are medians. The SDK's packages are
 installed on first use. Prints a Markdown table.
@@ -100,7 +100,7 @@ def mesurer(commande, monde, options):
 
 def main():
     analyseur = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
-    analyseur.add_argument("construction", type=Path, help="a release build folder")
+    analyseur.add_argument("construction", type=Path, help="the folder of a release build with the tests")
     analyseur.add_argument("--demarrages", type=int, default=30)
     analyseur.add_argument("--tours", type=int, default=3000)
     options = analyseur.parse_args()
