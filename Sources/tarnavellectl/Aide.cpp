@@ -130,7 +130,8 @@ Page generale(std::optional<std::size_t> colonnes) {
   issues.versPage(page, colonnes);
   titre(page, "Pour aller plus loin");
   for (const std::string_view texte : {"« tarnavellectl aide VERBE » dit tout d'un verbe ou d'une commande.",
-                                       "« tarnavellectl man | man -l - » montre le manuel."})
+                                       "« tarnavellectl man | man -l - » montre le manuel.",
+                                       "Sur un Mac : « tarnavellectl man | mandoc -a »."})
     page.push_back({std::string(retrait, ' ') + std::string(texte)});
   return page;
 }

@@ -44,12 +44,16 @@ const std::vector<CommandeLocale>& commandesLocales() {
        {},
        Commandes::guide},
       {{"completions",
-        "Donne le script de complétion d'un shell : verbes, options, noms. À charger ainsi : « source "
-        "<(tarnavellectl completions bash) », de même pour zsh ; « tarnavellectl completions fish | source ».",
+        "Donne le script de complétion d'un shell : verbes, options, noms. À charger ainsi : « eval "
+        "\"$(tarnavellectl completions bash)\" », de même pour zsh ; « tarnavellectl completions fish | "
+        "source ».",
         {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
        {},
        Commandes::completions},
-      {{"man", "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - ».", {}},
+      {{"man",
+        "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - » ; sur un Mac, "
+        "« tarnavellectl man | mandoc -a ».",
+        {}},
        {},
        Commandes::manuel},
       {{"porte",

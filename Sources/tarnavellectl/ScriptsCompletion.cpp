@@ -7,25 +7,34 @@ namespace {
 
 // In each, the client is the program of the line being typed, run only when a key asks for it.
 
-constexpr std::string_view bash = R"(# tarnavellectl pour bash : source <(tarnavellectl completions bash)
+// In the language of bash 3.2, which a Mac has. It gives "--option=value" as one word where its successors give
+// three, though it too completes no more than the value.
+constexpr std::string_view bash = R"sh(# tarnavellectl pour bash : eval "$(tarnavellectl completions bash)"
 _tarnavellectl() {
-  local programme=${COMP_WORDS[0]/#\~\//"$HOME/"} tape=${COMP_WORDS[COMP_CWORD]} guillemet= mot
+  local programme="${COMP_WORDS[0]}" tape="${COMP_WORDS[COMP_CWORD]}" option= guillemet= mot
+  case $programme in
+    \~/*) programme=$HOME/${programme#\~/} ;;
+  esac
+  if [[ $tape == --*=* && $COMP_WORDBREAKS == *=* ]]; then
+    option=${tape%%=*}= tape=${tape#*=}
+  fi
   case $tape in
     [\"\']*) guillemet=${tape:0:1} tape=${tape:1} ;;
     =) tape= ;;
   esac
   COMPREPLY=()
   while IFS=$'\t' read -r mot _; do
+    mot=${mot#"$option"}
     [[ $mot == "${tape//\\/}"* ]] || continue
     [[ $guillemet ]] || mot=${mot// /\\ }
     COMPREPLY+=("$mot")
   done < <("$programme" completions proposer "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
 }
 complete -o default -F _tarnavellectl tarnavellectl
-)";
+)sh";
 
-constexpr std::string_view zsh = R"(#compdef tarnavellectl
-# tarnavellectl pour zsh : source <(tarnavellectl completions zsh)
+constexpr std::string_view zsh = R"sh(#compdef tarnavellectl
+# tarnavellectl pour zsh : eval "$(tarnavellectl completions zsh)"
 _tarnavellectl() {
   local programme=${words[1]/#\~\//$HOME/} ligne
   local -a candidats
@@ -43,7 +52,7 @@ if [[ ${funcstack[1]} == _tarnavellectl ]]; then
 else
   compdef _tarnavellectl tarnavellectl
 fi
-)";
+)sh";
 
 constexpr std::string_view fish = R"(# tarnavellectl pour fish : tarnavellectl completions fish | source
 function __tarnavellectl_proposer

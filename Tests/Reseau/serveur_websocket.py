@@ -10,13 +10,13 @@ import http
 import json
 import os
 import pathlib
-import socket
 import ssl
 import sys
 import tempfile
 import urllib.parse
 
-import websockets
+from websockets.exceptions import ConnectionClosed
+from websockets.legacy.server import WebSocketServerProtocol, serve
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
 from autorite import fabriquer
@@ -121,7 +121,7 @@ async def realtime(ws, modele):
     await ws.wait_closed()
 
 
-class Connexion(websockets.WebSocketServerProtocol):
+class Connexion(WebSocketServerProtocol):
     """Keeps what it receives; long messages by their length."""
 
     async def recv(self):
@@ -132,8 +132,19 @@ class Connexion(websockets.WebSocketServerProtocol):
     async def process_request(self, chemin, _):
         if chemin.startswith("/refus/"):
             return http.HTTPStatus(int(chemin[7:10])), [], b'{"error":"Incorrect API key provided: cle-secrete."}'
-        if chemin == "/grand/6000":  # the answer leaves with the first message
-            self.transport.get_extra_info("socket").setsockopt(socket.IPPROTO_TCP, socket.TCP_CORK, 1)
+        if chemin == "/grand/6000":
+            self.transport.write = self.ensemble
+
+    def ensemble(self, reponse):
+        """Has the handshake's answer leave with the first message."""
+        del self.transport.write
+        ecrire = self.transport.write
+
+        def suivre(message):
+            self.transport.write = ecrire
+            ecrire(reponse + message)
+
+        self.transport.write = suivre
 
 
 async def servir(ws, _):
@@ -143,7 +154,7 @@ async def servir(ws, _):
         nom, mots = "realtime", urllib.parse.parse_qs(url.query)["model"]
     try:
         await globals()[nom](ws, *mots)
-    except websockets.ConnectionClosed:
+    except ConnectionClosed:
         pass
     finally:
         if url.query and not url.query.endswith("-reste"):
@@ -161,7 +172,7 @@ async def main(dossier):
         contexte = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         if certificat:
             contexte.load_cert_chain(dossier / f"{certificat}.pem", dossier / f"{certificat}.key")
-        serveur = await websockets.serve(
+        serveur = await serve(
             servir, "127.0.0.1", 0, ssl=contexte if certificat else None, max_size=1 << 26, close_timeout=2,
             create_protocol=Connexion, ping_interval=None, compression=None,
             extra_headers={"Set-Cookie": "c" * 4000})

@@ -19,13 +19,17 @@ import sys
 import tempfile
 import threading
 import time
-import tomllib
+
+try:
+    import tomllib
+except ImportError:  # before Python 3.11
+    tomllib = None
 
 CLIENT, PONT, ESSAI = map(os.path.abspath, sys.argv[1:4])
-MAISON = pathlib.Path(tempfile.mkdtemp(prefix="tarnavelle-"))
+MAISON = pathlib.Path(tempfile.mkdtemp(prefix="tarnavelle-")).resolve()
 atexit.register(shutil.rmtree, MAISON, ignore_errors=True)
-MONDE = {"HOME": str(MAISON), "PATH": os.path.dirname(CLIENT) + ":" + os.environ["PATH"], "LC_ALL": "C.UTF-8",
-         "TERM": "screen-256color"}
+MONDE = {"HOME": str(MAISON), "PATH": os.path.dirname(CLIENT) + ":" + os.environ["PATH"],
+         "LC_ALL": "en_US.UTF-8" if sys.platform == "darwin" else "C.UTF-8", "TERM": "screen-256color"}
 PNG = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\xff"
 HOSTILE = "\x1b]0;pris\a\x1b[2J\x9b31m\x7f\u202e\rfin"
 
@@ -131,8 +135,8 @@ def sur_un_tube(porte):
     porte.reponse, porte.statut = {"ok": True, "data": {"p": base64.b64encode(PNG).decode()}}, 200
     egal(lancer("capture", "--inline", "--chemin", "p.png", monde=porte.monde), (0, f"{MAISON}/p.png\n".encode(), ""))
     egal((MAISON / "p.png").read_bytes(), PNG)
-    with open("/dev/full", "wb") as plein:
-        fait = subprocess.run([CLIENT, "etat"], env=porte.monde, stdout=plein, stderr=subprocess.PIPE, timeout=60)
+    with open(os.devnull, "rb") as refuse:
+        fait = subprocess.run([CLIENT, "etat"], env=porte.monde, stdout=refuse, stderr=subprocess.PIPE, timeout=60)
     egal((fait.returncode, fait.stderr.decode()), (3, "tarnavellectl : Impossible d'écrire sur la sortie.\n"))
     # A closed stream does not become the door's connection.
     fait = subprocess.run(["sh", "-c", "tarnavellectl etat >&- 2>&-"], env=porte.monde, timeout=60)
@@ -236,6 +240,10 @@ with open({str(MAISON / "recus")!r}, "a") as recus:
             ("claude", {}, {}, None, [None, "mcp__tarnavelle"]), ("serveur", {}, {}, None, [None, "mcp__tarnavelle"]),
             ("codex", {agent: ...}, dict.fromkeys([adresse, jeton, agent], ...), None, ["approve"]),
             ("gemini", renvoi, renvoi, None, [True]), ("opencode", {}, {}, "ask", ["allow"])):
+        if forme == "codex" and not tomllib:
+            print("tomllib manque (Python 3.11) : les mots de codex ne sont pas relus.")
+            continue
+
         def configurer(*options, monde=monde):
             code, texte, dit = lancer("mcp-config", "--" + forme, *options, monde=monde)
             egal(code, 0, forme, options, dit)
@@ -422,8 +430,8 @@ def completions(porte):
     agents = ["Merlin", "Grand Duc", "Épervier", "$(touch mechant)", "a\x1b[2J", "-x"]
     porte.reponse = {"ok": True, "data": {"agents": [{"nom": nom} for nom in agents], "crew": ["Forge"]}}
     for programme, charger in (
-            (["bash", "--norc"], "source <(tarnavellectl completions bash)"),
-            (["zsh", "-f"], "autoload -U compinit; compinit -u; source <(tarnavellectl completions zsh)"),
+            (["bash", "--norc"], 'eval "$(tarnavellectl completions bash)"'),
+            (["zsh", "-f"], 'autoload -U compinit; compinit -u; eval "$(tarnavellectl completions zsh)"'),
             (["fish", "--no-config"], "tarnavellectl completions fish | source")):
         with Terminal(*programme, monde=porte.monde, colonnes=120) as t:
             t.taper("-l", charger + "; clear; echo pr''et")
@@ -441,14 +449,21 @@ def completions(porte):
             t.taper("Tab", "Tab")
             liste = t.attendre("Merlin")
             assert not re.search(r"mechant|\\u001b|Forge", liste), liste
+    for mot, complete in (("--agent=Gr", "Grand\\ Duc"), ("--agent='Gr", "Grand Duc")):  # whole words, as bash 3 has them
+        ligne = 'eval "$(tarnavellectl completions bash)"; COMP_WORDS=(tarnavellectl lire "$1") COMP_CWORD=2 COMP_WORDBREAKS=='
+        fait = subprocess.run(["bash", "-c", ligne + '; _tarnavellectl; echo "${COMPREPLY[*]}"', "bash", mot], env=porte.monde,
+                              capture_output=True, encoding="utf-8", timeout=60)
+        egal((fait.stdout, fait.stderr), (complete + "\n", ""), mot)
     assert not (MAISON / "mechant").exists()
 
 
 def manuel():
     page = MAISON / "tarnavellectl.1"
     page.write_bytes(lancer("man")[1])
-    lu = subprocess.run(["man", "--warnings", "-P", "cat", "-l", page], env=MONDE | {"MANWIDTH": "100"},
-                        capture_output=True, timeout=60, encoding="utf-8")
+    lecteur = ["man", "--warnings", "-P", "cat", "-l"]
+    if b"--warnings" not in subprocess.run(["man", "--help"], env=MONDE, capture_output=True).stdout:
+        lecteur = ["mandoc", "-T", "utf8", "-W", "error"]
+    lu = subprocess.run([*lecteur, page], env=MONDE | {"MANWIDTH": "100"}, capture_output=True, timeout=60, encoding="utf-8")
     egal((lu.returncode, lu.stderr), (0, ""))
     texte = re.sub(".\b", "", lu.stdout)
     for attendu in ("tarnavellectl - les verbes du cockpit", "--depuis-prompt", "screenshot, window_screenshot", "\\u001b",

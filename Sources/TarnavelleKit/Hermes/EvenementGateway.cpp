@@ -39,7 +39,8 @@ std::optional<std::string> cheminDArguments(const Json& objet, Cles cles) {
   for (const auto cle : cles) {
     const Json* arguments = membreDe(objet, cle, Json::value_t::object);
     std::optional<Json> lus;
-    if (const std::string* texte = Champ::chaine(objet, cle)) lus = LectureIndulgente::objet(*texte, {clesLues});
+    if (const std::string* texte = Champ::chaine(objet, cle))
+      lus = LectureIndulgente::objet(*texte, {clesLues});
     if (lus) arguments = &*lus;
     if (!arguments) continue;
     const std::string* chemin = premierTexte(*arguments, clesChemin);
