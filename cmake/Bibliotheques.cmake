@@ -13,6 +13,23 @@ find_package(Boost 1.81 REQUIRED COMPONENTS url)
 find_package(OpenSSL 3 REQUIRED)
 find_package(utf8proc REQUIRED)
 
+# Debian 13's archive of OpenSSL calls two libraries, of which FindOpenSSL hears by pkg-config only, and as shared ones.
+set(TARNAVELLE_OPENSSL_ARCHIVES)
+if(OPENSSL_CRYPTO_LIBRARY MATCHES "[.]a$")
+  file(STRINGS ${OPENSSL_CRYPTO_LIBRARY} appels REGEX "^ZSTD_" LIMIT_COUNT 1)
+  if(appels)
+    find_library(TARNAVELLE_ZSTD libzstd.a REQUIRED)
+    find_library(TARNAVELLE_ZLIB libz.a REQUIRED)
+    set(TARNAVELLE_OPENSSL_ARCHIVES ${TARNAVELLE_ZSTD} ${TARNAVELLE_ZLIB})
+    foreach(cible SSL Crypto)
+      get_target_property(liens OpenSSL::${cible} INTERFACE_LINK_LIBRARIES)
+      list(REMOVE_ITEM liens ZLIB::ZLIB zstd)
+      set_target_properties(OpenSSL::${cible} PROPERTIES INTERFACE_LINK_LIBRARIES "${liens}")
+    endforeach()
+    target_link_libraries(OpenSSL::Crypto INTERFACE ${TARNAVELLE_OPENSSL_ARCHIVES})
+  endif()
+endif()
+
 # Executables that start many times a day also carry their C++ runtime.
 function(tarnavelle_lier_statiquement cible)
   if(TARNAVELLE_STATIQUE AND NOT TARNAVELLE_SANITIZERS)

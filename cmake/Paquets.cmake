@@ -15,7 +15,8 @@ if(TARNAVELLE_SHLIBDEPS)
   # names of nlohmann's types carry its version.
   get_target_property(url Boost::url LOCATION)
   execute_process(
-    COMMAND dpkg-query --search ${OPENSSL_INCLUDE_DIR}/openssl/ssl.h ${url} ${utf8proc_LIBRARY} ${nlohmann_json_CONFIG}
+    COMMAND dpkg-query --search ${OPENSSL_INCLUDE_DIR}/openssl/ssl.h ${TARNAVELLE_OPENSSL_ARCHIVES} ${url} ${utf8proc_LIBRARY}
+      ${nlohmann_json_CONFIG}
     OUTPUT_VARIABLE proprietaires ERROR_QUIET)
   string(REGEX MATCHALL "[^\n]+\n" proprietaires "${proprietaires}")
   list(TRANSFORM proprietaires REPLACE ":.*" "")

@@ -462,7 +462,7 @@ def manuel():
     page.write_bytes(lancer("man")[1])
     lecteur = ["man", "--warnings", "-P", "cat", "-l"]
     if b"--warnings" not in subprocess.run(["man", "--help"], env=MONDE, capture_output=True).stdout:
-        lecteur = ["mandoc", "-T", "utf8", "-W", "error"]
+        lecteur = ["mandoc", "-T", "utf8", "-O", "width=100", "-W", "error"]
     lu = subprocess.run([*lecteur, page], env=MONDE | {"MANWIDTH": "100"}, capture_output=True, timeout=60, encoding="utf-8")
     egal((lu.returncode, lu.stderr), (0, ""))
     texte = re.sub(".\b", "", lu.stdout)
