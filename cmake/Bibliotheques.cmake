@@ -9,7 +9,7 @@ if(TARNAVELLE_STATIQUE)
   set(OPENSSL_USE_STATIC_LIBS TRUE)
   set(utf8proc_USE_STATIC_LIBS TRUE)
 endif()
-find_package(Boost 1.81 REQUIRED COMPONENTS url)
+find_package(Boost 1.81 REQUIRED CONFIG COMPONENTS url)
 find_package(OpenSSL 3 REQUIRED)
 find_package(utf8proc REQUIRED)
 
@@ -32,7 +32,8 @@ endif()
 
 # Executables that start many times a day also carry their C++ runtime.
 function(tarnavelle_lier_statiquement cible)
-  if(TARNAVELLE_STATIQUE AND NOT TARNAVELLE_SANITIZERS)
+  # macOS has its runtime in the system, and refuses these.
+  if(TARNAVELLE_STATIQUE AND NOT TARNAVELLE_SANITIZERS AND NOT APPLE)
     target_link_options(${cible} PRIVATE -static-libstdc++ -static-libgcc)
   endif()
 endfunction()

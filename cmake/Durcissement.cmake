@@ -13,7 +13,11 @@ if(TARNAVELLE_SANITIZERS)
 endif()
 
 set(durcissement -fstack-protector-strong -Wformat -Werror=format-security)
-foreach(drapeau -fstack-clash-protection -fcf-protection=full -mbranch-protection=standard)
+set(drapeaux -fstack-clash-protection -fcf-protection=full)
+if(NOT APPLE)  # which signs addresses for programs of another architecture alone
+  list(APPEND drapeaux -mbranch-protection=standard)
+endif()
+foreach(drapeau IN LISTS drapeaux)
   string(MAKE_C_IDENTIFIER "TARNAVELLE${drapeau}" connu)
   check_cxx_compiler_flag("-Werror ${drapeau}" ${connu})
   if(${connu})

@@ -19,15 +19,20 @@ namespace http = boost::beast::http;
 using namespace interne;
 using Horloge = std::chrono::steady_clock;
 
+using Morceau = boost::beast::string_view;
+
+/// Newer versions of the parser tell trailers apart, and ask for this. Older ones have nothing to override.
+class SansRemorque : public http::basic_parser<false> {
+  virtual void on_trailer_field_impl(http::field, Morceau, Morceau, Erreur&) {}
+};
+
 /// Keeps of an answer its status and its body. The parser itself heeds the header fields that frame the body;
 /// nobody reads the others.
-class Analyseur : public http::basic_parser<false> {
+class Analyseur : public SansRemorque {
  public:
   ReponseHTTP reponse;
 
  private:
-  using Morceau = boost::beast::string_view;
-
   std::size_t ajouter(Morceau morceau) {
     reponse.corps.append(morceau.data(), morceau.size());
     return morceau.size();

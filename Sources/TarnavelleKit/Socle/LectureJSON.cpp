@@ -14,7 +14,7 @@
 namespace tarnavelle {
 namespace {
 
-using Erreur = boost::json::error_code;
+using Erreur = boost::system::error_code;
 using Morceau = boost::json::string_view;
 
 /// What every handler of the parser must declare; the limits are on sizes, which the input bounds.

@@ -8,7 +8,8 @@
 namespace tarnavelle {
 namespace {
 
-std::string_view vue(boost::urls::string_view texte) { return {texte.data(), texte.size()}; }
+/// The parser has several types for a piece of text, and newer versions other names for them.
+std::string_view vue(const auto& texte) { return {texte.data(), texte.size()}; }
 
 /// Where the host of an absolute or network-path reference begins.
 std::size_t debutDHote(std::string_view texte) {
