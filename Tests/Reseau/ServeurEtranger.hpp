@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 
 #include "Reseau/Restes.hpp"
@@ -23,9 +24,10 @@ class ServeurEtranger {
     return serveur;
   }
 
-  /// The authorities that clients of this process trust.
-  void approuver(bool notre) const {
-    ::setenv("SSL_CERT_FILE", notre ? accueil_.at("autorite").get<std::string>().c_str() : "/nulle/part", 1);
+  /// The authorities that clients of this process trust: a file beside the one that signed.
+  void approuver(const std::string& fichier = "ca.pem") const {
+    const std::filesystem::path notre = accueil_.at("autorite").get<std::string>();
+    ::setenv("SSL_CERT_FILE", notre.parent_path().append(fichier).c_str(), 1);
   }
 
   /// Where the server of that name ("clair", "tls", …) carries out a scenario.
@@ -43,7 +45,7 @@ class ServeurEtranger {
   }
 
  private:
-  ServeurEtranger() { approuver(true); }
+  ServeurEtranger() { approuver(); }
   ~ServeurEtranger() {
     ::kill(accueil_.value("pid", 0), SIGTERM);
     ::pclose(sortie_);

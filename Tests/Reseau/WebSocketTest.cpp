@@ -62,7 +62,7 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
     const char* nom;
     ReglageWebSocket reglage;
     Lignes attendues;
-    bool approuver = true;
+    const char* autorites = "ca.pem";
   } cas[] = {
       {"fragments, binary; by address", adresse, {"texte morcelé", "texte café", "texte fin"}},
       {"first message with the answer", vers("clair", "/grand/6000"), {"texte 6000"}},
@@ -76,7 +76,12 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
       {"refused in words that never end", sansFin, {"400 " + coupe, refus + "400) : " + coupe}},
       {"another host's", vers("ailleurs", "/"), {certificat + "n'est pas digne de confiance"}},
       {"expired", vers("perime", "/"), {certificat + "est périmé"}},
-      {"unknown authority", vers("tls", "/"), {certificat + "vient d'une autorité inconnue"}, false},
+      {"unknown authority", vers("tls", "/"), {certificat + "vient d'une autorité inconnue"}, "perime.pem"},
+      {"no authority",
+       vers("tls", "/"),
+       {"chute les autorités de certification de cette machine sont illisibles : SSL_CERT_FILE en nomme le "
+        "fichier"},
+       "absente.pem"},
       {"TLS asked of a plain server", sansTLS, {"chute la liaison chiffrée a échoué"}},
       {"not HTTP", sansHTTP, {"chute le serveur ne parle pas WebSocket"}},
       {"nobody there", ferme, {"chute le serveur n'accepte pas la connexion"}},
@@ -90,7 +95,7 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
   const auto fils = essai::compter("task");
   for (const auto& c : cas) {
     SCOPED_TRACE(c.nom);
-    serveur.approuver(c.approuver);
+    serveur.approuver(c.autorites);
     const auto journal = std::make_shared<Journal>();
     auto socket = WebSocket::creer(c.reglage);
     ASSERT_TRUE(socket);
@@ -100,7 +105,7 @@ TEST(WebSocket, DitCeQuiArriveEtPourquoiCaFinit) {
     EXPECT_LE(essai::retomber("task", fils), fils);
     EXPECT_EQ(journal->attendre(0), c.attendues) << "nothing comes after the end";
   }
-  serveur.approuver(true);
+  serveur.approuver();
 }
 
 /// The same connection, as the streams use it.

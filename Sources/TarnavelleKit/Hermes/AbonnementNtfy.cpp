@@ -87,7 +87,8 @@ std::string_view phrase(ErreurReseau code) {
     case ErreurReseau::certificatNonFiable:
     case ErreurReseau::certificatPerime:
     case ErreurReseau::certificatPasEncoreValide:
-    case ErreurReseau::racineInconnue: return "la liaison chiffrée a échoué";
+    case ErreurReseau::racineInconnue:
+    case ErreurReseau::autoritesIllisibles: return "la liaison chiffrée a échoué";
     case ErreurReseau::annulee: return "l'écoute a été interrompue";
     case ErreurReseau::autre: break;
   }

@@ -2,6 +2,9 @@
 #include <boost/asio/ssl/error.hpp>
 #include <boost/beast/core/error.hpp>
 #include <boost/beast/http/error.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
 
 #include "Reseau/ConnexionInterne.hpp"
 #include "Socle/Texte.hpp"
@@ -28,7 +31,7 @@ ErreurReseau classerConnexion(const Erreur& erreur) {
   return ErreurReseau::connexionImpossible;
 }
 
-ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
+ErreurReseau classerNegociation(const Erreur& erreur, long verification, bool autoritesLues) {
   switch (verification) {
     case X509_V_OK: break;
     case X509_V_ERR_CERT_HAS_EXPIRED:
@@ -39,11 +42,42 @@ ErreurReseau classerNegociation(const Erreur& erreur, long verification) {
     case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
-    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE: return ErreurReseau::racineInconnue;
+    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
+      return autoritesLues ? ErreurReseau::racineInconnue : ErreurReseau::autoritesIllisibles;
     default: return ErreurReseau::certificatNonFiable;
   }
   if (parmi(erreur, {asio::error::connection_reset, asio::error::timed_out})) return classer(erreur);
   return ErreurReseau::tlsEchoue;
+}
+
+/// Whether one of these folders, separated by colons, holds anything.
+bool unDossierGarni(std::string_view dossiers) {
+  while (true) {
+    const auto fin = dossiers.find(':');
+    std::error_code erreur;
+    const std::filesystem::directory_iterator dossier(dossiers.substr(0, fin), erreur);
+    if (!erreur && dossier != std::filesystem::directory_iterator()) return true;
+    if (fin == std::string_view::npos) return false;
+    dossiers.remove_prefix(fin + 1);
+  }
+}
+
+/// Where systems keep their authorities, for an OpenSSL that was built for another place.
+constexpr const char* magasins[] = {"/etc/ssl/cert.pem", "/etc/ssl/certs/ca-certificates.crt",
+                                    "/etc/pki/tls/certs/ca-bundle.crt", "/etc/ssl/ca-bundle.pem"};
+
+/// Whether authorities were read: those the environment names, OpenSSL's own, or else the system's.
+bool lireAutorites(SSL_CTX* contexte) {
+  const char* fichier = std::getenv(X509_get_default_cert_file_env());
+  const char* dossiers = std::getenv(X509_get_default_cert_dir_env());
+  bool lues = SSL_CTX_load_verify_file(contexte, fichier ? fichier : X509_get_default_cert_file()) == 1;
+  const char* consultes = dossiers ? dossiers : X509_get_default_cert_dir();
+  SSL_CTX_load_verify_dir(contexte, consultes);
+  if (!fichier) lues = lues || unDossierGarni(consultes);
+  if (!fichier && !dossiers)
+    for (const char* magasin : magasins) lues = lues || SSL_CTX_load_verify_file(contexte, magasin) == 1;
+  ERR_clear_error();
+  return lues;
 }
 
 }  // namespace
@@ -67,6 +101,7 @@ ErreurReseau classer(const Erreur& erreur) {
   namespace beast = boost::beast;
   if (parmi(erreur, {asio::error::eof, asio::error::connection_reset, asio::error::connection_aborted,
                      asio::error::broken_pipe, asio::error::not_connected, asio::ssl::error::stream_truncated,
+                     Erreur(EPROTOTYPE, asio::error::get_system_category()),  // macOS, of a socket being closed
                      beast::http::error::end_of_stream, beast::http::error::partial_message}))
     return ErreurReseau::connexionPerdue;
   if (parmi(erreur, {asio::error::network_unreachable, asio::error::network_down, asio::error::network_reset,
@@ -81,8 +116,8 @@ ErreurReseau classer(const Erreur& erreur) {
 Connexion::Connexion(asio::io_context& boucle, bool tls) : boucle_(boucle), clair_(boucle) {
   if (!tls) return;
   contexte_.emplace(asio::ssl::context::tls_client);
-  Erreur ignoree;  // without the system's store no certificate verifies, which is the safe outcome
-  contexte_->set_default_verify_paths(ignoree);
+  autoritesLues_ = lireAutorites(contexte_->native_handle());
+  Erreur ignoree;
   contexte_->set_verify_mode(asio::ssl::verify_peer, ignoree);
   chiffre_.emplace(boucle, *contexte_);
 }
@@ -132,8 +167,8 @@ void Connexion::negocier() {
   if (!SSL_set1_host(ssl, hote_.c_str())) return conclure(ErreurReseau::tlsEchoue);
   chiffre_->async_handshake(asio::ssl::stream_base::client, [this](Erreur erreur) {
     if (!fini_) return;
-    if (erreur) return conclure(classerNegociation(erreur, SSL_get_verify_result(chiffre_->native_handle())));
-    conclure(std::nullopt);
+    if (!erreur) return conclure(std::nullopt);
+    conclure(classerNegociation(erreur, SSL_get_verify_result(chiffre_->native_handle()), autoritesLues_));
   });
 }
 

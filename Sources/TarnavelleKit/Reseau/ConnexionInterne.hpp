@@ -55,7 +55,8 @@ class Connexion {
   using executor_type = asio::io_context::executor_type;
   using next_layer_type = tcp::socket;
 
-  /// With TLS, the system's store of authorities is loaded here, SSL_CERT_FILE and SSL_CERT_DIR heeded.
+  /// With TLS, the system's store of authorities is loaded here, SSL_CERT_FILE and SSL_CERT_DIR heeded. Without
+  /// one no certificate verifies.
   Connexion(asio::io_context& boucle, bool tls);
 
   /// Once per connection. `fini` is called once, from the loop, `delai` after the call at the latest.
@@ -122,6 +123,7 @@ class Connexion {
   std::optional<asio::ssl::context> contexte_;
   tcp::socket clair_;
   std::optional<Chiffre> chiffre_;
+  bool autoritesLues_ = false;
   std::string hote_;
   Fini fini_;
 };

@@ -15,6 +15,9 @@ std::string_view description(ErreurReseau erreur) {
     case ErreurReseau::certificatPerime: return "le certificat du serveur est périmé";
     case ErreurReseau::certificatPasEncoreValide: return "le certificat du serveur n'est pas encore valide";
     case ErreurReseau::racineInconnue: return "le certificat du serveur vient d'une autorité inconnue";
+    case ErreurReseau::autoritesIllisibles:
+      return "les autorités de certification de cette machine sont illisibles : SSL_CERT_FILE en nomme le "
+             "fichier";
     case ErreurReseau::annulee: return "la connexion a été annulée";
     case ErreurReseau::autre: break;
   }

@@ -18,8 +18,9 @@ enum class ErreurReseau {
   certificatNonFiable,  ///< of another host, revoked, malformed or of no use for this
   certificatPerime,     ///< its dates are over or unreadable
   certificatPasEncoreValide,
-  racineInconnue,  ///< signed by an authority that the system does not know
-  annulee,         ///< by us
+  racineInconnue,       ///< signed by an authority that the system does not know
+  autoritesIllisibles,  ///< the same, of a system whose authorities cannot be read
+  annulee,              ///< by us
   autre,
 };
 
