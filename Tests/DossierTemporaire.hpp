@@ -13,7 +13,8 @@ namespace tarnavelle {
 class DossierTemporaire {
  public:
   DossierTemporaire() {
-    std::string modele = (std::filesystem::temp_directory_path() / "tarnavelle-XXXXXX").string();
+    const auto parent = std::filesystem::canonical(std::filesystem::temp_directory_path());  // a link on macOS
+    std::string modele = (parent / "tarnavelle-XXXXXX").string();
     if (!::mkdtemp(modele.data())) std::abort();
     chemin_ = modele;
   }

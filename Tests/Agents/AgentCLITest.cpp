@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <span>
 #include <string>
-#include <thread>
+#include <vector>
 
 namespace tarnavelle {
 namespace {
@@ -116,15 +117,15 @@ TEST(CacheDisponibiliteCLI, SertDePlusieursFils) {
   std::atomic<int> faux = 0;
   CacheDisponibiliteCLI cache([](const AgentCLI& cli) { return cli.id == "grok"; },
                               [&] { return CacheDisponibiliteCLI::Instant(++tics * 50ms); });
-  std::vector<std::jthread> fils;
+  std::vector<std::future<void>> fils;
   while (fils.size() < 8)
-    fils.emplace_back([&] {
+    fils.push_back(std::async(std::launch::async, [&] {
       for (int tour = 0; tour < 2000; ++tour)
         for (const AgentCLI& cli : AgentCLI::tous()) {
           if (cache.valeur(cli) != (cli.id == "grok")) ++faux;
           if (tour % 50 == 0) cache.oublier(cli);
         }
-    });
+    }));
   fils.clear();
   EXPECT_EQ(faux, 0);
 }

@@ -22,6 +22,12 @@ namespace {
 using E = EvenementVol;
 using Mots = std::vector<std::string>;
 
+#if defined(__APPLE__)
+constexpr auto localeUTF8 = "en_US.UTF-8";
+#else
+constexpr auto localeUTF8 = "C.UTF-8";
+#endif
+
 template <class Condition>
 bool attendre(Condition vraie) {
   const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(60);
@@ -98,7 +104,7 @@ class VoliereReelle : public testing::TestWithParam<essai::Interprete> {
   const Environnement ailleurs = {{"HOME", maison.chemin().string()},
                                   {"PATH", (maison.chemin() / "bin").string() + ":" + ::getenv("PATH")},
                                   {"TMUX_TMPDIR", maison.chemin().string()},
-                                  {"LC_ALL", "C.UTF-8"},
+                                  {"LC_ALL", localeUTF8},
                                   {"SHELL", "/bin/sh"}};
 };
 

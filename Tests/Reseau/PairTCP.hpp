@@ -3,6 +3,7 @@
 #pragma once
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -56,10 +57,13 @@ class Connexion {
     return true;
   }
 
-  /// Ends it with a reset.
+  /// Ends it with a reset. Its number stays taken.
   void couperNet() {
-    const sockaddr personne{.sa_family = AF_UNSPEC, .sa_data = {}};
-    ::connect(fd_, &personne, sizeof personne);
+    const linger sansAdieu{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(fd_, SOL_SOCKET, SO_LINGER, &sansAdieu, sizeof sansAdieu);
+    const int rien = ::open("/dev/null", O_RDWR);
+    ::dup2(rien, fd_);
+    ::close(rien);
   }
 
   /// Waits for the client's end of the connection.
@@ -88,20 +92,21 @@ class PairTCP {
   /// The n-th connection runs the n-th script in a thread of its own; later ones run the last script.
   explicit PairTCP(std::vector<Script> scripts) : scripts_(std::move(scripts)) {
     ecoute_ = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in adresse{};
-    adresse.sin_family = AF_INET;
-    adresse.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(ecoute_, reinterpret_cast<sockaddr*>(&adresse), sizeof adresse);
+    adresse_.sin_family = AF_INET;
+    adresse_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(ecoute_, reinterpret_cast<sockaddr*>(&adresse_), sizeof adresse_);
     ::listen(ecoute_, 16);
-    socklen_t taille = sizeof adresse;
-    ::getsockname(ecoute_, reinterpret_cast<sockaddr*>(&adresse), &taille);
-    port_ = ntohs(adresse.sin_port);
+    socklen_t taille = sizeof adresse_;
+    ::getsockname(ecoute_, reinterpret_cast<sockaddr*>(&adresse_), &taille);
     accueil_ = std::thread([this] { accueillir(); });
   }
 
   ~PairTCP() {
-    ::shutdown(ecoute_, SHUT_RDWR);
+    fini_ = true;
+    const int derniere = ::socket(AF_INET, SOCK_STREAM, 0);  // not every system lets shutdown() wake accept()
+    ::connect(derniere, reinterpret_cast<const sockaddr*>(&adresse_), sizeof adresse_);
     accueil_.join();
+    ::close(derniere);
     for (const int fd : ouvertes_) ::shutdown(fd, SHUT_RD);  // a script that still reads sees the end
     for (auto& fil : fils_) fil.join();
     for (const int fd : ouvertes_) ::close(fd);
@@ -110,8 +115,8 @@ class PairTCP {
   PairTCP(const PairTCP&) = delete;
   PairTCP& operator=(const PairTCP&) = delete;
 
-  int port() const { return port_; }
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/action"; }
+  int port() const { return ntohs(adresse_.sin_port); }
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(port()) + "/action"; }
   int connexions() const { return connexions_; }
 
  private:
@@ -119,6 +124,10 @@ class PairTCP {
     while (true) {
       const int fd = ::accept(ecoute_, nullptr, nullptr);
       if (fd < 0) return;
+      if (fini_) {
+        ::close(fd);
+        return;
+      }
       const auto rang = static_cast<std::size_t>(connexions_++);
       const auto& script = scripts_[std::min(rang, scripts_.size() - 1)];
       ouvertes_.push_back(fd);
@@ -132,7 +141,8 @@ class PairTCP {
 
   std::vector<Script> scripts_;
   int ecoute_ = -1;
-  int port_ = 0;
+  sockaddr_in adresse_{};
+  std::atomic<bool> fini_ = false;
   std::atomic<int> connexions_ = 0;
   std::thread accueil_;
   std::vector<std::thread> fils_;

@@ -56,9 +56,9 @@ TEST(Date, DepuisSecondes) {
 TEST(Calendrier, JourLocal) {
   const auto minuit = sys_days(2026y / March / 9);
   const std::tuple<system_clock::time_point, seconds, const char*> cas[] = {
-      {minuit - 1ns, 0s, "2026-03-08"},
-      {minuit - 1ns, 1s, "2026-03-09"},
-      {minuit + 5h - 1ns, -5h, "2026-03-08"},
+      {minuit - 1us, 0s, "2026-03-08"},
+      {minuit - 1us, 1s, "2026-03-09"},
+      {minuit + 5h - 1us, -5h, "2026-03-08"},
       {sys_days(1969y / December / 31), 14h, "1969-12-31"}};
   for (const auto& [date, avance, attendu] : cas)
     EXPECT_EQ(Calendrier{[a = avance](sys_seconds) { return a; }}.jour(date), attendu) << avance.count();
