@@ -160,9 +160,9 @@ TEST(FluxHTTP, SArreteAToutMoment) {
       std::string issue;
       {
         FluxHTTP flux;
-        std::thread fil([&, &requete = requete] {
-          if (requete.url.empty()) flux.pauser(10s);
-          issue = suivre(flux, requete);
+        std::thread fil([&, &demande = requete] {
+          if (demande.url.empty()) flux.pauser(10s);
+          issue = suivre(flux, demande);
         });
         std::this_thread::sleep_for(100ms);  // to reach that moment
         arret = Horloge::now();

@@ -34,7 +34,7 @@ std::optional<URL> lireComme(std::string_view lisible, std::string_view texte) {
   const auto chemin = lue->encoded_path();
   if (!chemin.empty() && !chemin.starts_with('/')) return std::nullopt;
   const auto port = vue(lue->port());
-  const auto partie = [&](boost::urls::string_view p) {
+  const auto partie = [&](auto p) {
     return p.empty() ? std::string_view()
                      : texte.substr(static_cast<std::size_t>(p.data() - lisible.data()), p.size());
   };
