@@ -8,12 +8,14 @@
 
 #include "Agents/ConfigurationMCP.hpp"
 #include "Agents/InjectionPorte.hpp"
+#include "Chemins.hpp"
 #include "Depot.hpp"
 #include "DirePorte.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Programme.hpp"
 #include "Socle/Colonnes.hpp"
+#include "Socle/Fichiers.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Branchement {
@@ -44,11 +46,31 @@ const Forme* formeVoulue(Session& session, const Json& arguments) {
   return voulue ? voulue : &ConfigurationMCP::formes().front();
 }
 
+constexpr std::string_view inaffichable =
+    " contient un caractère de contrôle, ou n'est pas de l'UTF-8 valide : une ligne à coller ne le dirait pas.";
+
+bool affichable(std::string_view texte) { return Texte::utf8Valide(texte) && !Texte::porteControle(texte); }
+
+/// The absolute path of a file as it was typed; empty without one.
+std::string absolu(const std::string& tape, const Session& session) {
+  std::error_code erreur;
+  const auto courant = std::filesystem::current_path(erreur);
+  return tape.empty() ? tape : Chemins::absolu(tape, courant, dossierPersonnel(session.environnement)).string();
+}
+
 std::optional<Approbation> approbation(const std::string& mot) {
   if (mot.empty()) return Approbation::aucune;
   if (mot == "lecture") return Approbation::lecture;
   if (mot == "tout") return Approbation::tout;
   return std::nullopt;
+}
+
+/// The option that a word given as the file's name was probably meant for.
+std::string optionVoulue(std::string_view mot) {
+  if (mot == "lecture" || mot == "tout") return "--approuver " + std::string(mot);
+  for (const Forme& forme : ConfigurationMCP::formes())
+    if (forme.nom == mot) return "--" + std::string(mot);
+  return {};
 }
 
 /// Whether the endpoint file leads elsewhere than to the door that this environment gives.
@@ -72,6 +94,9 @@ void dire(Session& session, const Forme& forme, const Demande& demande, const st
     conseiller(session,
                "Pas de ligne à coller : elle montrerait le jeton." +
                    std::string(fichierAiderait ? " Écrivez le texte par --fichier, il y en aura une." : ""));
+    if (forme.approbationAuLancement && demande.approbation != Approbation::aucune)
+      conseiller(session, "Le texte n'approuve rien : ajoutez à chaque lancement" +
+                              forme.approbationAuLancement(demande));
   }
   conseiller(session, "Pour durer : " + std::string(forme.lieu) + ".");
   if (demande.porteHeritee && !demande.variables.contains("TARNAVELLE_CONTROL_URL"))
@@ -125,6 +150,10 @@ std::vector<ParamVoix> parametres() {
 int configurationMCP(Session& session, const Json& arguments) {
   const Forme* forme = formeVoulue(session, arguments);
   if (!forme) return Statut::mauvaiseLigne;
+  const std::string tape = Champ::texte(arguments, "fichier");
+  if (const auto option = optionVoulue(tape); !option.empty())
+    return refuser(session, citer(tape) + " serait ici le nom d'un fichier. L'option s'écrit " + option +
+                                ", ce fichier ./" + tape + ".");
   const std::string approuver = Champ::texte(arguments, "approuver");
   const auto approuve = approbation(approuver);
   if (!approuve) return refuser(session, "--approuver vaut lecture ou tout, pas " + citer(approuver) + ".");
@@ -135,7 +164,9 @@ int configurationMCP(Session& session, const Json& arguments) {
                                 ? "TARNAVELLE_MCP_SERVER ne désigne pas un exécutable : " + citer(*choisi) + "."
                                 : "Pont introuvable : il n'y a pas de tarnavelle-mcp à côté de ce programme.");
   }
-  if (!Texte::utf8Valide(*pont)) return refuser(session, "Le chemin du pont n'est pas de l'UTF-8 valide.");
+  if (!affichable(*pont)) return refuser(session, "Le chemin du pont" + std::string(inaffichable));
+  const std::string fichier = absolu(tape, session);
+  if (!affichable(fichier)) return refuser(session, "Le chemin du fichier" + std::string(inaffichable));
 
   const auto recherche = PorteControle::chercherPorte(session.environnement);
   const auto& porte = recherche.porte;
@@ -149,6 +180,7 @@ int configurationMCP(Session& session, const Json& arguments) {
         session.erreurs.avertir(message);
       return Statut::sansReponse;
     }
+    if (!affichable(porte->jeton)) return refuser(session, "Le jeton de la porte" + std::string(inaffichable));
     demande.variables =
         InjectionPorte::envPipe({.url = std::string(PorteControle::urlBase(porte->url)),
                                  .token = porte->jeton,
@@ -156,7 +188,6 @@ int configurationMCP(Session& session, const Json& arguments) {
   }
 
   const std::string texte = forme->texte(demande);
-  std::string fichier = Champ::texte(arguments, "fichier");
   if (fichier.empty()) {
     session.sortie.rendre(texte);
     if (session.sortie.terminal() && ConfigurationMCP::secrete(demande))
@@ -164,8 +195,6 @@ int configurationMCP(Session& session, const Json& arguments) {
   } else {
     const int statut = deposer(session, fichier, texte, Statut::mauvaiseLigne);
     if (statut != Statut::fait) return statut;
-    std::error_code erreur;
-    if (const auto absolu = std::filesystem::absolute(fichier, erreur); !erreur) fichier = absolu.string();
   }
   dire(session, *forme, demande, fichier);
   return Statut::fait;

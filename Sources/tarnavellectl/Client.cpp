@@ -32,7 +32,10 @@ int avertir(Session& session, const std::string& message, int statut) {
   return statut;
 }
 
-std::string_view phrase(const std::optional<std::string>& texte) { return texte ? Texte::rogner(*texte) : ""; }
+/// A sentence of the door's, which may hold the token that it was given.
+std::string phrase(const std::optional<std::string>& texte, const RecherchePorte& recherche) {
+  return texte ? Texte::sansSecret(Texte::rogner(*texte), recherche.porte->jeton) : "";
+}
 
 /// The picture of a reply: to a file on a terminal, or when the command line named one, else as it is.
 int rendrePhoto(const std::string& png, const Json& corps, Session& session) {
@@ -44,15 +47,15 @@ int rendrePhoto(const std::string& png, const Json& corps, Session& session) {
   return deposer(session, Photo::chemin(demande), png, Statut::sansReponse);
 }
 
-int rendreReussite(const ReponsePorte& reponse, const Json& donnees, const LigneCommande& ligne,
-                   const Json& corps, Session& session) {
+int rendreReussite(const std::string& dite, const Json& donnees, const LigneCommande& ligne, const Json& corps,
+                   Session& session) {
   if (Champ::booleen(corps, "inline", false)) {
     if (const auto png = Photo::png(donnees)) return rendrePhoto(*png, corps, session);
     if (!ligne.donnees)  // neither a sentence into the picture's file, nor broken base64 onto the terminal
       return avertir(session, "La réponse de la porte ne contient pas de photo lisible.", Statut::sansReponse);
   }
-  if (const auto dite = phrase(reponse.spoken_text); !dite.empty() && (!ligne.donnees || donnees.is_null()))
-    session.sortie.montrer({{std::string(dite)}});
+  if (!dite.empty() && (!ligne.donnees || donnees.is_null()))
+    session.sortie.montrer({{dite}});
   else if (!donnees.is_null())
     session.sortie.montrer(Affichage::exposer(donnees, session.sortie.colonnes()));
   else
@@ -80,11 +83,12 @@ int rendre(const Coffre& coffre, const RecherchePorte& recherche, const LigneCom
     return avertir(session, DirePorte::origine(recherche, session.environnement), Statut::sansReponse);
   }
   if (ligne.json) session.sortie.rendre(*coffre.data);
-  if (reponse->ok) return ligne.json ? Statut::fait : rendreReussite(*reponse, donnees, ligne, corps, session);
+  if (reponse->ok)
+    return ligne.json ? Statut::fait
+                      : rendreReussite(phrase(reponse->spoken_text, recherche), donnees, ligne, corps, session);
 
-  const auto raison = phrase(reponse->error);
-  session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "."
-                                         : std::string(raison));
+  const auto raison = phrase(reponse->error, recherche);
+  session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "." : raison);
   if (!ligne.commande.outil)
     if (const auto proche = nomVoulu(ligne.mot)) session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
   return Statut::refus;

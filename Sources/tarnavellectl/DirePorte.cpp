@@ -4,6 +4,7 @@
 
 #include "Appel/AppelPorte.hpp"
 #include "Flux.hpp"
+#include "Socle/Texte.hpp"
 #include "Socle/URL.hpp"
 
 namespace tarnavelle::DirePorte {
@@ -12,32 +13,29 @@ namespace {
 constexpr std::string_view nomVariable = "TARNAVELLE_CONTROL_URL";
 constexpr std::string_view formeAttendue = "il faut http://HÔTE:PORT";
 
-}  // namespace
-
-std::string sansJeton(std::string_view texte, std::string_view jeton) {
-  constexpr std::size_t longueurMin = 4;  // shorter, it is no secret, and stands everywhere
-  std::string sans(texte);
-  if (jeton.size() < longueurMin) return sans;
-  for (auto i = sans.find(jeton); i != sans.npos; i = sans.find(jeton, i)) sans.replace(i, jeton.size(), "…");
-  return sans;
+/// An address that cannot be used, without what may be a secret in it.
+std::string inutilisable(std::string_view adresse, std::string_view jeton) {
+  const auto apresUtilisateur = adresse.find_last_of('@') + 1;  // 0 without one
+  return citer(Texte::sansSecret(adresse.substr(apresUtilisateur), jeton));
 }
+
+}  // namespace
 
 std::string adresse(const PorteResolue& porte) {
   const auto url = URL::lire(porte.url);
   if (!url) return {};
   const auto chemin = url->cible.substr(0, url->cible.find('?'));
-  return sansJeton(std::string(url->schema).append("://").append(url->hoteEtPort).append(chemin), porte.jeton);
+  return Texte::sansSecret(std::string(url->schema).append("://").append(url->hoteEtPort).append(chemin),
+                           porte.jeton);
 }
 
 std::string variable(const RecherchePorte& recherche, const Variables& environnement) {
   const std::string nom(nomVariable);
   if (!recherche.variable) return nom + " n'est pas définie";
   if (recherche.parVariable()) return nom + " décide";
-  const std::string_view valeur = *recherche.variable;
   const auto jeton = environnement.texte("TARNAVELLE_CONTROL_TOKEN").value_or("");
-  const auto apresUtilisateur = valeur.find_last_of('@') + 1;  // 0 without one
-  return nom + " n'est pas une adresse complète, " + citer(sansJeton(valeur.substr(apresUtilisateur), jeton)) +
-         " : " + std::string(formeAttendue);
+  return nom + " n'est pas une adresse complète, " + inutilisable(*recherche.variable, jeton) + " : " +
+         std::string(formeAttendue);
 }
 
 std::string fichier(const RecherchePorte& recherche, const Variables& environnement) {
@@ -45,7 +43,8 @@ std::string fichier(const RecherchePorte& recherche, const Variables& environnem
   if (recherche.parVariable()) return chemin.string() + " n'est pas consulté";
   if (recherche.porte) return chemin.string() + " décide";
   if (recherche.endpoint)
-    return chemin.string() + " donne une adresse inutilisable, " + citer(recherche.endpoint->url());
+    return chemin.string() + " donne une adresse inutilisable, " +
+           inutilisable(recherche.endpoint->url(), recherche.endpoint->token);
   std::error_code erreur;
   return chemin.string() + (std::filesystem::exists(chemin, erreur)
                                 ? " est illisible, ou n'est pas celui d'une porte"

@@ -12,9 +12,6 @@
 
 namespace tarnavelle::DirePorte {
 
-/// The text without the token that it may hold.
-std::string sansJeton(std::string_view texte, std::string_view jeton);
-
 /// The door's address without user and query.
 std::string adresse(const PorteResolue& porte);
 

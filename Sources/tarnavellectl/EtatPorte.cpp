@@ -94,7 +94,7 @@ class EtatPorte {
       return http + (jetonJuge() ? ", sans le corps d'une porte : jeton refusé, ou autre serveur"
                                  : ", d'un serveur qui n'est pas une porte");
     const std::string dit =
-        DirePorte::sansJeton(Texte::rogner(reponse_->error.value_or("")), recherche_.porte->jeton);
+        Texte::sansSecret(Texte::rogner(reponse_->error.value_or("")), recherche_.porte->jeton);
     return "la porte refuse (" + http + ")" + (dit.empty() ? "" : " : " + dit);
   }
 

@@ -274,6 +274,8 @@ with open({str(MAISON / "recus")!r}, "a") as recus:
     # The usual form is claude's.
     egal(lancer("mcp-config", monde=monde), lancer("mcp-config", "--claude", "--codex=false", monde=monde))
     for mots, raison in ((["--codex", "--claude"], "Une forme à la fois : --claude ou --codex."),
+                         (["codex"], "« codex » serait ici le nom d'un fichier. L'option s'écrit --codex, ce fichier "
+                                     "./codex."),
                          (["--approuver", "ecriture"], "--approuver vaut lecture ou tout, pas « ecriture ».")):
         egal(lancer("mcp-config", *mots, monde=monde), (2, b"", f"tarnavellectl : {raison}\n"))
 
@@ -289,9 +291,10 @@ with open({str(MAISON / "recus")!r}, "a") as recus:
         egal(((MAISON / fichier).read_bytes(), (MAISON / fichier).lstat().st_mode), (texte, 0o100600), fichier)
     egal(cible.read_text(), "intacte")
     os.mkfifo(MAISON / "tube")
-    for fichier, raison in (("tube", "ce n'est pas un fichier ordinaire"), (".", "c'est un dossier")):
-        egal(lancer("mcp-config", "--fichier", fichier, monde=monde),
-             (2, b"", f"tarnavellectl : Impossible d'écrire {fichier} : {raison}.\n"))
+    for fichier, raison in (("tube", "/tube : ce n'est pas un fichier ordinaire"), (".", "/ : c'est un dossier"),
+                            ("~/tube", "/tube : ce n'est pas un fichier ordinaire")):
+        egal(lancer("mcp-config", "--fichier", fichier, monde=monde | {"HOME": str(MAISON)}),
+             (2, b"", f"tarnavellectl : Impossible d'écrire {MAISON}{raison}.\n"))
     assert (MAISON / "tube").is_fifo()
     appel = {"jsonrpc": "2.0", "id": 1, "method": "tools/call", "params": {"name": "trv_fini", "arguments": {}}}
     fait = subprocess.run([lus("claude", texte)[0]], input=json.dumps(appel), capture_output=True, encoding="utf-8",
@@ -325,6 +328,9 @@ def etat_de_la_porte(essai, porte):
     egal(faits(), (0, du_fichier | {"vivant": True, "repond": True, "jeton_accepte": True}, ""))
     egal(faits(TARNAVELLE_CONTROL_URL=url, TARNAVELLE_CONTROL_TOKEN="autre"),
          (1, variable | {"repond": True, "jeton_accepte": False}, "la porte refuse (HTTP 401) : Jeton absent ou faux."))
+    porte.reponse, porte.statut = {"ok": False, "error": "Bearer s3cr3t refusé"}, 401
+    egal(lancer("focus", "Merlin", monde=essai | {"TARNAVELLE_CONTROL_URL": porte.url, "TARNAVELLE_CONTROL_TOKEN": "s3cr3t"}),
+         (1, b"", "tarnavellectl : Bearer … refusé\n"))
     porte.reponse, porte.statut = b"<html>", 404
     egal(faits(TARNAVELLE_CONTROL_URL=porte.url), (3, variable | {"adresse": porte.url + "/action", "repond": False},
                                                    "HTTP 404, d'un serveur qui n'est pas une porte"))

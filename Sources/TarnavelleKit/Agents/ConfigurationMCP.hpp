@@ -40,6 +40,10 @@ struct Forme {
   /// when a line would show the token: in the history, to whoever lists processes.
   std::vector<std::string> (*lignes)(const Demande&, std::string_view fichier);
 
+  /// What approves the calls when the text has no room for it: words for the launch, behind a space. Null when
+  /// the text says it.
+  std::string (*approbationAuLancement)(const Demande&);
+
   // In French, for the operator; no full stop but in the last.
   std::string_view lieu;               ///< where the text goes to stay
   std::string_view sansApprobation;    ///< what the program does of calls that are not approved

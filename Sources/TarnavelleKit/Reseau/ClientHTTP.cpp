@@ -96,6 +96,7 @@ class ClientHTTP::Liaison {
   /// Carries an exchange on that `echanger` left unfinished, at most until `fin`.
   static void poursuivre(std::shared_ptr<Liaison> liaison, Horloge::time_point fin) {
     asio::io_context& boucle = liaison->boucle_;
+    if (Horloge::now() >= fin) liaison->clore(ErreurReseau::delaiDepasse);
     liaison->vie_.emplace(boucle, fin);
     liaison->vie_->async_wait([&boucle](Erreur annulee) {
       if (!annulee) boucle.stop();
@@ -268,9 +269,9 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
       if (liaison->entamee()) liaison = std::make_unique<Liaison>(liaison->cible());
       reponse = echanger();
     }
-    if (!reponse)
-      echec_ =
-          fini ? EchecHTTP{liaison->cause(), !liaison->rienEnvoye()} : EchecHTTP{ErreurReseau::delaiDepasse};
+    // What goes on alone may yet be sent.
+    const bool partie = !liaison->rienEnvoye() || (!fini && bornes.vie > bornes.attente);
+    if (!reponse) echec_ = EchecHTTP{fini ? liaison->cause() : ErreurReseau::delaiDepasse, partie};
     if (!fini)
       Liaison::poursuivre(std::move(liaison), debut + bornes.vie);
     else if (liaison->connectee() && sansGarde_ != requete.url)

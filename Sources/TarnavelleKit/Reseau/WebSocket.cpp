@@ -22,7 +22,6 @@ using Horloge = std::chrono::steady_clock;
 
 constexpr std::size_t ecritureMax = 64 * 1024;   ///< bytes of a message written at a time
 constexpr std::size_t refusMax = 500;            ///< characters shown of a server's words
-constexpr std::size_t secretMin = 4;             ///< bytes from which the beginning of a secret is one
 constexpr std::size_t tamponGarde = 256 * 1024;  ///< bytes of reading buffer kept between messages
 
 std::string raison(const Erreur& erreur) {
@@ -142,19 +141,9 @@ struct WebSocket::Etat {
                  {dite.reason.data(), dite.reason.size()}));
   }
 
-  /// The server's words as text; the secret is struck out, and the beginning of it where they are cut.
+  /// The server's words as text, without the secret.
   std::string sansSecret(std::string_view paroles) const {
-    std::string lisible = Texte::reparer(paroles);
-    const std::string& secret = reglage.secret;
-    if (secret.empty()) return lisible;
-    for (auto ou = lisible.find(secret); ou != std::string::npos; ou = lisible.find(secret, ou + 1))
-      lisible.replace(ou, secret.size(), "…");
-    for (auto n = std::min(secret.size(), lisible.size()); n >= secretMin; --n)
-      if (lisible.ends_with(std::string_view(secret).substr(0, n))) {
-        lisible.replace(lisible.size() - n, n, "…");
-        break;
-      }
-    return lisible;
+    return Texte::sansSecret(Texte::reparer(paroles), reglage.secret);
   }
 
   /// The server's words, for the operator.

@@ -249,6 +249,18 @@ bool porteControle(std::string_view texte) {
   return false;
 }
 
+std::string sansSecret(std::string_view texte, std::string_view secret) {
+  constexpr std::size_t longueurMin = 4;
+  constexpr std::string_view tu = "…";
+  std::string sans(texte);
+  if (secret.size() < longueurMin) return sans;
+  for (auto i = sans.find(secret); i != sans.npos; i = sans.find(secret, i + tu.size()))
+    sans.replace(i, secret.size(), tu);
+  for (auto n = std::min(secret.size(), sans.size()); n >= longueurMin; --n)
+    if (sans.ends_with(secret.substr(0, n))) return sans.replace(sans.size() - n, n, tu);
+  return sans;
+}
+
 std::size_t longueurSequence(std::string_view octets) {
   if (octets.empty()) return 0;
   const Point p = premier(octets);

@@ -62,6 +62,10 @@ std::string tronquer(std::string_view texte, std::size_t maximum);
 /// Whether the text holds a control character, C0 or C1 (U+0000 to U+001F, U+007F to U+009F).
 bool porteControle(std::string_view texte);
 
+/// The text with "…" for the secret wherever it stands, and for the beginning of it where the text is cut. A
+/// secret of less than four bytes is none: it would stand everywhere.
+std::string sansSecret(std::string_view texte, std::string_view secret);
+
 /// Whether the bytes are well-formed UTF-8 (RFC 3629: no surrogates, no overlong forms).
 bool utf8Valide(std::string_view octets);
 
