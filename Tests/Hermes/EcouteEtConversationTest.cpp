@@ -257,7 +257,7 @@ TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
       {{200, {ligne(0, outilSansNom), {0, fin}}}, "tronqué, annoncer"},
       {{200, {ligne(0, outilFini), {0, fin}}}, "outilFini|n; tronqué, annoncer"},
       {{200, {{0, illisible}}}, "tronqué, annoncer"},
-      {{200, {{0, tropLongue}, ligne(0, texte), {0, fin}}}, "texte|a; tronqué, annoncer"},
+      {{200, {{0, tropLongue}, ligne(0, texte), {0, fin}}}, "tronqué, annoncer"},
       {{200, {ligne(0, erreur), {0, fin}}}, "erreur|e; tronqué, annoncer"},
       {{200, {ligne(0, feuOrange), {0, fin}}}, "tronqué, annoncer"},
       // A gateway that does not stream.

@@ -111,6 +111,8 @@ TEST(ReconnexionRealtime, Decide) {
       {{.refus = Refus::deConnexion(429, R"({"error":{"code":"insufficient_quota"}})")}, credit},
       {{.refus = Refus::deConnexion(429, "either used all available credits or")}, credit},
       {{.refus = Refus::deConnexion(429, "Too many requests")}, encore},
+      {{.refus = Refus{429, "rate_limit_exceeded", "requests", "Add credits to raise it."}}, encore},
+      {{.refus = Refus::deConnexion(403, "<html>Attention Required!</html>")}, encore},
       {{.refus = Refus{.http = 402}}, credit},
       {{.refus = Refus{.http = 404}}, session},
       {{.refus = Refus{.http = 503, .message = "no credits, no API key"}}, encore},

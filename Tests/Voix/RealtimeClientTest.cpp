@@ -82,7 +82,7 @@ TEST(RealtimeClient, ChaqueTrameAppelleCeQuElleDoitDansLOrdre) {
       {grok,
        R"({"type":"conversation.item.input_audio_transcription.completed","transcript":"bonne nuit\u0007",)"
        R"("status":"completed"})",
-       {R"(dit bonne nuit\u0007)", "trame"}},
+       {"dit bonne nuit", "trame"}},
       {openai, R"({"type":"input_audio_buffer.speech_started"})", {"parle", "trame"}},
       {openai, R"({"type":"response.audio.delta","delta":"AAA="})", {"trame", "son 2"}},
       {openai, termine, {"trame", "usage 4", "fini"}},

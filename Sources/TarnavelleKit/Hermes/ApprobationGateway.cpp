@@ -75,10 +75,9 @@ std::optional<std::string> gesteDemande(const Json& objet) {
 /// A positive number is seconds since 1970, or milliseconds when seconds would be thousands of years.
 std::optional<Date::Instant> instant(const Json& nombre) {
   constexpr double secondesMax = 1e11;
-  if (!nombre.is_number()) return std::nullopt;
-  const double n = nombre.get<double>();
-  if (!(n > 0)) return std::nullopt;
-  return Date::depuisSecondes(n > secondesMax ? n / 1000 : n);
+  const auto n = reel(nombre);
+  if (!n || !(*n > 0)) return std::nullopt;
+  return Date::depuisSecondes(*n > secondesMax ? *n / 1000 : *n);
 }
 
 std::optional<Date::Instant> expiration(const Json& objet) {
@@ -99,7 +98,7 @@ std::optional<Date::Instant> expiration(const Json& objet) {
 enum class Mot { oui, non, autre };
 
 Mot mot(const std::string& texte) {
-  const std::string m = Texte::minuscules(texte);
+  const std::string m = Texte::minuscules(Texte::rogner(texte));
   if (parmi(m, {"approve", "approved", "allow", "allowed", "accept", "accepted", "yes", "ok", "approuver"}))
     return Mot::oui;
   if (parmi(m, {"reject", "rejected", "deny", "denied", "refuse", "refused", "decline", "declined", "no",
@@ -135,12 +134,13 @@ bool sOppose(const Json& valeur) {
   if (valeur.is_array()) return std::ranges::any_of(valeur, sOppose);
   if (!valeur.is_object()) return false;
   for (const auto& [cle, membre] : valeur.items()) {
+    const bool accord = std::ranges::find(clesAccord, cle) != clesAccord.end();
+    const auto verdict = std::ranges::find(clesVerdict, cle);
     if (membre.is_structured()) {
+      if (accord || verdict < clesVerdict.begin() + 2) return true;  // a decision that cannot be read
       if (std::ranges::find(clesDonnees, cle) == clesDonnees.end() && sOppose(membre)) return true;
       continue;
     }
-    const bool accord = std::ranges::find(clesAccord, cle) != clesAccord.end();
-    const auto verdict = std::ranges::find(clesVerdict, cle);
     if (membre.is_null() || (!accord && verdict == clesVerdict.end())) continue;
     const bool tranche =
         accord || verdict < clesVerdict.begin() + 2;  // "decision" and "verdict" say nothing else

@@ -90,6 +90,8 @@ bool estUneDecision(std::string_view genre) {
                        "run_approval_response"});
 }
 
+bool estUnAppel(std::string_view genre) { return parmi(genre, {"tool_call", "tool.start", "tool_use"}); }
+
 /// `charge`: what `objet` was read from, for the rare events that are read whole.
 EvenementGateway lireObjet(const Json& objet, const Json* morceau, std::string_view charge) {
   using E = EvenementGateway;
@@ -113,8 +115,7 @@ EvenementGateway lireObjet(const Json& objet, const Json* morceau, std::string_v
     if (const Json* appels = membreDe(*morceau, "tool_calls", Json::value_t::array)) return lireAppels(*appels);
 
   const std::string* nom = nomDOutil(objet);
-  if (nom && parmi(genre, {"tool_call", "tool.start", "tool_use"}))
-    return {E::outil{*nom, cheminDArguments(objet, clesArguments)}};
+  if (nom && estUnAppel(genre)) return {E::outil{*nom, cheminDArguments(objet, clesArguments)}};
   if (nom && parmi(genre, {"tool_result", "tool.end", "tool_call_result"})) return {E::outilFini{*nom}};
   if (const std::string* id = sessionAnnoncee(objet)) return {E::session{*id}};
   return aucun();
@@ -149,8 +150,10 @@ LectureGateway LectureGateway::lire(std::string_view charge, Forme forme) {
   const auto premier = lireObjet(*objet, morceau, charge);
   const bool rien = premier == aucun();
 
-  LectureGateway lecture{.evenements = {},
-                         .aPuAgir = (appels && !appels->empty()) || (rien && estUneDecision(genreDe(*objet)))};
+  const auto genre = genreDe(*objet);
+  LectureGateway lecture{
+      .evenements = {},
+      .aPuAgir = (appels && !appels->empty()) || (rien && (estUneDecision(genre) || estUnAppel(genre)))};
   const auto ajouter = [&](EvenementGateway evenement) {
     if (evenement != aucun()) lecture.evenements.push_back(std::move(evenement));
   };

@@ -13,8 +13,9 @@ constexpr std::array<std::string_view, 1> cleHeure = {"time"};
 
 std::optional<Date::Instant> heureDe(const Json& objet) {
   const Json* time = Champ::membre(objet, cleHeure.front());
-  if (!time || !time->is_number()) return std::nullopt;
-  return Date::depuisSecondes(time->get<double>());
+  const auto secondes = time ? reel(*time) : std::nullopt;
+  if (!secondes) return std::nullopt;
+  return Date::depuisSecondes(*secondes);
 }
 
 }  // namespace

@@ -20,15 +20,16 @@ IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& sur
     return {IssueTour::echouee{{ErreurFluxGateway::http{statut}}, {}}};
 
   std::optional<IssueTour> issue;
+  const auto illisible = [&] {
+    aPuAgir_ = true;  // who knows what it said
+    issue = couper({ErreurFluxGateway::fluxTronque{}});
+  };
   while (!issue)
     std::visit(Selon{[&](const LectureFlux::ligne& l) { issue = entendre(l.texte, surEvenement); },
                      [](const LectureFlux::attente&) {},
-                     [&](const LectureFlux::tropLongue&) { aPuAgir_ = true; },  // who knows what it said
+                     [&](const LectureFlux::tropLongue&) { illisible(); },  // it may never end
                      [&](const LectureFlux::fin&) { issue = finir(surEvenement); },
-                     [&](const LectureFlux::illisible&) {
-                       aPuAgir_ = true;
-                       issue = couper({ErreurFluxGateway::fluxTronque{}});
-                     },
+                     [&](const LectureFlux::illisible&) { illisible(); },
                      [&](const LectureFlux::perte& p) { issue = perdre(p.erreur); }},
                flux_.suivante().cas);
   return *issue;

@@ -67,9 +67,14 @@ std::size_t largeurDUn(std::string_view caractere) {
   return std::min<std::size_t>(colonnes, 2);
 }
 
-}  // namespace
+std::string octetHorsUTF8(char octet) {
+  char ecrit[8];
+  std::snprintf(ecrit, sizeof ecrit, "\\x%02x", static_cast<unsigned char>(octet));
+  return ecrit;
+}
 
-std::string montrable(std::string_view texte, std::string_view gardes) {
+/// The text with what a terminal would obey written out, or left out.
+std::string sansEffet(std::string_view texte, std::string_view gardes, bool ecrire) {
   std::string montre;
   montre.reserve(texte.size());
   const auto prendre = [&texte](std::size_t n) {
@@ -80,27 +85,30 @@ std::string montrable(std::string_view texte, std::string_view gardes) {
   while (!texte.empty()) {
     for (const char c : prendre(Texte::plageOrdinaire(texte))) {
       constexpr char effacement = 0x7F;  // a control character among the ordinary ones
-      if (c == effacement)
-        montre += echappement(c);
-      else
+      if (c != effacement)
         montre += c;
+      else if (ecrire)
+        montre += echappement(c);
     }
     if (texte.empty()) break;
     const auto n = Texte::longueurSequence(texte);
     const auto sequence = prendre(std::max<std::size_t>(n, 1));
-    if (n == 0) {
-      char octet[8];
-      std::snprintf(octet, sizeof octet, "\\x%02x", static_cast<unsigned char>(sequence[0]));
-      montre += octet;
-    } else if (const auto p = point(sequence);
-               inoffensif(p) || (n == 1 && gardes.find(sequence[0]) != gardes.npos)) {
+    const auto p = n == 0 ? 0 : point(sequence);
+    if (n > 0 && (inoffensif(p) || (n == 1 && gardes.find(sequence[0]) != gardes.npos)))
       montre += sequence;
-    } else {
-      montre += echappement(p);
-    }
+    else if (ecrire)
+      montre += n == 0 ? octetHorsUTF8(sequence[0]) : echappement(p);
   }
   return montre;
 }
+
+}  // namespace
+
+std::string montrable(std::string_view texte, std::string_view gardes) {
+  return sansEffet(texte, gardes, true);
+}
+
+std::string epurer(std::string_view texte, std::string_view gardes) { return sansEffet(texte, gardes, false); }
 
 std::size_t largeur(std::string_view texte) {
   std::size_t colonnes = 0;

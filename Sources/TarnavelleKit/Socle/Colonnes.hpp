@@ -14,6 +14,9 @@ namespace tarnavelle::Colonnes {
 /// character is written "\xff". The characters of `gardes` stand; so do the joiners of letters and emoji.
 std::string montrable(std::string_view texte, std::string_view gardes = {});
 
+/// The same, left out instead of written out: for words that are to be understood as well as shown.
+std::string epurer(std::string_view texte, std::string_view gardes = {});
+
 /// Columns that the text takes; what `montrable` would write out counts for nothing.
 std::size_t largeur(std::string_view texte);
 

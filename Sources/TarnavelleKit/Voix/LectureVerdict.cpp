@@ -95,8 +95,7 @@ std::optional<Json> objetJSON(std::string_view texte) {
 }
 
 std::optional<double> nombre(const Json& valeur) {
-  if (valeur.is_number()) return valeur.get<double>();
-  if (!valeur.is_string()) return std::nullopt;
+  if (!valeur.is_string()) return reel(valeur);
   auto texte = valeur.get<std::string>();
   std::ranges::replace(texte, ',', '.');
   if (texte.find_first_not_of("+-.0123456789eE") != texte.npos) return std::nullopt;
@@ -109,12 +108,13 @@ std::optional<double> nombre(const Json& valeur) {
 }
 
 LectureVerdict lire(std::string_view reponse) {
+  reponse = sansReflexion(reponse);
   const auto entier = objetJSON(reponse);
   if (entier && (estVerdict(*entier) || !estCommande(*entier))) return lireObjet(*entier, liste(*entier));
 
   std::optional<Json> premier;
   Json seules = Json::array();
-  const bool intacts = LectureIndulgente::chaqueObjet(sansReflexion(reponse), [&](const Json& objet) {
+  const bool intacts = LectureIndulgente::chaqueObjet(reponse, [&](const Json& objet) {
     if (estVerdict(objet)) premier = objet;
     if (estCommande(objet)) seules.push_back(objet);
     return !premier;

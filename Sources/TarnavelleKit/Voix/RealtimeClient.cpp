@@ -5,6 +5,7 @@
 
 #include "Socle/Colonnes.hpp"
 #include "Socle/Selon.hpp"
+#include "Socle/Texte.hpp"
 #include "Voix/RealtimeFrame.hpp"
 
 namespace tarnavelle {
@@ -20,15 +21,7 @@ std::string secondes(std::chrono::milliseconds duree) {
   return texte;
 }
 
-/// The service's words, as the operator may read them on a terminal.
-std::string lisible(std::string_view texte) { return Colonnes::montrable(texte, "\n\t"); }
-
-RefusRealtime lisible(const RefusRealtime& refus) {
-  return {.http = refus.http,
-          .code = lisible(refus.code),
-          .genre = lisible(refus.genre),
-          .message = lisible(refus.message)};
-}
+constexpr std::string_view gardes = "\n\t";  ///< what the service's texts may hold beside characters
 
 }  // namespace
 
@@ -45,6 +38,17 @@ RealtimeClient::RealtimeClient(std::shared_ptr<TransportRealtime> transport, Reg
 
 RealtimeClient::~RealtimeClient() { close(); }
 
+std::string RealtimeClient::lisible(std::string_view texte) const {
+  return Colonnes::montrable(Texte::sansSecret(texte, reglages_.secret), gardes);
+}
+
+RefusRealtime RealtimeClient::lisible(const RefusRealtime& refus) const {
+  return {.http = refus.http,
+          .code = lisible(refus.code),
+          .genre = lisible(refus.genre),
+          .message = lisible(refus.message)};
+}
+
 void RealtimeClient::brancher() {
   // A client that its owner has let go is not to be kept, nor touched.
   const auto siVivant = [faible = weak_from_this()](auto action) {
@@ -55,14 +59,15 @@ void RealtimeClient::brancher() {
   transport_->demarrer({
       .surTexte = siVivant([](RealtimeClient& client, std::string_view texte) { client.recevoir(texte); }),
       .surErreurEnvoi = siVivant([](RealtimeClient& client, const std::string& description) {
-        client.appeler(client.reglages_.handlers.onError, lisible(description));
+        client.appeler(client.reglages_.handlers.onError, client.lisible(description));
       }),
       .surRefus = siVivant([](RealtimeClient& client, int statut, std::string_view corps) {
-        client.appeler(client.reglages_.handlers.onRefus, lisible(RefusRealtime::deConnexion(statut, corps)));
+        client.appeler(client.reglages_.handlers.onRefus,
+                       client.lisible(RefusRealtime::deConnexion(statut, corps)));
       }),
       .surChute = siVivant([](RealtimeClient& client, const std::string& description) {
-        client.appeler(client.reglages_.handlers.onError, lisible(description));
-        client.appeler(client.reglages_.handlers.onFermeture, lisible(description));
+        client.appeler(client.reglages_.handlers.onError, client.lisible(description));
+        client.appeler(client.reglages_.handlers.onFermeture, client.lisible(description));
       }),
   });
 }
@@ -106,7 +111,7 @@ void RealtimeClient::recevoir(std::string_view texte) {
   LectureTrame lue = LectureTrame::lire(texte, reglages_.provider.dialecte);
   if (lue.itemCree) appeler(h.onItemCree, std::move(*lue.itemCree));
   if (lue.transcription && !lue.transcriptionEnCours)
-    appeler(h.onTranscriptionEntree, lisible(*lue.transcription));
+    appeler(h.onTranscriptionEntree, Colonnes::epurer(*lue.transcription, gardes));
   if (lue.ecoute) appeler(h.onEcouteEntree, *lue.ecoute);
   if (!texte.empty()) appeler(h.onTrame, texte);
   if (lue.refus) appeler(h.onRefus, lisible(*lue.refus));

@@ -62,6 +62,7 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
     std::optional<std::chrono::milliseconds> cap{};  ///< longest session; absent: none
     std::optional<ProfilEcouteVoix> profil{};        ///< a hands-free conversation; absent: push-to-talk
     std::optional<std::string> effort{};             ///< of reasoning
+    std::string secret{};                            ///< struck out of the service's words
   };
 
   /// A session that begins at once; handlers may be called before this returns.
@@ -96,6 +97,9 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
   void brancher();
   void borner(const Minuterie& minuterie);
   void recevoir(std::string_view texte);
+  /// The service's words, as the operator may read them on a terminal.
+  std::string lisible(std::string_view texte) const;
+  RefusRealtime lisible(const RefusRealtime& refus) const;
   void configurer();
   void preparer();
   void plafonner();

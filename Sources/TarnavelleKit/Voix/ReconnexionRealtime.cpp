@@ -17,10 +17,13 @@ std::string_view phrase(std::string_view code) {
 }
 
 /// The sentence for a declined connection; empty when another may succeed. One service declines a bad key
-/// with 400, an empty account with 403 or 429, and tells them apart in its message only.
-std::string_view phrase(int statut, std::string_view message) {
-  const auto parle = [&](std::string_view de) { return message.find(de) != std::string_view::npos; };
-  switch (statut) {
+/// with 400, an empty account with 403 or 429, and tells them apart in its message only. A page of HTML comes
+/// from something in between, which may pass.
+std::string_view phraseDeConnexion(const RefusRealtime& refus) {
+  const auto parle = [&](std::string_view de) { return refus.message.find(de) != std::string::npos; };
+  const bool debit = refus.code.starts_with("rate_limit") || refus.genre.starts_with("rate_limit");
+  if (debit || refus.message.starts_with('<')) return {};
+  switch (refus.http) {
     case 401: return sansCle;
     case 402: return sansCredit;
     case 400:
@@ -58,7 +61,7 @@ std::optional<std::string> ReconnexionRealtime::explicationRefus(const RefusReal
   for (const std::string_view dit : {std::string_view(refus.code), std::string_view(refus.genre)})
     if (std::ranges::find(codesIrrecuperables, dit) != codesIrrecuperables.end())
       return std::string(phrase(dit));
-  const auto trouvee = phrase(refus.http, refus.message);
+  const auto trouvee = phraseDeConnexion(refus);
   return trouvee.empty() ? std::nullopt : std::optional(std::string(trouvee));
 }
 

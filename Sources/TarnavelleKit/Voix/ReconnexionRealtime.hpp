@@ -63,7 +63,7 @@ struct Fermeture {
   bool superviseurEnCours = false;  ///< another reconnection is already under way
   std::optional<std::string_view> message{};
   std::int64_t tentative = 1;            ///< from 1
-  std::optional<RefusRealtime> refus{};  ///< the last that was told since the session was opened
+  std::optional<RefusRealtime> refus{};  ///< the last that ends the session, else the last told
 };
 Decision decision(const Fermeture& fermeture);
 

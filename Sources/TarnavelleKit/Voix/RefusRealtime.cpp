@@ -5,7 +5,7 @@ namespace tarnavelle {
 RefusRealtime RefusRealtime::lire(const Json& porteur) {
   const Json* erreur = Champ::membre(porteur, "error");
   if (erreur && erreur->is_object())
-    return {.code = Champ::texte(*erreur, "code"),
+    return {.code = Champ::texte(Champ::chaine(*erreur, "code") ? *erreur : porteur, "code"),
             .genre = Champ::texte(*erreur, "type"),
             .message = Champ::texte(*erreur, "message")};
   return {.code = Champ::texte(porteur, "code"), .genre = {}, .message = Champ::texte(porteur, "error")};

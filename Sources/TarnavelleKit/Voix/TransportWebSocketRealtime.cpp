@@ -41,6 +41,7 @@ OuvertureRealtime ouvrirRealtime(const AccesRealtime& acces, RealtimeClient::Reg
   const auto url = provider.url(acces.model.empty() ? provider.modeleParDefaut : acces.model);
   auto transport = url ? TransportWebSocketRealtime::creer(*url, acces.apiKey) : nullptr;
   if (!transport) return {.client = nullptr, .refus = "l'adresse du service vocal est illisible"};
+  reglages.secret = acces.apiKey;
   return {.client = RealtimeClient::creer(std::move(transport), std::move(reglages)), .refus = {}};
 }
 

@@ -152,11 +152,12 @@ std::optional<CumulVoixDuJour> CumulVoixDuJour::lire(std::string_view texte) {
   const auto document = LectureJSON::objet(texte);
   if (!document) return std::nullopt;
   const std::string* jour = Champ::chaine(*document, "jour");
-  const Json* usd = Champ::membre(*document, "usd");
+  const Json* depense = Champ::membre(*document, "usd");
   const Json* sessions = Champ::membre(*document, "sessions");
   const auto nombre = sessions ? entierTronque(*sessions) : std::nullopt;
-  if (!jour || !usd || !usd->is_number() || !nombre) return std::nullopt;
-  return CumulVoixDuJour{.jour = *jour, .usd = usd->get<double>(), .sessions = *nombre};
+  const auto usd = depense ? reel(*depense) : std::nullopt;
+  if (!jour || !usd || !nombre) return std::nullopt;
+  return CumulVoixDuJour{.jour = *jour, .usd = *usd, .sessions = *nombre};
 }
 
 Json CumulVoixDuJour::json() const { return {{"jour", jour}, {"usd", usd}, {"sessions", sessions}}; }
