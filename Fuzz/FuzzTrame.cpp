@@ -37,7 +37,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
       exiger(Texte::utf8Valide(RealtimeFrame::commandText(a->argsJSON)));
     }
   }
-  exiger(ReconnexionRealtime::explicationRefus(RefusRealtime::deConnexion(400, texte)).has_value());
+  if (const auto raison = ReconnexionRealtime::explicationRefus(RefusRealtime::deConnexion(400, texte)))
+    exiger(!raison->empty() && Texte::utf8Valide(*raison));
   exiger(RealtimeRequest::encoded(RealtimeRequest::annonceSysteme(texte)).has_value());
   exiger(RealtimeFrame::decode(texte, DialecteRealtime::openai) == openai.trame);
   return 0;
