@@ -6,7 +6,7 @@
 #include "Hermes/EvenementGateway.hpp"
 #include "Hermes/FluxSSE.hpp"
 #include "Hermes/MessageNtfy.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Cible.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 #include "Socle/Texte.hpp"
 
 using namespace tarnavelle;

@@ -8,7 +8,7 @@
 #include "Reseau/ClientHTTP.hpp"
 #include "Reseau/FluxHTTP.hpp"
 #include "Reseau/PairTCP.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 
 using namespace tarnavelle;
 using namespace std::chrono_literals;

@@ -46,19 +46,25 @@ function(tarnavelle_avertir cible)
   endif()
 endfunction()
 
-# A family of the kit: one static library, named TarnavelleKit::<family>, installed with the headers of the folder
-# of that name but for those it keeps to itself.
+# A family of the kit: one static library, TarnavelleKit::<family>, of the folder of that name. What stands under
+# include/<family> is public and installed, in the build tree too (a header that configuring writes); the
+# rest it keeps to itself. What follows the name is linked: famille(NAME PUBLIC ... PRIVATE ...).
 function(tarnavelle_famille nom)
-  set(racine ${PROJECT_SOURCE_DIR}/Sources/TarnavelleKit)
-  file(GLOB entetes CONFIGURE_DEPENDS ${racine}/${nom}/*.hpp)
-  list(FILTER entetes EXCLUDE REGEX "Interne\\.hpp$")
-  add_library(Tarnavelle${nom} STATIC ${ARGN})
-  add_library(TarnavelleKit::${nom} ALIAS Tarnavelle${nom})
-  set_target_properties(Tarnavelle${nom} PROPERTIES EXPORT_NAME ${nom})
-  target_compile_features(Tarnavelle${nom} PUBLIC cxx_std_20)
-  target_sources(Tarnavelle${nom} PUBLIC FILE_SET HEADERS BASE_DIRS ${racine} FILES ${entetes})
-  tarnavelle_avertir(Tarnavelle${nom})
-  install(TARGETS Tarnavelle${nom} EXPORT TarnavelleKit COMPONENT kit
+  set(cible Tarnavelle${nom})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${nom}/*.cpp)
+  add_library(${cible} STATIC ${sources})
+  add_library(TarnavelleKit::${nom} ALIAS ${cible})
+  set_target_properties(${cible} PROPERTIES EXPORT_NAME ${nom})
+  target_compile_features(${cible} PUBLIC cxx_std_20)
+  foreach(lieu IN ITEMS ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR})
+    file(GLOB entetes CONFIGURE_DEPENDS ${lieu}/${nom}/include/${nom}/*.hpp)
+    if(entetes)
+      target_sources(${cible} PUBLIC FILE_SET HEADERS BASE_DIRS ${lieu}/${nom}/include FILES ${entetes})
+    endif()
+  endforeach()
+  target_link_libraries(${cible} ${ARGN})
+  tarnavelle_avertir(${cible})
+  install(TARGETS ${cible} EXPORT TarnavelleKit COMPONENT kit
     FILE_SET HEADERS DESTINATION ${TARNAVELLE_ENTETES} COMPONENT kit INCLUDES DESTINATION ${TARNAVELLE_ENTETES})
   set_property(GLOBAL APPEND PROPERTY TARNAVELLE_FAMILLES ${nom})
 endfunction()

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <deque>
 
-#include "Hermes/ConversationHermes.hpp"
+#include "HermesReseau/ConversationHermes.hpp"
 #include "Hermes/Dire.hpp"
-#include "Hermes/EcouteNtfy.hpp"
+#include "HermesReseau/EcouteNtfy.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Reseau/Restes.hpp"
 

@@ -8,7 +8,7 @@
 #include "Reseau/NomLent.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Reseau/Restes.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
 
 namespace tarnavelle {

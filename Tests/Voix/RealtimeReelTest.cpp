@@ -3,7 +3,7 @@
 
 #include "Reseau/ServeurEtranger.hpp"
 #include "Voix/HandlersNotes.hpp"
-#include "Voix/TransportWebSocketRealtime.hpp"
+#include "VoixReseau/TransportWebSocketRealtime.hpp"
 
 namespace tarnavelle {
 namespace {

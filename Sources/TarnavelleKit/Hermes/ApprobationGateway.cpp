@@ -1,7 +1,7 @@
 #include <array>
 #include <utility>
 
-#include "Hermes/ChampsGatewayInterne.hpp"
+#include "ChampsGatewayInterne.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Hermes/ChampsGatewayInterne.hpp"
+#include "ChampsGatewayInterne.hpp"
 #include "Socle/LectureIndulgente.hpp"
 
 namespace tarnavelle {

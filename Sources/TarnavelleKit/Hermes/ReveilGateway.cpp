@@ -1,6 +1,6 @@
 #include "Hermes/ReveilGateway.hpp"
 
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::ReveilGateway {

@@ -1,7 +1,7 @@
 #include "Hermes/TourHermes.hpp"
 
 #include "Hermes/FluxSSE.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 

@@ -1,6 +1,6 @@
 #include "Porte/TableVerbes.hpp"
 
-#include "Porte/LigneVerbeInterne.hpp"
+#include "LigneVerbeInterne.hpp"
 
 namespace tarnavelle {
 namespace {

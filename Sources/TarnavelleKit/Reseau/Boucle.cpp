@@ -7,7 +7,7 @@
 #include <set>
 #include <thread>
 
-#include "Reseau/BoucleInterne.hpp"
+#include "BoucleInterne.hpp"
 
 namespace tarnavelle::interne {
 namespace {

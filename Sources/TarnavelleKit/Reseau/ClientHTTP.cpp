@@ -9,8 +9,8 @@
 #include <climits>
 #include <utility>
 
-#include "Reseau/BoucleInterne.hpp"
-#include "Reseau/EchangeInterne.hpp"
+#include "BoucleInterne.hpp"
+#include "EchangeInterne.hpp"
 
 namespace tarnavelle {
 namespace {

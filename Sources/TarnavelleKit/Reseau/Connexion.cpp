@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "Reseau/ConnexionInterne.hpp"
+#include "ConnexionInterne.hpp"
 #include "Socle/Texte.hpp"
 #include "Socle/URL.hpp"
 

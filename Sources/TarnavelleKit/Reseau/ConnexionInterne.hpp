@@ -20,7 +20,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Socle/ErreurReseau.hpp"
+#include "Liaison/ErreurReseau.hpp"
 
 namespace tarnavelle::interne {
 

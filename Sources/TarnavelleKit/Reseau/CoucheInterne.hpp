@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-#include "Reseau/ConnexionInterne.hpp"
+#include "ConnexionInterne.hpp"
 
 namespace tarnavelle::interne {
 

@@ -1,4 +1,4 @@
-#include "Reseau/EchangeInterne.hpp"
+#include "EchangeInterne.hpp"
 
 #include <algorithm>
 #include <boost/beast/http/error.hpp>

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "Reseau/ConnexionInterne.hpp"
-#include "Socle/RequeteHTTP.hpp"
+#include "ConnexionInterne.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle::interne {
 

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "Reseau/BoucleInterne.hpp"
-#include "Reseau/EchangeInterne.hpp"
-#include "Socle/LecteurLignesFlux.hpp"
+#include "BoucleInterne.hpp"
+#include "EchangeInterne.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -10,8 +10,8 @@
 #include <optional>
 #include <utility>
 
-#include "Reseau/BoucleInterne.hpp"
-#include "Reseau/CoucheInterne.hpp"
+#include "BoucleInterne.hpp"
+#include "CoucheInterne.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {

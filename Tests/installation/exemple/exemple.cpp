@@ -3,10 +3,10 @@
 
 #include "Agents/AgentCLI.hpp"
 #include "Appel/AppelPorte.hpp"
-#include "Hermes/EcouteNtfy.hpp"
+#include "HermesReseau/EcouteNtfy.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Socle/Texte.hpp"
-#include "Voix/TransportWebSocketRealtime.hpp"
+#include "VoixReseau/TransportWebSocketRealtime.hpp"
 
 namespace T = tarnavelle;
 

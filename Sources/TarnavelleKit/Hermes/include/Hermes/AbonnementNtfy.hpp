@@ -10,8 +10,8 @@
 #include <variant>
 
 #include "Hermes/ReglageNtfy.hpp"
-#include "Socle/ErreurReseau.hpp"
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/ErreurReseau.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle {
 

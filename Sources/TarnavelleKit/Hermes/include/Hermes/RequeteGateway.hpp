@@ -11,7 +11,7 @@
 
 #include "Hermes/EvenementGateway.hpp"
 #include "Socle/LectureJSON.hpp"
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle::RequeteGateway {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <variant>
 
-#include "Socle/ErreurReseau.hpp"
+#include "Liaison/ErreurReseau.hpp"
 
 namespace tarnavelle {
 

@@ -16,7 +16,7 @@
 #include "Hermes/EvenementGateway.hpp"
 #include "Hermes/FluxGateway.hpp"
 #include "Hermes/RequeteGateway.hpp"
-#include "Socle/FluxLignes.hpp"
+#include "Liaison/FluxLignes.hpp"
 
 namespace tarnavelle {
 

@@ -1,4 +1,4 @@
-#include "Voix/TransportWebSocketRealtime.hpp"
+#include "VoixReseau/TransportWebSocketRealtime.hpp"
 
 #include <utility>
 

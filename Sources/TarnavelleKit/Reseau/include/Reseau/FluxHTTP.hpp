@@ -13,7 +13,7 @@
 #include <memory>
 #include <mutex>
 
-#include "Socle/FluxLignes.hpp"
+#include "Liaison/FluxLignes.hpp"
 
 namespace tarnavelle {
 

@@ -1,4 +1,4 @@
-#include "Socle/ErreurReseau.hpp"
+#include "Liaison/ErreurReseau.hpp"
 
 namespace tarnavelle {
 

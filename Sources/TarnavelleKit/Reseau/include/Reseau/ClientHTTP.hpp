@@ -11,8 +11,8 @@
 #include <string>
 #include <variant>
 
-#include "Socle/ErreurReseau.hpp"
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/ErreurReseau.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle {
 

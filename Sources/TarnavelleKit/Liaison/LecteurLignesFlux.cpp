@@ -1,4 +1,4 @@
-#include "Socle/LecteurLignesFlux.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "Hermes/EcouteNtfy.hpp"
+#include "HermesReseau/EcouteNtfy.hpp"
 
 #include <utility>
 

@@ -17,7 +17,7 @@
 #include "Hermes/JournalIdsNtfy.hpp"
 #include "Hermes/MessageNtfy.hpp"
 #include "Hermes/ReglageNtfy.hpp"
-#include "Socle/FluxLignes.hpp"
+#include "Liaison/FluxLignes.hpp"
 
 namespace tarnavelle {
 

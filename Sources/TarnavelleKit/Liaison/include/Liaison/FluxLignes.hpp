@@ -9,8 +9,8 @@
 #include <string_view>
 #include <variant>
 
-#include "Socle/ErreurReseau.hpp"
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/ErreurReseau.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle {
 

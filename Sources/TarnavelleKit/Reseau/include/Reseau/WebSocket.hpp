@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Socle/RequeteHTTP.hpp"
+#include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle {
 
