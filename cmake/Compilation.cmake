@@ -4,9 +4,7 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-# -O2 on purpose: -O3 undoes the vector form of the byte scans (measured with g++ 12).
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 
 # Two components are installed: "programmes", and "kit" for whoever builds on it.
 include(GNUInstallDirs)
@@ -67,4 +65,21 @@ function(tarnavelle_famille nom)
   install(TARGETS ${cible} EXPORT TarnavelleKit COMPONENT kit
     FILE_SET HEADERS DESTINATION ${TARNAVELLE_ENTETES} COMPONENT kit INCLUDES DESTINATION ${TARNAVELLE_ENTETES})
   set_property(GLOBAL APPEND PROPERTY TARNAVELLE_FAMILLES ${nom})
+endfunction()
+
+# A program that is installed: its main, and all the rest as the library <name>-lib, which tests link. Called from its
+# folder; what follows the name is linked to the library.
+function(tarnavelle_programme nom)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  list(REMOVE_ITEM sources ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
+  add_library(${nom}-lib STATIC ${sources})
+  target_include_directories(${nom}-lib PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${nom}-lib ${ARGN})
+  tarnavelle_avertir(${nom}-lib)
+
+  add_executable(${nom} main.cpp)
+  target_link_libraries(${nom} PRIVATE ${nom}-lib)
+  tarnavelle_avertir(${nom})
+  tarnavelle_lier_statiquement(${nom})
+  install(TARGETS ${nom} RUNTIME)
 endfunction()
