@@ -1,17 +1,19 @@
-// What the rows of the table are written with. Private to this folder.
+// What the rows of the table are written with, and where they stand. Private to this folder.
 #pragma once
 
-#include <algorithm>
-#include <iterator>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
-#include "Porte/OutilVoix.hpp"
+#include "Porte/LigneVerbe.hpp"
 #include "Socle/LectureJSON.hpp"
-#include "Socle/Texte.hpp"
 
 namespace tarnavelle::interne {
+
+using namespace Champ;
+using Args = const Json&;
+using C = CommandeControle;
 
 inline ParamVoix requis(std::string nom, std::string description) {
   return {std::move(nom), ParamVoix::Genre::texte, std::move(description), true};
@@ -29,11 +31,10 @@ T premier(T valeur, std::type_identity_t<T> repli) {
   return valeur.empty() ? repli : valeur;
 }
 
-/// The names to spare, from both keys: the English one adds to the French one.
-inline std::string epargnes(const Json& a) {
-  auto noms = Champ::liste(a, "sauf");
-  std::ranges::move(Champ::liste(a, "except"), std::back_inserter(noms));
-  return Texte::joindre(noms, ", ");
-}
+/// The rows, by kind of verb.
+std::vector<LigneVerbe> verbesPlateau();
+std::vector<LigneVerbe> verbesAgents();
+std::vector<LigneVerbe> verbesTerminaux();
+std::vector<LigneVerbe> verbesMessages();
 
 }  // namespace tarnavelle::interne
