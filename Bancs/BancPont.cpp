@@ -60,8 +60,7 @@ BENCHMARK(ecrireReponse);
 /// A whole request that needs no door, from its text to its reply line.
 void servir(benchmark::State& etat, std::string_view ligne) {
   Repartiteur repartiteur({.environnement = [] { return Variables({}); }, .binaireMCP = "mcp"});
-  for (auto _ : etat)
-    benchmark::DoNotOptimize(repartiteur.traiter(LectureJSON::objet(ligne, Repartiteur::membresLus).value()));
+  for (auto _ : etat) benchmark::DoNotOptimize(repartiteur.repondre({ligne}));
 }
 BENCHMARK_CAPTURE(servir, ping, ping);
 BENCHMARK_CAPTURE(servir, liste, R"({"id":7,"method":"tools/list"})");

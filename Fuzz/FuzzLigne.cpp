@@ -6,6 +6,7 @@
 #include "Socle/Texte.hpp"
 
 using namespace tarnavelle;
+using nlohmann::literals::operator""_json_pointer;
 
 int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   static Repartiteur repartiteur({.environnement =
@@ -13,20 +14,23 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
                                         return Variables{{"HOME", "/dev/null"}};
                                       },
                                   .binaireMCP = "mcp"});
-  const auto objet = LectureJSON::objet(Texte::rogner(vue(octets, taille)));
-  if (!objet) return 0;
-  const auto ecrit = EcritureJSON::compacte(*objet);
-  exiger(ecrit && LectureJSON::objet(*ecrit) == objet);
-  exiger(LectureJSON::objet(EcritureJSON::lisible(*objet).value()) == objet);
-
-  const auto message = LectureJSON::objet(Texte::rogner(vue(octets, taille)), Repartiteur::membresLus);
-  exiger(message.has_value());
-  if (const auto ligne = repartiteur.traiter(*message)) {
-    exiger(ligne->find('\n') == std::string::npos);
-    const auto reponse = LectureJSON::objet(*ligne);
-    exiger(reponse && PorteMCP::ligne(*reponse) == *ligne);
-    exiger(reponse->at("id") == objet->value("id", Json()));
-    exiger(reponse->contains("result") != reponse->contains("error"));
+  const auto texte = vue(octets, taille);
+  const auto reponse = repartiteur.repondre({texte});
+  const auto objet = LectureJSON::objet(Texte::rogner(texte));
+  if (objet) {
+    const auto ecrit = EcritureJSON::compacte(*objet);
+    exiger(ecrit && LectureJSON::objet(*ecrit) == objet);
+    exiger(LectureJSON::objet(EcritureJSON::lisible(*objet).value()) == objet);
   }
+  if (!reponse) {
+    exiger(objet || Texte::rogner(texte).empty());
+    return 0;
+  }
+  exiger(reponse->find('\n') == std::string::npos);
+  const auto lue = LectureJSON::objet(*reponse);
+  exiger(lue && PorteMCP::ligne(*lue) == *reponse);
+  exiger(lue->at("id") == (objet ? objet->value("id", Json()) : Json()));
+  exiger(lue->contains("result") != lue->contains("error"));
+  exiger((lue->value("/error/code"_json_pointer, 0) == -32700) == !objet);
   return 0;
 }

@@ -1,4 +1,4 @@
-// What the agent is given of the door's reply: the result of an MCP tool call. Pure.
+// What the agent is given of the door's reply: the result of an MCP tool call. Safe from any thread.
 #pragma once
 
 #include "Appel/AppelPorte.hpp"

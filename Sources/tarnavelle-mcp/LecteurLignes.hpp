@@ -1,5 +1,5 @@
 // Lines from a file descriptor, read in blocks. A line is a view into the reader's buffer, valid until
-// the next call. The last line counts even without a line feed.
+// the next call. The last line counts even without a line feed. Serves one thread at a time.
 #pragma once
 
 #include <cstddef>

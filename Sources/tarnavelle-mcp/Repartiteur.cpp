@@ -7,11 +7,17 @@
 
 #include "ContenuReponse.hpp"
 #include "Porte/GuideAgent.hpp"
+#include "Socle/LectureJSON.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
 
+using PorteMCP::CodeErreur;
+
+/// What is read of a request.
 constexpr std::array<std::string_view, 3> cles = {"id", "method", "params"};
+constexpr LectureJSON::Filtre membresLus{.cles = cles, .enTeteSeulement = true};
 
 /// The member when it is an object, taken out of its parent; else an empty object.
 Json prendreObjet(Json& parent, std::string_view cle) {
@@ -22,15 +28,21 @@ Json prendreObjet(Json& parent, std::string_view cle) {
 
 }  // namespace
 
-constinit const LectureJSON::Filtre Repartiteur::membresLus{.cles = cles, .enTeteSeulement = true};
-
-std::optional<std::string> Repartiteur::traiter(Json message) {
-  auto reponse = repondre(message);
-  message.clear();  // member by member: the destructor would first gather them in a list of its own
-  return reponse;
+std::optional<std::string> Repartiteur::repondre(const LecteurLignes::Ligne& ligne) {
+  const auto texte = Texte::rogner(ligne.texte);
+  if (texte.empty() && !ligne.tropLongue) return std::nullopt;
+  try {
+    if (auto message = LectureJSON::objet(texte, membresLus)) {
+      auto reponse = traiter(*message);
+      message->clear();  // member by member: the destructor would first gather them in a list of its own
+      return reponse;
+    }
+  } catch (const std::bad_alloc&) {  // a line too large for this machine
+  }
+  return PorteMCP::ligne(PorteMCP::erreur({}, CodeErreur::illisible, "JSON illisible"));
 }
 
-std::optional<std::string> Repartiteur::repondre(Json& message) {
+std::optional<std::string> Repartiteur::traiter(Json& message) {
   PorteMCP::Identifiant id;
   if (const auto membre = message.find("id"); membre != message.end()) id = std::move(*membre);
   const auto membre = message.find("method");
@@ -42,7 +54,6 @@ std::optional<std::string> Repartiteur::repondre(Json& message) {
   if (methode == "ping") return PorteMCP::ligneResultat(id, "{}");
   if (methode == "tools/list") return PorteMCP::ligneListe(id);
   if (!id) return std::nullopt;
-  using PorteMCP::CodeErreur;
   if (methode != "tools/call")
     return PorteMCP::ligne(
         PorteMCP::erreur(std::move(id), CodeErreur::methodeInconnue, "Méthode inconnue : " + methode));

@@ -1,4 +1,5 @@
-// What each JSON-RPC request means. Keeps nothing between requests but the door's connection.
+// What each JSON-RPC line means: a line goes in, its reply comes out. Keeps nothing between requests but the
+// door's connection, and what `PorteControle` remembers of an address. One thread.
 #pragma once
 
 #include <functional>
@@ -6,18 +7,15 @@
 #include <string>
 
 #include "Appel/AppelPorte.hpp"
+#include "LecteurLignes.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Socle/Environnement.hpp"
-#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
 
 class Repartiteur {
  public:
-  /// What is read of a request.
-  static const LectureJSON::Filtre membresLus;
-
   /// What the dispatcher reads of the outside, asked afresh at every call.
   struct Monde {
     std::function<Variables()> environnement = Variables::duProcessus;
@@ -27,11 +25,12 @@ class Repartiteur {
 
   explicit Repartiteur(Monde monde) : monde_(std::move(monde)), appel_(monde_.bornes) {}
 
-  /// The reply line to one request, without its line feed; nothing when it must not be answered.
-  std::optional<std::string> traiter(Json message);
+  /// The reply to one line, without its line feed; nothing when it must not be answered. What is no JSON
+  /// object, or is too long to be read, is answered as unreadable.
+  std::optional<std::string> repondre(const LecteurLignes::Ligne& ligne);
 
  private:
-  std::optional<std::string> repondre(Json& message);
+  std::optional<std::string> traiter(Json& message);
   PorteMCP::ResultatAppel appeler(const std::string& outil, Json arguments);
 
   Monde monde_;

@@ -1,7 +1,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "Boucle.hpp"
+#include "Service.hpp"
 #include "Socle/Texte.hpp"
 
 int main(int argc, char** argv) {

@@ -1,4 +1,4 @@
-// The dispatcher against doors that answer anything; the real program is driven from outside.
+// Lines given to the dispatcher, and doors that answer anything; the real program is driven from outside.
 #include "Repartiteur.hpp"
 
 #include <gtest/gtest.h>
@@ -27,11 +27,9 @@ struct Monde {
       {.environnement = [this] { return Variables(table); }, .binaireMCP = "/pont", .bornes = breves}};
 
   std::string appeler(std::string_view outil, Json arguments = Json::object()) {
-    const auto ligne =
-        repartiteur.traiter({{"id", 1},
-                             {"method", "tools/call"},
-                             {"params", {{"name", outil}, {"arguments", std::move(arguments)}}}});
-    const auto contenu = Json::parse(ligne.value())["result"];
+    const Json params = {{"name", outil}, {"arguments", std::move(arguments)}};
+    const auto appel = Json{{"id", 1}, {"method", "tools/call"}, {"params", params}}.dump();
+    const auto contenu = Json::parse(repartiteur.repondre({appel}).value())["result"];
     return (contenu["isError"] ? "KO " : "ok ") + contenu["content"][0]["text"].get<std::string>();
   }
 };
@@ -78,6 +76,11 @@ TEST(Pont, RendLeGuideSansLaPorte) {
   const auto guide = GuideAgent::markdown(
       GuideAgent::Contexte::depuisEnvironnement(monde.table, {.binaireCtl = "", .binaireMCP = "/pont"}));
   EXPECT_EQ(monde.appeler("trv_guide", {{"cible", "x"}}), "ok " + guide);
+}
+
+TEST(Pont, UneLigneTropLongueEstIllisible) {
+  EXPECT_EQ(Monde().repartiteur.repondre({.texte = {}, .tropLongue = true}),
+            R"({"error":{"code":-32700,"message":"JSON illisible"},"id":null,"jsonrpc":"2.0"})");
 }
 
 TEST(Pont, TrouveUnCockpitReparti) {
