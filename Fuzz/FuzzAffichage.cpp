@@ -37,6 +37,6 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   const auto lue = LigneCommande::lire(mots);
   if (const auto* ligne = std::get_if<LigneCommande>(&lue); ligne && ligne->commande.outil)
     for (const ParamVoix& p : ligne->commande.outil->parametres)
-      exiger(!p.requis || ligne->aide || ligne->version || ligne->arguments.contains(p.nom));
+      exiger(!p.requis || ligne->aide || ligne->version || ligne->charge.contains(p.nom));
   return 0;
 }

@@ -102,11 +102,8 @@ std::string usage(const OutilVoix* outil) {
   std::string ligne = "Usage : tarnavellectl";
   if (!outil) return ligne + " VERBE [MOTS…] [--option VALEUR] [--drapeau]";
   ligne += " " + outil->nom;
-  // In the order in which words fill them; a boolean takes none.
-  for (const bool requis : {true, false})
-    for (const ParamVoix& p : outil->parametres)
-      if (p.requis == requis && p.genre == ParamVoix::Genre::texte)
-        ligne += requis ? " " + majuscules(p.nom) : " [" + majuscules(p.nom) + "]";
+  for (const ParamVoix* p : outil->textes())
+    ligne += p->requis ? " " + majuscules(p->nom) : " [" + majuscules(p->nom) + "]";
   for (const ParamVoix& p : outil->parametres)
     if (p.genre == ParamVoix::Genre::booleen) ligne += " [" + formeOption(outil, p) + "]";
   return ligne;

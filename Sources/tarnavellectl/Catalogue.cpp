@@ -115,16 +115,6 @@ std::vector<std::string_view> autresNoms(const OutilVoix& outil) {
   return {};
 }
 
-std::string commeOption(const ParamVoix& parametre) {
-  std::string option = "--" + parametre.nom;
-  std::ranges::replace(option, '_', '-');
-  return option;
-}
-
-bool nomme(std::string_view nom, const ParamVoix& parametre) {
-  std::string forme(nom);
-  std::ranges::replace(forme, '-', '_');
-  return forme == parametre.nom;
-}
+std::string commeOption(const ParamVoix& parametre) { return "--" + parametre.avecTirets(); }
 
 }  // namespace tarnavelle

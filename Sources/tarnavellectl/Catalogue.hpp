@@ -53,7 +53,4 @@ std::vector<std::string_view> autresNoms(const OutilVoix& outil);
 /// A parameter as an option: "--depuis-prompt".
 std::string commeOption(const ParamVoix& parametre);
 
-/// Whether a name, without leading dashes, as it is or dashed, names the parameter.
-bool nomme(std::string_view nom, const ParamVoix& parametre);
-
 }  // namespace tarnavelle

@@ -17,7 +17,7 @@
 #include "DirePorte.hpp"
 #include "LigneCommande.hpp"
 #include "Photo.hpp"
-#include "Porte/CommandeControle.hpp"
+#include "Porte/LigneVerbe.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Porte/ReponsePorte.hpp"
@@ -95,7 +95,7 @@ int rendre(const Coffre& coffre, const RecherchePorte& recherche, const LigneCom
 }
 
 int appeler(const LigneCommande& ligne, Session& session) {
-  Json corps = CommandeControle::chargeGenerique(ligne.mot, ligne.mots);
+  Json corps = ligne.charge;
   PorteMCP::completerAgent(corps, session.environnement.texte("TARNAVELLE_NODE_ID").value_or(""));
   if (ligne.commande.outil && !Chemins::rendreAbsolus(corps, *ligne.commande.outil, session))
     return Statut::mauvaiseLigne;
@@ -123,7 +123,7 @@ int mener(const LigneCommande& ligne, Session& session) {
   if (ligne.aide) return Commandes::aide(session, {{"verbe", ligne.mot}});
   if (!ligne.laisses.empty())
     session.erreurs.avertir("De trop, et laissé de côté : " + Texte::joindre(ligne.laisses, ", ", citer) + ".");
-  return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.arguments)
+  return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.charge)
                                : appeler(ligne, session);
 }
 
@@ -131,11 +131,10 @@ int mener(const LigneCommande& ligne, Session& session) {
 
 std::chrono::seconds patience(const Json& corps) {
   constexpr std::chrono::seconds marge{10}, attenteDefaut{60}, attenteMax{300}, autres{90};
-  const auto commande = CommandeControle::decoderObjet(Champ::texte(corps, "action"), corps);
-  const auto* attendre = std::get_if<CommandeControle::attendre>(&commande.cas);
-  if (!attendre) return autres;
-  if (attendre->timeoutS <= 0) return attenteDefaut + marge;
-  return std::min(attenteMax, std::chrono::seconds(attendre->timeoutS)) + marge;
+  const LigneVerbe* verbe = LigneVerbe::de(Champ::texte(corps, "action"));
+  if (!verbe || verbe->delai.empty()) return autres;
+  const auto delai = Champ::entier(corps, verbe->delai, 0);
+  return (delai <= 0 ? attenteDefaut : std::min(attenteMax, std::chrono::seconds(delai))) + marge;
 }
 
 int executer(const std::vector<std::string>& mots, Session& session) {

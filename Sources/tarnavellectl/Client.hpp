@@ -1,5 +1,6 @@
 // The command-line client: one command line carried out, one exit status. A verb is one call of the door;
-// its reply is shown as a sentence, as data laid out, or as it came.
+// its reply is shown as a sentence, as data laid out, or as it came. The client is one thread: what takes a
+// `Session` serves one at a time.
 #pragma once
 
 #include <chrono>
@@ -14,8 +15,8 @@ namespace tarnavelle::Client {
 /// Carries out the words that follow the program's name and returns the exit status (`Statut`).
 int executer(const std::vector<std::string>& mots, Session& session);
 
-/// How long to wait for the door's answer to a body. `attendre` may take the time it asks for, up to the
-/// door's own ceiling; any other verb a minute and a half, for some go through a model.
+/// How long to wait for the door's answer to a body. A verb whose row names a delay may take the one it is
+/// given, up to the door's own ceiling; any other a minute and a half, for some go through a model.
 std::chrono::seconds patience(const Json& corps);
 
 }  // namespace tarnavelle::Client

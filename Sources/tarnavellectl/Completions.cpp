@@ -64,7 +64,7 @@ class Contexte {
   const ParamVoix* parametre(std::string_view nom) const {
     if (!commande_.outil) return nullptr;
     for (const ParamVoix& p : commande_.outil->parametres)
-      if (nomme(nom, p)) return &p;
+      if (p.estNomme(nom)) return &p;
     return nullptr;
   }
 
@@ -99,14 +99,12 @@ class Contexte {
     return liste;
   }
 
-  /// The next word fills the next open parameter, the required ones first.
+  /// The next word fills the next open parameter.
   std::vector<Candidat> mot(const std::function<std::vector<std::string>()>& agents) const {
     if (!commande_.outil) return {};
     std::size_t rang = mots_;
-    for (const bool requis : {true, false})
-      for (const ParamVoix& p : commande_.outil->parametres)
-        if (p.requis == requis && p.genre == Genre::texte && !donnes_.contains(&p) && rang-- == 0)
-          return valeurs(p, "", agents);
+    for (const ParamVoix* p : commande_.outil->textes())
+      if (!donnes_.contains(p) && rang-- == 0) return valeurs(*p, "", agents);
     return {};
   }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "Porte/CommandeControle.hpp"
 #include "Proche.hpp"
 #include "Socle/Texte.hpp"
 
@@ -42,7 +43,7 @@ class Decoupage {
       else if (ligne_.mot.empty())
         nommer(mot);
       else
-        ligne_.mots.positionnels.push_back(mot);
+        donnes_.positionnels.push_back(mot);
     }
     // Whoever asks for help does not want to be told off.
     if (ligne_.aide || ligne_.version) return std::move(ligne_);
@@ -64,13 +65,13 @@ class Decoupage {
     if (const OutilVoix* outil = ligne_.commande.outil)
       for (const auto& [commun, champ] : optionsCommunes())
         if (ligne_.*champ && std::ranges::count(outil->parametres, commun.nom, &ParamVoix::nom) > 0)
-          ligne_.mots.drapeaux.insert(commun.nom);
+          donnes_.drapeaux.insert(commun.nom);
   }
 
   /// Whether the option of that name, and perhaps a value, would be one with two dashes.
   bool nommeUneOption(std::string_view texte) const {
     return std::ranges::any_of(
-        options(), [nom = texte.substr(0, texte.find('='))](const ParamVoix& p) { return nomme(nom, p); });
+        options(), [nom = texte.substr(0, texte.find('='))](const ParamVoix& p) { return p.estNomme(nom); });
   }
 
   /// The options that may stand here.
@@ -90,9 +91,9 @@ class Decoupage {
     const OutilVoix* outil = ligne_.commande.outil;
     if (outil)
       for (const ParamVoix& p : outil->parametres)
-        if (nomme(nom, p)) return p.genre == Genre::booleen ? booleen(p, valeur) : valeurDe(p, valeur);
+        if (p.estNomme(nom)) return p.genre == Genre::booleen ? booleen(p, valeur) : valeurDe(p, valeur);
     for (const OptionCommune& commune : optionsCommunes())
-      if (nomme(nom, commune.parametre)) {
+      if (commune.parametre.estNomme(nom)) {
         if (valeur) return refuser(commeOption(commune.parametre) + " ne prend pas de valeur.");
         ligne_.*commune.champ = true;
         return;
@@ -119,8 +120,8 @@ class Decoupage {
     if (valeur) {
       const auto lue = commeBooleen(*valeur);
       if (!lue) return refuser(option + " vaut true ou false, pas " + citer(*valeur) + ".");
-      ligne_.mots.drapeaux.erase(param.nom);
-      ligne_.mots.options[param.nom] = *lue ? "true" : "false";
+      donnes_.drapeaux.erase(param.nom);
+      donnes_.options[param.nom] = *lue ? "true" : "false";
       return;
     }
     if (i_ + 1 < mots_.size() && commeBooleen(mots_[i_ + 1])) {
@@ -128,8 +129,8 @@ class Decoupage {
       return refuser(option + " ne prend pas de mot pour valeur. Écrivez " + option + "=" + suivant +
                      ", ou placez le mot « " + suivant + " » avant l'option.");
     }
-    ligne_.mots.options.erase(param.nom);
-    ligne_.mots.drapeaux.insert(param.nom);
+    donnes_.options.erase(param.nom);
+    donnes_.drapeaux.insert(param.nom);
   }
 
   void valeurDe(const ParamVoix& param, std::optional<std::string> valeur) {
@@ -144,23 +145,23 @@ class Decoupage {
       if (!Texte::utf8Valide(*valeur))
         return refuser("La valeur de " + commeOption(param) + " n'est pas de l'UTF-8 valide.");
     }
-    ligne_.mots.options[param.nom] = std::move(*valeur);
+    donnes_.options[param.nom] = std::move(*valeur);
   }
 
   void achever() {
     if (ligne_.mot.empty()) return refuser("Il manque le verbe.");
-    const OutilVoix* outil = ligne_.commande.outil;
-    if (outil) ligne_.arguments = outil->arguments(ligne_.mots);
+    const auto [outil, locale] = ligne_.commande;
+    ligne_.charge = locale ? outil->arguments(donnes_) : CommandeControle::chargeGenerique(ligne_.mot, donnes_);
     std::size_t places = 0;  // words that fill a parameter
     if (outil)
       for (const ParamVoix& p : outil->parametres) {
-        const bool donne = ligne_.arguments.contains(p.nom);
+        const bool donne = ligne_.charge.contains(p.nom);
         if (p.requis && !donne)
           return refuser("Il manque « " + p.nom + " ». " + p.description +
                          (p.description.ends_with('.') ? "" : "."));
-        places += donne && p.genre == Genre::texte && !ligne_.mots.options.contains(p.nom);
+        places += donne && p.genre == Genre::texte && !donnes_.options.contains(p.nom);
       }
-    const auto& mots = ligne_.mots.positionnels;
+    const auto& mots = donnes_.positionnels;
     ligne_.laisses.insert(ligne_.laisses.begin(), mots.begin() + static_cast<std::ptrdiff_t>(places),
                           mots.end());
   }
@@ -168,6 +169,7 @@ class Decoupage {
   const std::vector<std::string>& mots_;
   std::size_t i_ = 0;
   LigneCommande ligne_;
+  MotsCLI donnes_;  ///< under the parameters' own names; a boolean's value is "true" or "false"
   std::optional<FauteLigne> faute_;
 };
 

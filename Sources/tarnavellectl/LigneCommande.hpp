@@ -1,4 +1,5 @@
-// The command line, split: VERB [words…] [--option value] [--flag]. Pure.
+// The command line, split: VERB [words…] [--option value] [--flag]. Plain values,
+// safe from any thread.
 //
 // Options are those with two dashes, dashed or underscored, before or after the words; "--option=value"
 // too; "--" ends them. After the verb, a word with one dash is a word ("-3"), but for "-h"; one that names an
@@ -26,8 +27,9 @@ struct FauteLigne {
 struct LigneCommande {
   std::string mot;  ///< the verb as typed, empty when there is none
   CommandeNommee commande;
-  MotsCLI mots;  ///< option names are those of the parameters, a boolean's value is "true" or "false"
-  Json arguments = Json::object();   ///< what the words make of a known command, unless help is asked for
+  /// What the words make, unless help is asked for: the body to post for a verb, be it known or not; for a
+  /// command of the client's own, its arguments.
+  Json charge = Json::object();
   std::vector<std::string> laisses;  ///< surplus words, and the options of an unknown verb
   bool json = false;
   bool donnees = false;

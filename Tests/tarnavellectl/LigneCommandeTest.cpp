@@ -26,8 +26,7 @@ std::string lire(const Mots& mots) {
   const auto lue = LigneCommande::lire(mots);
   if (const auto* faute = std::get_if<FauteLigne>(&lue)) return faute->message;
   const auto& ligne = std::get<LigneCommande>(lue);
-  std::string texte = ligne.aide ? "aide " + ligne.mot
-                                 : PorteMCP::ligne(CommandeControle::chargeGenerique(ligne.mot, ligne.mots));
+  std::string texte = ligne.aide ? "aide " + ligne.mot : PorteMCP::ligne(ligne.charge);
   for (const auto& mot : ligne.laisses) texte += " | " + mot;
   return (ligne.json ? "json " : "") + texte;
 }

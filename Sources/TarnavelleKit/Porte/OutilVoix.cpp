@@ -7,16 +7,11 @@
 namespace tarnavelle {
 namespace {
 
-std::string avecTirets(std::string nom) {
-  std::ranges::replace(nom, '_', '-');
-  return nom;
-}
-
 /// What a table of names holds for a parameter, under its name or else its dashed form.
 template <class Table>
-auto trouver(const Table& table, const std::string& nom) {
-  const auto trouve = table.find(nom);
-  return trouve != table.end() ? trouve : table.find(avecTirets(nom));
+auto trouver(const Table& table, const ParamVoix& p) {
+  const auto trouve = table.find(p.nom);
+  return trouve != table.end() ? trouve : table.find(p.avecTirets());
 }
 
 }  // namespace
@@ -35,6 +30,16 @@ std::optional<ParamVoix::Genre> genreDepuis(std::string_view brute) {
   return std::nullopt;
 }
 
+std::string ParamVoix::avecTirets() const {
+  std::string forme = nom;
+  std::ranges::replace(forme, '_', '-');
+  return forme;
+}
+
+bool ParamVoix::estNomme(std::string_view donne) const {
+  return std::ranges::equal(donne, nom, {}, [](char c) { return c == '-' ? '_' : c; });
+}
+
 Json OutilVoix::schema() const {
   Json proprietes = Json::object();
   Json requis = Json::array();
@@ -48,25 +53,30 @@ Json OutilVoix::schema() const {
 std::set<std::string, std::less<>> OutilVoix::drapeauxBooleens() const {
   std::set<std::string, std::less<>> noms;
   for (const ParamVoix& p : parametres)
-    if (p.genre == ParamVoix::Genre::booleen) noms.insert({p.nom, avecTirets(p.nom)});
+    if (p.genre == ParamVoix::Genre::booleen) noms.insert({p.nom, p.avecTirets()});
   return noms;
+}
+
+std::vector<const ParamVoix*> OutilVoix::textes() const {
+  std::vector<const ParamVoix*> ordre;
+  for (const bool requis : {true, false})
+    for (const ParamVoix& p : parametres)
+      if (p.genre == ParamVoix::Genre::texte && p.requis == requis) ordre.push_back(&p);
+  return ordre;
 }
 
 Json OutilVoix::arguments(const MotsCLI& mots) const {
   Json charge = Json::object();
-  std::vector<const ParamVoix*> ouverts;
   for (const ParamVoix& p : parametres) {
     const bool booleen = p.genre == ParamVoix::Genre::booleen;
-    if (const auto option = trouver(mots.options, p.nom); option != mots.options.end())
+    if (const auto option = trouver(mots.options, p); option != mots.options.end())
       charge[p.nom] = booleen ? Json(Texte::minuscules(option->second) != "false") : Json(option->second);
-    else if (booleen && trouver(mots.drapeaux, p.nom) != mots.drapeaux.end())
+    else if (booleen && trouver(mots.drapeaux, p) != mots.drapeaux.end())
       charge[p.nom] = true;
-    else if (!booleen)
-      ouverts.push_back(&p);
   }
-  std::stable_partition(ouverts.begin(), ouverts.end(), [](const ParamVoix* p) { return p->requis; });
-  for (std::size_t i = 0; i < ouverts.size() && i < mots.positionnels.size(); ++i)
-    charge[ouverts[i]->nom] = mots.positionnels[i];
+  auto mot = mots.positionnels.begin();
+  for (const ParamVoix* p : textes())
+    if (mot != mots.positionnels.end() && !charge.contains(p->nom)) charge[p->nom] = *mot++;
   return charge;
 }
 

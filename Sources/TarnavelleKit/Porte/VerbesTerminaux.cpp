@@ -127,7 +127,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
                               .timeoutS = entier(a, "timeout_s", 0)}};
        },
        {},
-       {.lectureSeule = true}},
+       {.lectureSeule = true},
+       "timeout_s"},
 
       {{"envoyer_touches",
         "Envoie des TOUCHES dans le terminal d'un agent — ce qu'un texte ne sait pas faire : répondre à un "

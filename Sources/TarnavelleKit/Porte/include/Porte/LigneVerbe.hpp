@@ -1,4 +1,4 @@
-// A row of the table of verbs: all there is to know of one. Plain values.
+// A row of the table of verbs: all there is to know of one. Plain values, safe from any thread.
 #pragma once
 
 #include <optional>
@@ -35,6 +35,7 @@ struct LigneVerbe {
   CommandeControle (*decoder)(const Json& arguments);  ///< never fails; reads through `Champ`
   std::vector<Parametre> parametres = {};              ///< those that designate something, "agent" aside
   EffetsVerbe effets = {};
+  std::string_view delai = {};  ///< the parameter that says, in seconds, how long the reply may take, if any
 
   /// The row of exactly that verb, or null.
   static const LigneVerbe* de(std::string_view verbe);

@@ -1,6 +1,6 @@
 // One verb of the control door as it is shown to a model: its French description and its parameters,
-// and how the words of a command line fill them. Plain values; the table of verbs itself is in
-// TableVerbes, the splitting of a command line in the client.
+// and how the words of a command line fill them. Plain values, safe from any thread; the table of verbs itself
+// is in TableVerbes, the splitting of a command line in the client.
 #pragma once
 
 #include <map>
@@ -24,6 +24,12 @@ struct ParamVoix {
   bool requis = false;
 
   bool operator==(const ParamVoix&) const = default;
+
+  /// The name as an option shows it, less its leading dashes: "depuis-prompt".
+  std::string avecTirets() const;
+
+  /// Whether a command line that gives that name, as it is or dashed, means this parameter.
+  bool estNomme(std::string_view nom) const;
 };
 
 /// JSON-schema name of a genre: "string" or "boolean".
@@ -52,6 +58,9 @@ struct OutilVoix {
 
   /// The names, as they are and dashed, that a command line takes without a value: the booleans.
   std::set<std::string, std::less<>> drapeauxBooleens() const;
+
+  /// The texts in the order in which the words of a command line fill them: the required ones first.
+  std::vector<const ParamVoix*> textes() const;
 
   /// The arguments that a command line gives. A boolean's value is true unless it is "false", whatever
   /// its case. Words fill the texts that no option gave, the required ones first; surplus ones are dropped.
