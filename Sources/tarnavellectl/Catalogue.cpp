@@ -13,56 +13,63 @@ namespace {
 
 using Genre = ParamVoix::Genre;
 
-/// Up to the first full stop that ends a sentence, included.
-std::string_view premierePhrase(std::string_view texte) {
-  const auto fin = texte.find(". ");
-  return fin == texte.npos ? texte : texte.substr(0, fin + 1);
+/// The client's own command so described; null for a verb of the door.
+const CommandeLocale* locale(const OutilVoix& outil) {
+  for (const CommandeLocale& c : commandesLocales())
+    if (c.outil.nom == outil.nom) return &c;
+  return nullptr;
 }
 
 }  // namespace
 
 const std::vector<CommandeLocale>& commandesLocales() {
-  static const std::vector<CommandeLocale> commandes = {
-      {{"aide",
-        "Montre l'aide d'un verbe, ou l'aide générale.",
-        {{"verbe", Genre::texte, "Le verbe, ou la commande, dont on veut tout savoir.", false}}},
-       {"help"},
-       Commandes::aide},
-      {{"mcp-config",
-        "Donne de quoi brancher un agent sur le pont, claude par défaut. La configuration dure : ni adresse ni "
-        "jeton, le pont cherche la porte à chaque appel. La ligne à coller et ce qu'il faut savoir vont sur la "
-        "sortie d'erreur.",
-        Branchement::parametres()},
-       {},
-       Branchement::configurationMCP},
-      {{"guide",
-        "Donne le guide de l'agent Tarnavelle, en Markdown. Le jeton n'y est jamais.",
-        {{"fichier", Genre::booleen,
-          "true pour l'écrire dans guide-SESSION.md, à côté du guide de TARNAVELLE_AGENT_GUIDE, sinon dans le "
-          "dossier courant.",
-          false}}},
-       {},
-       Commandes::guide},
-      {{"completions",
-        "Donne le script de complétion d'un shell : verbes, options, noms. À charger ainsi : « eval "
-        "\"$(tarnavellectl completions bash)\" », de même pour zsh ; « tarnavellectl completions fish | "
-        "source ».",
-        {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
-       {},
-       Commandes::completions},
-      {{"man",
-        "Donne la page de manuel. À lire ainsi : « tarnavellectl man | man -l - » ; sur un Mac, "
-        "« tarnavellectl man | mandoc -a ».",
-        {}},
-       {},
-       Commandes::manuel},
-      {{"porte",
-        "Dit quelle porte serait appelée, pourquoi, et si elle répond. Le jeton n'est jamais montré. La porte "
-        "est interrogée par un verbe qui ne change rien.",
-        {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
-       {},
-       Commandes::porte},
-  };
+  static const auto commandes = [] {
+    std::vector<CommandeLocale> liste = {
+        {"Montre l'aide d'un verbe, ou l'aide générale.",
+         {"aide", "", {{"verbe", Genre::texte, "Le verbe, ou la commande, dont on veut tout savoir.", false}}},
+         {"help"},
+         Commandes::aide,
+         Choix::commande},
+        {"Donne de quoi brancher un agent sur le pont, claude par défaut.",
+         {"mcp-config",
+          " La configuration dure : ni adresse ni jeton, le pont cherche la porte à chaque appel. La ligne à "
+          "coller et ce qu'il faut savoir vont sur la sortie d'erreur.",
+          Branchement::parametres()},
+         {},
+         Branchement::configurationMCP},
+        {"Donne le guide de l'agent Tarnavelle, en Markdown.",
+         {"guide",
+          " Le jeton n'y est jamais.",
+          {{"fichier", Genre::booleen,
+            "true pour l'écrire dans guide-SESSION.md, à côté du guide de TARNAVELLE_AGENT_GUIDE, sinon "
+            "dans le dossier courant.",
+            false}}},
+         {},
+         Commandes::guide},
+        {"Donne le script de complétion d'un shell : verbes, options, noms.",
+         {"completions",
+          " À charger ainsi : « eval \"$(tarnavellectl completions bash)\" », de même pour zsh ; "
+          "« tarnavellectl completions fish | source ».",
+          {{"shell", Genre::texte, "bash, zsh ou fish.", true}}},
+         {},
+         Commandes::completions,
+         Choix::shell},
+        {"Donne la page de manuel.",
+         {"man",
+          " À lire ainsi : « tarnavellectl man | man -l - » ; sur un Mac, « tarnavellectl man | mandoc -a ».",
+          {}},
+         {},
+         Commandes::manuel},
+        {"Dit quelle porte serait appelée, pourquoi, et si elle répond.",
+         {"porte",
+          " Le jeton n'est jamais montré. La porte est interrogée par un verbe qui ne change rien.",
+          {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
+         {},
+         Commandes::porte},
+    };
+    for (CommandeLocale& c : liste) c.outil.description.insert(0, c.bref);
+    return liste;
+  }();
   return commandes;
 }
 
@@ -94,8 +101,9 @@ std::string verbeInconnu(std::string_view mot) {
 }
 
 std::string_view enBref(const OutilVoix& outil) {
-  const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
-  return ligne ? ligne->bref : premierePhrase(outil.description);
+  if (const LigneVerbe* ligne = LigneVerbe::de(outil.nom)) return ligne->bref;
+  const CommandeLocale* c = locale(outil);
+  return c ? c->bref : "";
 }
 
 std::optional<Designe> designe(const OutilVoix& outil, const ParamVoix& parametre) {
@@ -110,9 +118,8 @@ bool vraiParDefaut(const OutilVoix& outil, const ParamVoix& parametre) {
 
 std::vector<std::string_view> autresNoms(const OutilVoix& outil) {
   if (const LigneVerbe* ligne = LigneVerbe::de(outil.nom)) return ligne->alias;
-  for (const CommandeLocale& c : commandesLocales())
-    if (&c.outil == &outil) return c.alias;
-  return {};
+  const CommandeLocale* c = locale(outil);
+  return c ? c->alias : std::vector<std::string_view>{};
 }
 
 std::string commeOption(const ParamVoix& parametre) { return "--" + parametre.avecTirets(); }

@@ -1,6 +1,6 @@
 // What the client can be asked for: the verbs of the door, and the commands that it carries out by itself,
 // described as verbs are. Whatever names a command (splitting, help, completion, manual) goes through
-// here. Immutable.
+// here. Constant tables and plain functions, safe from any thread.
 #pragma once
 
 #include <optional>
@@ -14,10 +14,15 @@
 
 namespace tarnavelle {
 
+/// What the texts given to a command may be.
+enum class Choix { libre, commande, shell };
+
 struct CommandeLocale {
+  std::string_view bref;  ///< the command in one line of a list; its description begins with it
   OutilVoix outil;
   std::vector<std::string_view> alias;                       ///< other names, normalised
   int (*executer)(Session& session, const Json& arguments);  ///< returns the exit status
+  Choix choix = Choix::libre;
 };
 
 const std::vector<CommandeLocale>& commandesLocales();
@@ -38,7 +43,7 @@ std::optional<std::string> nomVoulu(std::string_view mot);
 /// "Verbe inconnu", with the name that was probably meant.
 std::string verbeInconnu(std::string_view mot);
 
-/// A verb or command in one short sentence.
+/// A verb or command in one line of a list.
 std::string_view enBref(const OutilVoix& outil);
 
 /// What a parameter designates, when it is more than a text.

@@ -111,13 +111,14 @@ class Contexte {
   std::vector<Candidat> valeurs(const ParamVoix& p, const std::string& prefixe,
                                 const std::function<std::vector<std::string>()>& agents) const {
     std::vector<Candidat> liste;
+    const Choix choix = commande_.locale ? commande_.locale->choix : Choix::libre;
     if (p.genre == Genre::booleen) {
       for (const char* valeur : {"true", "false"}) liste.push_back({prefixe + valeur, p.description});
     } else if (designe(*commande_.outil, p) == Designe::agent) {
       for (const std::string& nom : agents()) liste.push_back({prefixe + nom, "agent"});
-    } else if (commande_.locale && p.nom == "verbe") {
+    } else if (choix == Choix::commande) {
       liste = commandes();
-    } else if (commande_.locale && p.nom == "shell") {
+    } else if (choix == Choix::shell) {
       for (const ScriptCompletion& script : scriptsCompletion())
         liste.push_back({std::string(script.shell), ""});
     }

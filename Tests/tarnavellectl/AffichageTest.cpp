@@ -68,6 +68,7 @@ TEST(Completions, AuCurseur) {
       {{"dicter", "--", "-"}, ""},
       {{"focus", ""}, "Merlin,Milan 2,"},
       {{"aller_scene", ""}, ""},
+      {{"completions", ""}, "bash,zsh,fish,"},
       {{"-x", "lire", ""}, "Merlin,Milan 2,"},
       {{"porte", "-"}, "--json,--donnees,--help,--version,"},
       {{"attendre", "--timeout-s", "3", ""}, "Merlin,Milan 2,"},
