@@ -3,15 +3,16 @@
 
 #include "Affichage.hpp"
 #include "Cible.hpp"
+#include "Colonnes.hpp"
 #include "LigneCommande.hpp"
-#include "Socle/Colonnes.hpp"
+#include "Socle/Inoffensif.hpp"
 
 using namespace tarnavelle;
 
 namespace {
 
 void exigerInoffensif(const std::string& ligne) {
-  exiger(Colonnes::montrable(ligne) == ligne);
+  exiger(Inoffensif::montrable(ligne) == ligne);
   exiger(std::ranges::none_of(ligne, [](unsigned char c) { return c < 0x20 || c == 0x7F; }));
 }
 
@@ -19,7 +20,7 @@ void exigerInoffensif(const std::string& ligne) {
 
 int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   const auto texte = vue(octets, taille);
-  const std::string montre = Colonnes::montrable(texte);
+  const std::string montre = Inoffensif::montrable(texte);
   exigerInoffensif(montre);
   for (const std::size_t colonnes : {0u, 1u, 7u, 80u}) {
     exiger(Colonnes::largeur(Colonnes::couper(montre, colonnes)) <= colonnes);

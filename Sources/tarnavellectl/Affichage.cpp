@@ -7,8 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "Socle/Colonnes.hpp"
+#include "Colonnes.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/Inoffensif.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Affichage {
@@ -42,7 +43,7 @@ std::string texteDe(const Json& valeur) {
 }
 
 /// A value on one line.
-std::string enLigne(const Json& valeur) { return Colonnes::montrable(texteDe(valeur)); }
+std::string enLigne(const Json& valeur) { return Inoffensif::montrable(texteDe(valeur)); }
 
 /// The keys of the records, those that name a record first.
 std::vector<std::string> cles(const Json& table) {
@@ -68,7 +69,7 @@ struct Colonne {
 std::vector<Colonne> colonnesDe(const Json& table, const std::vector<std::string>& cles) {
   std::vector<Colonne> colonnes;
   for (const std::string& cle : cles) {
-    Colonne colonne{.titre = Colonnes::montrable(cle), .cases = {}};
+    Colonne colonne{.titre = Inoffensif::montrable(cle), .cases = {}};
     bool vide = true;
     for (const Json& fiche : table) {
       const Json* valeur = Champ::membre(fiche, cle);
@@ -117,7 +118,7 @@ class Exposition {
   void lignes(const std::string& texte, std::size_t retrait) {
     for (std::size_t debut = 0; debut <= texte.size();) {
       const auto fin = std::min(texte.find('\n', debut), texte.size());
-      poser(retrait, Colonnes::montrable(std::string_view(texte).substr(debut, fin - debut)));
+      poser(retrait, Inoffensif::montrable(std::string_view(texte).substr(debut, fin - debut)));
       debut = fin + 1;
     }
   }
@@ -161,14 +162,14 @@ class Exposition {
     };
     std::size_t marge = 0;
     for (const auto& [cle, valeur] : objet.items())
-      if (tientEnLigne(valeur)) marge = std::max(marge, Colonnes::largeur(Colonnes::montrable(cle)));
+      if (tientEnLigne(valeur)) marge = std::max(marge, Colonnes::largeur(Inoffensif::montrable(cle)));
     for (const auto& [cle, valeur] : objet.items())
       if (tientEnLigne(valeur))
-        poser(retrait, Colonnes::completer(Colonnes::montrable(cle), marge + gouttiere) + enLigne(valeur));
+        poser(retrait, Colonnes::completer(Inoffensif::montrable(cle), marge + gouttiere) + enLigne(valeur));
     for (const auto& [cle, valeur] : objet.items()) {
       if (tientEnLigne(valeur)) continue;
       if (!page_.empty()) page_.push_back({});
-      poser(retrait, Colonnes::montrable(cle), true);
+      poser(retrait, Inoffensif::montrable(cle), true);
       bloc(valeur, retrait + 2, imbrication + 1);
     }
   }

@@ -9,12 +9,12 @@
 #include "Agents/ConfigurationMCP.hpp"
 #include "Agents/InjectionPorte.hpp"
 #include "Chemins.hpp"
+#include "Colonnes.hpp"
 #include "Depot.hpp"
 #include "DirePorte.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Programme.hpp"
-#include "Socle/Colonnes.hpp"
 #include "Socle/Fichiers.hpp"
 #include "Socle/Texte.hpp"
 

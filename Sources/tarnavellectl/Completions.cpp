@@ -11,7 +11,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteControle.hpp"
 #include "ScriptsCompletion.hpp"
-#include "Socle/Colonnes.hpp"
+#include "Socle/Inoffensif.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Completions {
@@ -34,7 +34,7 @@ std::vector<Candidat> commandes() {
 /// A name that no shell reads anything into but its spaces, and no terminal either: names come from the
 /// door.
 bool docile(std::string_view nom) {
-  if (nom.empty() || nom.starts_with('-') || Colonnes::montrable(nom) != nom) return false;
+  if (nom.empty() || nom.starts_with('-') || Inoffensif::montrable(nom) != nom) return false;
   return std::ranges::all_of(nom, [](unsigned char c) {
     return c >= 0x80 || std::isalnum(c) ||
            std::string_view(" _.,+@-").find(static_cast<char>(c)) != std::string_view::npos;

@@ -3,18 +3,18 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "Socle/Colonnes.hpp"
 #include "Socle/Fichiers.hpp"
+#include "Socle/Inoffensif.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 
 std::string citer(std::string_view mot) {
   constexpr std::size_t caracteresMax = 40;
-  return "« " + Colonnes::montrable(Texte::tronquer(mot, caracteresMax)) + " »";
+  return "« " + Inoffensif::montrable(Texte::tronquer(mot, caracteresMax)) + " »";
 }
 
-Flux::Flux(int descripteur, const Variables& environnement)
+Flux::Sortie(int descripteur, const Variables& environnement)
     : descripteur_(descripteur), terminal_(::isatty(descripteur) == 1) {
   // https://no-color.org: any value but an empty one.
   couleurs_ = terminal_ && environnement.octets("NO_COLOR").value_or("").empty() &&
@@ -33,7 +33,7 @@ void Flux::montrer(const Page& page) {
   std::string texte;
   for (const Ligne& ligne : page) {
     const bool teinte = ligne.titre && couleurs_;
-    texte.append(teinte ? "\033[1m" : "").append(Colonnes::montrable(ligne.texte, "\n\t"));
+    texte.append(teinte ? "\033[1m" : "").append(Inoffensif::montrable(ligne.texte, "\n\t"));
     texte.append(teinte ? "\033[0m\n" : "\n");
   }
   ecrire(texte);
@@ -41,12 +41,12 @@ void Flux::montrer(const Page& page) {
 
 void Flux::avertir(std::string_view message) {
   ecrire((couleurs_ ? "\033[31mtarnavellectl :\033[0m " : "tarnavellectl : ") +
-         Colonnes::montrable(message, "\n\t") + "\n");
+         Inoffensif::montrable(message, "\n\t") + "\n");
 }
 
 void Flux::rendre(std::string_view document) {
   if (!terminal_) return ecrire(document);
-  std::string texte = Colonnes::montrable(document, "\n\t");
+  std::string texte = Inoffensif::montrable(document, "\n\t");
   if (!texte.ends_with('\n')) texte += '\n';
   ecrire(texte);
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Socle/Colonnes.hpp"
+#include "Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -4,10 +4,10 @@
 
 #include <string>
 
+#include "Colonnes.hpp"
 #include "Completions.hpp"
 #include "Photo.hpp"
 #include "Porte/CommandeControle.hpp"
-#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {

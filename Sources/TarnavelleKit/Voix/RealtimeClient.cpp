@@ -3,7 +3,7 @@
 #include <utility>
 #include <variant>
 
-#include "Socle/Colonnes.hpp"
+#include "Socle/Inoffensif.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 #include "Voix/RealtimeFrame.hpp"
@@ -39,7 +39,7 @@ RealtimeClient::RealtimeClient(std::shared_ptr<TransportRealtime> transport, Reg
 RealtimeClient::~RealtimeClient() { close(); }
 
 std::string RealtimeClient::lisible(std::string_view texte) const {
-  return Colonnes::montrable(Texte::sansSecret(texte, reglages_.secret), gardes);
+  return Inoffensif::montrable(Texte::sansSecret(texte, reglages_.secret), gardes);
 }
 
 RefusRealtime RealtimeClient::lisible(const RefusRealtime& refus) const {
@@ -111,7 +111,7 @@ void RealtimeClient::recevoir(std::string_view texte) {
   LectureTrame lue = LectureTrame::lire(texte, reglages_.provider.dialecte);
   if (lue.itemCree) appeler(h.onItemCree, std::move(*lue.itemCree));
   if (lue.transcription && !lue.transcriptionEnCours)
-    appeler(h.onTranscriptionEntree, Colonnes::epurer(*lue.transcription, gardes));
+    appeler(h.onTranscriptionEntree, Inoffensif::epurer(*lue.transcription, gardes));
   if (lue.ecoute) appeler(h.onEcouteEntree, *lue.ecoute);
   if (!texte.empty()) appeler(h.onTrame, texte);
   if (lue.refus) appeler(h.onRefus, lisible(*lue.refus));

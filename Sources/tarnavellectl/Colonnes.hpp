@@ -1,5 +1,5 @@
-// Text for a terminal: how many columns it takes, cut or folded to fit, and made harmless. Widths are
-// those of Unicode: nothing for combining marks, two columns for wide characters. Pure functions.
+// Text on a terminal: how many columns it takes, cut or folded to fit. Widths are those of Unicode: nothing for
+// combining marks, two columns for wide characters. Plain functions, safe from any thread.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +9,7 @@
 
 namespace tarnavelle::Colonnes {
 
-/// The text with whatever could drive or mislead a terminal written out as JSON would ("\u001b", "\n"):
-/// control characters, line separators, invisible formatting such as writing direction. A byte of no
-/// character is written "\xff". The characters of `gardes` stand; so do the joiners of letters and emoji.
-std::string montrable(std::string_view texte, std::string_view gardes = {});
-
-/// The same, left out instead of written out: for words that are to be understood as well as shown.
-std::string epurer(std::string_view texte, std::string_view gardes = {});
-
-/// Columns that the text takes; what `montrable` would write out counts for nothing.
+/// Columns that the text takes; what `Inoffensif::montrable` would write out counts for nothing.
 std::size_t largeur(std::string_view texte);
 
 /// The text when it fits; else the beginning that fits with the "…" that ends it.
