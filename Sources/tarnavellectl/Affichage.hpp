@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "Flux.hpp"
+#include "Sortie.hpp"
 #include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::Affichage {

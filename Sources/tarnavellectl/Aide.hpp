@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Catalogue.hpp"
-#include "Flux.hpp"
+#include "Sortie.hpp"
 
 namespace tarnavelle::Aide {
 

@@ -3,9 +3,9 @@
 #include <system_error>
 
 #include "Appel/AppelPorte.hpp"
-#include "Flux.hpp"
 #include "Socle/Texte.hpp"
 #include "Socle/URL.hpp"
+#include "Sortie.hpp"
 
 namespace tarnavelle::DirePorte {
 namespace {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Flux.hpp"
+#include "Sortie.hpp"
 
 namespace tarnavelle {
 

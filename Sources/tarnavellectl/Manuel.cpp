@@ -34,7 +34,7 @@ std::string troff(std::string_view texte) {
   return (echappe.starts_with('.') ? "\\&" : "") + echappe;
 }
 
-class Page {
+class Troff {
  public:
   std::string texte;
 
@@ -61,7 +61,7 @@ class Page {
   }
 };
 
-void commandeEntiere(Page& page, const OutilVoix& outil) {
+void commandeEntiere(Troff& page, const OutilVoix& outil) {
   page.sousSection(outil.nom);
   page.paragraphe(Aide::usage(&outil));
   page.paragraphe(outil.description);
@@ -72,7 +72,7 @@ void commandeEntiere(Page& page, const OutilVoix& outil) {
 }  // namespace
 
 std::string page() {
-  Page page;
+  Troff page;
   page.texte = ".TH TARNAVELLECTL 1 \"\" \"Tarnavelle " + std::string(versionTarnavelle) + "\"\n";
   page.texte += ".nh\n.ad l\n";  // the formatter may not know how French words are cut
   page.section("NOM");

@@ -1,8 +1,8 @@
 // What a command has to do with the outside: the environment it reads and the two streams it writes.
 #pragma once
 
-#include "Flux.hpp"
 #include "Socle/Environnement.hpp"
+#include "Sortie.hpp"
 
 namespace tarnavelle {
 
@@ -16,8 +16,8 @@ inline constexpr int sansReponse = 3;    ///< no door, or no answer
 
 struct Session {
   Variables environnement = Variables::duProcessus();
-  Flux sortie{1, environnement};
-  Flux erreurs{2, environnement};
+  Sortie sortie{1, environnement};
+  Sortie erreurs{2, environnement};
 };
 
 }  // namespace tarnavelle

@@ -9,7 +9,7 @@
 namespace {
 
 /// A standard stream that the caller has closed would be given to the next file or socket that is opened.
-void occuperLesFluxFermes() {
+void occuperLesDescripteursFermes() {
   for (const int descripteur : {0, 1, 2})
     if (::fcntl(descripteur, F_GETFD) == -1) ::open("/dev/null", O_RDONLY);
 }
@@ -17,7 +17,7 @@ void occuperLesFluxFermes() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  occuperLesFluxFermes();
+  occuperLesDescripteursFermes();
   tarnavelle::Session session;
   const std::vector<std::string> mots(argv + (argc > 0 ? 1 : 0), argv + argc);
   const int statut = tarnavelle::Client::executer(mots, session);

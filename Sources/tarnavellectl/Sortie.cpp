@@ -1,4 +1,4 @@
-#include "Flux.hpp"
+#include "Sortie.hpp"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -14,14 +14,14 @@ std::string citer(std::string_view mot) {
   return "« " + Inoffensif::montrable(Texte::tronquer(mot, caracteresMax)) + " »";
 }
 
-Flux::Sortie(int descripteur, const Variables& environnement)
+Sortie::Sortie(int descripteur, const Variables& environnement)
     : descripteur_(descripteur), terminal_(::isatty(descripteur) == 1) {
   // https://no-color.org: any value but an empty one.
   couleurs_ = terminal_ && environnement.octets("NO_COLOR").value_or("").empty() &&
               environnement.texte("TERM").value_or("dumb") != "dumb";
 }
 
-std::optional<std::size_t> Flux::colonnes() const {
+std::optional<std::size_t> Sortie::colonnes() const {
   if (!terminal_) return std::nullopt;
   constexpr std::size_t usuelles = 80;
   winsize taille{};
@@ -29,7 +29,7 @@ std::optional<std::size_t> Flux::colonnes() const {
   return taille.ws_col;
 }
 
-void Flux::montrer(const Page& page) {
+void Sortie::montrer(const Page& page) {
   std::string texte;
   for (const Ligne& ligne : page) {
     const bool teinte = ligne.titre && couleurs_;
@@ -39,18 +39,18 @@ void Flux::montrer(const Page& page) {
   ecrire(texte);
 }
 
-void Flux::avertir(std::string_view message) {
+void Sortie::avertir(std::string_view message) {
   ecrire((couleurs_ ? "\033[31mtarnavellectl :\033[0m " : "tarnavellectl : ") +
          Inoffensif::montrable(message, "\n\t") + "\n");
 }
 
-void Flux::rendre(std::string_view document) {
+void Sortie::rendre(std::string_view document) {
   if (!terminal_) return ecrire(document);
   std::string texte = Inoffensif::montrable(document, "\n\t");
   if (!texte.ends_with('\n')) texte += '\n';
   ecrire(texte);
 }
 
-void Flux::ecrire(std::string_view octets) { perdu_ = !ecrireTout(descripteur_, octets) || perdu_; }
+void Sortie::ecrire(std::string_view octets) { perdu_ = !ecrireTout(descripteur_, octets) || perdu_; }
 
 }  // namespace tarnavelle

@@ -1,5 +1,5 @@
-// Standard output and standard error, which may be a terminal: whatever comes from elsewhere is shown to a
-// terminal, never sent to it. One thread.
+// Standard output or standard error, which may be a terminal: whatever comes from elsewhere is shown to a
+// terminal, never sent to it. Each serves one thread at a time.
 #pragma once
 
 #include <cstddef>
@@ -23,9 +23,9 @@ using Page = std::vector<Ligne>;
 /// A word of the command line, in quotation marks for a message: on one line, and clipped.
 std::string citer(std::string_view mot);
 
-class Flux {
+class Sortie {
  public:
-  Flux(int descripteur, const Variables& environnement);
+  Sortie(int descripteur, const Variables& environnement);
 
   bool terminal() const { return terminal_; }
 
@@ -43,7 +43,8 @@ class Flux {
   /// written out and a line feed ends it.
   void rendre(std::string_view document);
 
-  /// Whether some write has failed.
+  /// Whether some write has failed: what was to be shown then is missing, or broken off anywhere; what came
+  /// after was tried all the same.
   bool perdu() const { return perdu_; }
 
  private:
