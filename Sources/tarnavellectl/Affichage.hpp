@@ -1,12 +1,12 @@
 // The data of a reply laid out for reading. Lists of records become tables, whose columns are aligned by
-// what the terminal shows. Pure.
+// what the terminal shows. Safe from any thread.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 
-#include "Sortie.hpp"
 #include "Socle/LectureJSON.hpp"
+#include "Sortie.hpp"
 
 namespace tarnavelle::Affichage {
 

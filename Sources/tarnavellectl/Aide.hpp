@@ -1,4 +1,4 @@
-// What the client says of itself and of each command, derived from the catalogue. Pure.
+// What the client says of itself and of each command, as the catalogue describes it. Safe from any thread.
 #pragma once
 
 #include <optional>

@@ -8,7 +8,8 @@
 
 namespace tarnavelle {
 
-/// Writes the file, readable by its owner alone, and shows its path; or says why not and returns `echec`.
+/// Writes the file, readable by its owner alone, and shows its path; or says why not and returns `echec`: what
+/// stood there before then stands there still, whole.
 int deposer(Session& session, const std::filesystem::path& chemin, std::string_view contenu, int echec);
 
 }  // namespace tarnavelle

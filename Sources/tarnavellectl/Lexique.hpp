@@ -1,4 +1,4 @@
-// Lines in two columns: terms, and what is said of each. Pure.
+// Lines in two columns: terms, and what is said of each. A plain value.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The manual page, in French, derived from the catalogue. Pure.
+// The manual page, in French: all that the help tells, and what stands around it. Safe from any thread.
 #pragma once
 
 #include <string>

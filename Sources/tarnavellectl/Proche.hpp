@@ -1,4 +1,4 @@
-// The name that was probably meant. Pure functions.
+// The name that was probably meant. Safe from any thread.
 #pragma once
 
 #include <optional>

@@ -26,6 +26,8 @@ class AppelPorte {
 
   explicit AppelPorte(BornesHTTP bornesAppel = bornes) : bornes_(bornesAppel) {}
 
+  /// Posts a body once. Without a complete response the door may have acted all the same: `echec` tells whether
+  /// any of the request had left, and a call given up after its wait is carried on without the caller.
   Coffre posterPorte(const Json& corps, const PorteResolue& porte);
 
   /// Why the last call has no body; absent when it has one.

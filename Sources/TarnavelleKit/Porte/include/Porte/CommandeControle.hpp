@@ -1,6 +1,7 @@
 // A decoded call of the control door: one case per verb, plus `inconnue`, and the way from an action
 // name and its JSON arguments to that value. What the verbs are stands in TableVerbes; carrying a
-// command out is the cockpit's business. Plain values and pure functions, safe from any thread.
+// command out is the cockpit's business. Plain values, constant tables and plain functions, safe from any
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -190,7 +191,7 @@ struct CommandeControle {
 
   bool operator==(const CommandeControle&) const = default;
 
-  /// The verbs of the door, in the order in which every derived list shows them.
+  /// The verbs of the door, in the order in which they are listed, wherever they are.
   static const std::vector<OutilVoix>& outilsPorte();
 
   /// The verb of exactly that name, or null.

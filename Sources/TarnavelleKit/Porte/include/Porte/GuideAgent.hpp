@@ -1,5 +1,5 @@
 // The agent guide: a French Markdown document that tells an agent where it runs, which variables and
-// tools it has, and the house rules. Its list of tools comes from the verb table. Pure functions.
+// tools it has, and the house rules. Its list of tools comes from the verb table. Safe from any thread.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // The control door of another Mac, reached through a shell on that Mac: the two command lines that the
 // shell runs, which commands may be relayed, and what comes back. How a line gets there and its output
-// returns, and how long an endpoint stays fresh, are the cockpit's business. Pure functions.
+// returns, and how long an endpoint stays fresh, are the cockpit's business. Safe from any thread.
 #pragma once
 
 #include <chrono>

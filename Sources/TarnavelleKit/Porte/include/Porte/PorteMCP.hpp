@@ -1,5 +1,5 @@
-// The door as MCP tools: names, descriptions, request bodies and JSON-RPC replies, all derived from
-// the verb table. Reading lines and calling the door are the bridge's business. Pure functions.
+// The door as MCP tools: names, descriptions, request bodies and JSON-RPC replies, the verbs as their table has
+// them. Reading lines and calling the door are the bridge's business. Safe from any thread.
 // Protocol: Model Context Protocol 2024-11-05 over JSON-RPC 2.0.
 #pragma once
 
