@@ -51,10 +51,12 @@ TEST(CommandeControle, ChargeDUneLigneDeCommande) {
        {{}, {{"timeout_s", "-3"}, {"timeout-s", "9"}}, {}},
        R"({"action":"attendre","timeout_s":"-3"})"},
       {"capture", {{}, {{"TIMEOUT", "1"}}, {"cible", "inconnu"}}, R"({"action":"capture"})"},
+      {"lire-terminal", {{}, {}, {"depuis-prompt"}}, R"({"action":"lire_terminal","depuis_prompt":true})"},
       {"Ouvre-Tout", {{"a"}, {{"b", "c"}}, {"d"}}, R"({"action":"ouvre_tout"})"},
   };
   for (const auto& [verbe, mots, charge] : cas)
     EXPECT_EQ(C::chargeGenerique(verbe, mots), Json::parse(charge)) << verbe;
+  EXPECT_EQ(Json(C::drapeauxBooleens("Read-Terminal")), Json({"depuis-prompt", "depuis_prompt"}));
 }
 
 // Whatever a model or the network sends as arguments, every field takes its default.

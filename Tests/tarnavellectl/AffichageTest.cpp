@@ -66,11 +66,12 @@ TEST(Completions, AuCurseur) {
       {{"dicter", "--texte", "--"}, ""},
       {{"dicter", "--agent", "x", "-"}, "--texte,--valider," + communes},
       {{"dicter", "--", "-"}, ""},
+      {{"lire_terminal", "-"}, "--agent,--depuis-prompt," + communes},
       {{"focus", ""}, "Merlin,Milan 2,"},
       {{"aller_scene", ""}, ""},
       {{"completions", ""}, "bash,zsh,fish,"},
       {{"-x", "lire", ""}, "Merlin,Milan 2,"},
-      {{"porte", "-"}, "--json,--donnees,--help,--version,"},
+      {{"porte", "-"}, communes},
       {{"attendre", "--timeout-s", "3", ""}, "Merlin,Milan 2,"},
       {{"--json", "lire", ""}, "Merlin,Milan 2,"},
   };

@@ -15,6 +15,7 @@ TEST(Colonnes, LargeurEtCoupe) {
       {"e\u0301te\u0301sx", 5, "e\u0301te\u0301…"},  // combining marks
       {"漢字x", 5, "漢…"},                           // half of a wide character does not fit
       {"👩‍🚀ab", 4, "👩‍🚀ab"},
+      {"ab\u00ADcde", 5, "ab\u00ADc…"},  // shown to nobody
       {"❤️❤️", 4, "❤️❤️"},
       {"🇫🇷🇫🇷", 4, "🇫🇷🇫🇷"},
   };
