@@ -5,6 +5,7 @@
 #include <boost/url/rfc/unreserved_chars.hpp>
 #include <cmath>
 
+#include "PhraseReseauInterne.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 #include "Socle/URL.hpp"
@@ -76,23 +77,7 @@ Verdict verdict(const EchecNtfy& echec, int tentative, bool dejaRepris) {
 }
 
 std::string_view phrase(ErreurReseau code) {
-  switch (code) {
-    case ErreurReseau::reseauAbsent:
-    case ErreurReseau::connexionPerdue: return "la liaison réseau a été coupée";
-    case ErreurReseau::delaiDepasse: return "le serveur n'a plus rien dit";
-    case ErreurReseau::hoteIntrouvable:
-    case ErreurReseau::connexionImpossible:
-    case ErreurReseau::resolutionEchouee: return "le serveur ntfy est injoignable";
-    case ErreurReseau::tlsEchoue:
-    case ErreurReseau::certificatNonFiable:
-    case ErreurReseau::certificatPerime:
-    case ErreurReseau::certificatPasEncoreValide:
-    case ErreurReseau::racineInconnue:
-    case ErreurReseau::autoritesIllisibles: return "la liaison chiffrée a échoué";
-    case ErreurReseau::annulee: return "l'écoute a été interrompue";
-    case ErreurReseau::autre: break;
-  }
-  return "la liaison a lâché";
+  return interne::phraseReseau(code, "le serveur ntfy est injoignable");
 }
 
 }  // namespace tarnavelle::AbonnementNtfy

@@ -1,5 +1,5 @@
 // The policy of the subscription to Hermès's topic: whether to subscribe, with which request, how far to
-// catch up after a cut, how long to wait, when to give up. OreilleNtfy carries it out. Pure functions.
+// catch up after a cut, how long to wait, when to give up. OreilleNtfy carries it out. Safe from any thread.
 // Protocol: ntfy, "Subscribe via API".
 #pragma once
 

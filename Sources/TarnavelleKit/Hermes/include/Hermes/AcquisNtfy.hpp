@@ -1,7 +1,7 @@
 // Up to when the notices of a topic are known to have come, and so how far to catch up after a cut: never less
 // than what may be missing, and little more. Not the same as the last sign of life: a stream's "open" comes
 // before what it catches up, and a live notice may come before it too. OreilleNtfy tells what happens. A plain
-// value.
+// value, for one thread at a time.
 //
 // An ntfy server counts the catch-up back from when it reads the request, sends "open", what it has kept in the
 // order of its dates, then keep-alive events; what is published meanwhile comes in between. Protocol: ntfy,

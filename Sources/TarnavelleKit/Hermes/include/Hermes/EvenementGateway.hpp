@@ -1,6 +1,6 @@
 // What the gateway tells during a chat turn: each payload of its stream is one event, in the shapes of chat
 // completions and of the agent's own events. Never fails: a payload that tells nothing usable is `rien`.
-// A key in the object itself wins over the same or another in a nested object. Pure.
+// A key in the object itself wins over the same or another in a nested object. Safe from any thread.
 #pragma once
 
 #include <optional>

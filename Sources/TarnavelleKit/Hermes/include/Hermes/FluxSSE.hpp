@@ -1,6 +1,6 @@
 // One line of a stream of server-sent events (WHATWG HTML, section 9.2), as the ntfy server and the gateway
 // send them: each "data:" line is a payload of its own. Cutting the stream into lines is
-// LecteurLignesFlux's business, what a payload says its reader's. Pure.
+// LecteurLignesFlux's business, what a payload says its reader's. Safe from any thread.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,6 @@
 // Which notices were shown already: a bounded memory of their identifiers, so that one delivered live and
-// again by a catch-up is shown once. Forgets in the order of first arrival. A plain value.
+// again by a catch-up is shown once. Forgets in the order of first arrival. A plain value, for one
+// thread at a time.
 #pragma once
 
 #include <cstddef>

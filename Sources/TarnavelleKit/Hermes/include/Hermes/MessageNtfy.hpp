@@ -1,5 +1,5 @@
 // The notices that Hermès publishes, out of the payloads of the topic's stream. Never fails: a payload that
-// tells nothing usable is `rien`. Pure.
+// tells nothing usable is `rien`. Safe from any thread.
 // Protocol: ntfy, "Subscribe via API", JSON message format.
 #pragma once
 

@@ -1,6 +1,6 @@
 // Where the cockpit listens for Hermès: an ntfy server, a topic and a token. Judges the setting and
 // derives the stream's address; AbonnementNtfy makes the request. Where the three texts are stored is
-// their owner's business. A plain value.
+// their owner's business. A plain value, for any thread while none changes it.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 // What the cockpit asks of the remote agent's gateway: a chat turn, and the answer to a request for approval.
-// Sending them is TourHermes's business and the cockpit's. Pure functions.
+// Sending them is TourHermes's business and the cockpit's. Safe from any thread.
 #pragma once
 
 #include <array>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "Hermes/EvenementGateway.hpp"
-#include "Socle/LectureJSON.hpp"
 #include "Liaison/RequeteHTTP.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::RequeteGateway {
 

@@ -1,5 +1,5 @@
 // Waking the gateway on the remote machine: one decision per observation. Probing, looking for the process,
-// launching it and looping until a decision ends are the cockpit's business. Pure functions.
+// launching it and looping until a decision ends are the cockpit's business. Safe from any thread.
 #pragma once
 
 #include <chrono>

@@ -1,7 +1,6 @@
 // One turn of a conversation with the remote agent: asks the gateway, delivers the events of its answer in
 // their order, and says how it ended, once. A gateway that does not stream but replies with one JSON object is
-// understood too. The connection comes from outside; ConversationHermes brings the
-// real one.
+// understood too. The connection comes from outside; ConversationHermes brings the real one.
 //
 // `jouer` takes the thread it is called on; interrupting the stream ends it at once, from any thread.
 #pragma once
@@ -13,8 +12,9 @@
 #include <string_view>
 #include <variant>
 
+#include "Hermes/ErreurFluxGateway.hpp"
 #include "Hermes/EvenementGateway.hpp"
-#include "Hermes/FluxGateway.hpp"
+#include "Hermes/RepliApresCoupure.hpp"
 #include "Hermes/RequeteGateway.hpp"
 #include "Liaison/FluxLignes.hpp"
 

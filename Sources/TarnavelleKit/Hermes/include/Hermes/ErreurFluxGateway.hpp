@@ -1,4 +1,4 @@
-// How a chat stream with the gateway can fail, and what to do then. TourHermes carries a turn out. Pure.
+// How a chat stream with the gateway can fail. A plain value.
 #pragma once
 
 #include <string>
@@ -34,21 +34,4 @@ struct ErreurFluxGateway {
   static std::string_view phrase(ErreurReseau code);
 };
 
-namespace RepliApresCoupure {
-
-enum class Decision {
-  rejouerEnCLI,       ///< give the user's message to the agent's command-line program instead
-  annoncerSeulement,  ///< the agent may have acted: only tell the user that the stream was cut
-};
-
-/// What the stream showed before it was cut.
-struct Vus {
-  bool aVuUnOutil = false;
-  bool aVuDuTexte = false;
-  bool aVuUnFeuVert = false;  ///< an approval was given
-};
-
-Decision decider(const Vus& vus);
-
-}  // namespace RepliApresCoupure
 }  // namespace tarnavelle
