@@ -3,14 +3,15 @@
 
 #include <string>
 
-#include "Agents/CarnetDeVol.hpp"
+#include "Agents/EvenementVol.hpp"
+#include "Agents/FichierDistant.hpp"
 #include "Agents/TranscriptClaude.hpp"
 #include "Socle/EcritureJSON.hpp"
 
 namespace tarnavelle {
 namespace {
 
-constexpr auto tranche = static_cast<std::size_t>(CarnetDeVol::lectureMax);
+constexpr auto tranche = static_cast<std::size_t>(FichierDistant::lectureMax);
 
 /// A source file or a reply: accents now and then, an escape on every line.
 std::string longTexte(std::size_t taille) {

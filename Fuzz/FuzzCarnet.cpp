@@ -1,7 +1,7 @@
 // A slice of the flight log, as another machine prints it.
 #include <functional>
 
-#include "Agents/CarnetDeVol.hpp"
+#include "Agents/EvenementVol.hpp"
 #include "Cible.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "Agents/CarnetDeVol.hpp"
+#include "Agents/HooksVol.hpp"
 #include "Agents/VoliereTmux.hpp"
 #include "Cible.hpp"
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "Agents/EvenementVol.hpp"
+#include "Agents/HooksVol.hpp"
 #include "Agents/Interprete.hpp"
 #include "DossierTemporaire.hpp"
 #include "Socle/EcritureJSON.hpp"
@@ -156,9 +158,9 @@ TEST(CarnetDeVol, DecodeChaqueLigneDUnJournalQuiGrandit) {
     EXPECT_EQ(consommes, tout.size()) << pas;
   }
   EXPECT_EQ(CarnetDeVol::lire("A\nB").consommes, 2u);
-  EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262143, 0), 10);
-  EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 1), 11);
-  EXPECT_EQ(CarnetDeVol::curseurSuivant(10, 262144, 0), 262154);
+  EXPECT_EQ(FichierDistant::curseurSuivant(10, 262143, 0), 10);
+  EXPECT_EQ(FichierDistant::curseurSuivant(10, 262144, 1), 11);
+  EXPECT_EQ(FichierDistant::curseurSuivant(10, 262144, 0), 262154);
 }
 
 // Each hook appends its object, then its line feed; a long object goes in several writes. Whatever comes in

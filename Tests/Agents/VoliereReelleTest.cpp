@@ -10,7 +10,10 @@
 #include <vector>
 
 #include "Agents/CarnetDeVol.hpp"
+#include "Agents/EvenementVol.hpp"
+#include "Agents/HooksVol.hpp"
 #include "Agents/Interprete.hpp"
+#include "Agents/LancementVol.hpp"
 #include "Agents/VoliereTmux.hpp"
 #include "DossierTemporaire.hpp"
 #include "Socle/EcritureJSON.hpp"
@@ -146,7 +149,7 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
     const auto lecture = CarnetDeVol::lire(tranche);
     lus.insert(lus.end(), lecture.evenements.begin(), lecture.evenements.end());
     vu = lecture.transcript.value_or(vu);
-    curseur = CarnetDeVol::curseurSuivant(curseur, tranche.size(), lecture.consommes);
+    curseur = FichierDistant::curseurSuivant(curseur, tranche.size(), lecture.consommes);
   }
   EXPECT_EQ(lus, attendus);
   EXPECT_EQ(vu, transcript);
@@ -159,11 +162,7 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
   EXPECT_EQ(lancements().size(), 1u);
   EXPECT_EQ(tmux({"show-options", "-v", "-t", session, "mouse"}).texte, "on\n");
 
-  // The sessions as tmux lists them, with the titles after them.
-  const auto lister = [&] {
-    return VoliereTmux::lire(tmux({"list-sessions", "-F", std::string(VoliereTmux::format)}).texte +
-                             executer(CarnetDeVol::commandeTitres(VoliereTmux::marqueTitre, 65536)));
-  };
+  const auto lister = [&] { return VoliereTmux::lire(executer(VoliereTmux::commandeLister(65536))); };
   const std::string codex = VoliereTmux::nommer({"codex", 2});
   ASSERT_TRUE(ouvrir(CarnetDeVol::commandeLancement(AgentCLI::codex(), codex, {"-c", "a=\"l'été\""}), 2));
   EXPECT_EQ(lancements().back(), (Mots{"-c", "a=\"l'été\""}));

@@ -1,6 +1,6 @@
 #include "Agents/TranscriptClaude.hpp"
 
-#include "Agents/CarnetDeVol.hpp"
+#include "Agents/FichierDistant.hpp"
 #include "Socle/LignesJSON.hpp"
 #include "Socle/Texte.hpp"
 
@@ -13,7 +13,7 @@ bool cheminSur(std::string_view chemin) {
 
 std::optional<std::string> commandeLecture(std::string_view chemin, std::int64_t curseur) {
   if (!cheminSur(chemin)) return std::nullopt;
-  return "sh -c '" + CarnetDeVol::impressionDepuis(chemin, curseur) + '\'';
+  return "sh -c '" + FichierDistant::impression(chemin, curseur) + '\'';
 }
 
 Lecture lire(std::string_view data) {

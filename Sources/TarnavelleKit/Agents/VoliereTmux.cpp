@@ -5,6 +5,7 @@
 #include <numeric>
 #include <tuple>
 
+#include "Agents/CarnetDeVol.hpp"
 #include "Agents/LigneTmux.hpp"
 #include "Socle/Chemin.hpp"
 #include "Socle/Collation.hpp"
@@ -68,6 +69,11 @@ std::optional<Nom> decomposer(std::string_view nom) {
 bool vraiNom(std::string_view nom) {
   return nom.starts_with(prefixe) && nom.find_first_of("/:") == std::string_view::npos &&
          Texte::mots(nom) == std::vector{nom};
+}
+
+std::string commandeLister(std::int64_t queue) {
+  return "tmux list-sessions -F " + LigneTmux::mot(format) + " 2>/dev/null\n" +
+         CarnetDeVol::commandeTitres(marqueTitre, queue);
 }
 
 std::vector<SessionLaBas> lire(std::string_view sortie) {

@@ -1,6 +1,6 @@
 // Words of a tmux command given on a shell line. tmux reads its arguments once more after the shell: one
 // that ends with ";" ends the command, and a new session's name is a format, in which "#(…)" runs a
-// program. These words reach tmux as the texts they were made of. Pure functions.
+// program. These words reach tmux as the texts they were made of. Safe from any thread.
 #pragma once
 
 #include <string>

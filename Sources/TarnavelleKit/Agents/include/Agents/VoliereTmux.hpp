@@ -1,7 +1,6 @@
 // The agents that live in tmux on another machine, where they outlast the cockpit's window: how their
-// sessions are named, the reading of their listing, the line that kills one, and the order in which they
-// are shown. Titles come from the flight log's script; running the lines is the caller's business.
-// Pure functions, safe from any thread.
+// sessions are named, the lines that list them and kill one, the reading of what they print, and the order in
+// which they are shown. Running the lines (over SSH) is the caller's business. Safe from any thread.
 #pragma once
 
 #include <array>
@@ -51,8 +50,12 @@ std::optional<Nom> decomposer(std::string_view nom);
 /// Whether a tmux session is one of ours, which alone are listed and killed.
 bool vraiNom(std::string_view nom);
 
-/// Our sessions, by name, in the output of the listing and of the titles script, one after the other in
-/// any order. Bytes that are not UTF-8 read as U+FFFD.
+/// Lists the sessions, then the titles of their conversations, as `CarnetDeVol::commandeTitres` finds them in the
+/// last `queue` bytes of each transcript. Prints nothing, and succeeds, where there is no tmux or no session.
+std::string commandeLister(std::int64_t queue);
+
+/// Our sessions, by name, in what that line prints, its lines in any order. Bytes that are not UTF-8 read as
+/// U+FFFD.
 std::vector<SessionLaBas> lire(std::string_view sortie);
 
 /// The agent's title and its rank beyond the first; the name itself when it cannot be taken apart.
