@@ -5,12 +5,16 @@
 
 #include "Socle/Fichiers.hpp"
 #include "Socle/Texte.hpp"
+#include "TableAgentsInterne.hpp"
 
 namespace tarnavelle {
 namespace {
 
 constexpr std::string_view commeEspaces[] = {"’", "'", "-", "_"};
 constexpr std::string_view omis[] = {"?", "!", ".", ",", ";", ":", "«", "»", "\""};
+
+/// An entry that is known to stand in the table.
+const AgentCLI& entree(std::string_view id) { return *AgentCLI::parId(id); }
 
 bool parmi(const auto& caracteres, std::string_view caractere) {
   return std::ranges::find(caracteres, caractere) != std::end(caracteres);
@@ -34,84 +38,25 @@ const AgentCLI* designe(std::string_view plie) {
 
 }  // namespace
 
-const AgentCLI& AgentCLI::claude() {
-  static const AgentCLI cli{
-      .id = "claude",
-      .titre = "Claude Code",
-      .editeur = "Anthropic",
-      .cheminsBinaires = {"~/.local/bin/claude", "/opt/homebrew/bin/claude", "/usr/local/bin/claude"},
-      .arguments = {},
-      .symbole = "sparkle",
-      .teinte = TeinteLanceur::accent,
-      .alias = {"claude code", "claude"},
-      .prefixeSession = "Claude"};
-  return cli;
-}
-
-const AgentCLI& AgentCLI::codex() {
-  static const AgentCLI cli{
-      .id = "codex",
-      .titre = "Codex",
-      .editeur = "OpenAI",
-      .cheminsBinaires = {"/opt/homebrew/bin/codex", "/usr/local/bin/codex", "~/.local/bin/codex"},
-      .arguments = {},
-      .symbole = "chevron.left.forwardslash.chevron.right",
-      .teinte = TeinteLanceur::forge,
-      .alias = {"codex", "open ai", "openai"},
-      .prefixeSession = "Codex"};
-  return cli;
-}
-
-const AgentCLI& AgentCLI::grok() {
-  static const AgentCLI cli{
-      .id = "grok",
-      .titre = "Grok CLI",
-      .editeur = "xAI",
-      .cheminsBinaires = {"/opt/homebrew/bin/grok", "/usr/local/bin/grok", "~/.local/bin/grok"},
-      .arguments = {},
-      .symbole = "bolt",
-      .teinte = TeinteLanceur::alerte,
-      .alias = {"grok cli", "grok"},
-      .prefixeSession = "Grok"};
-  return cli;
-}
-
-const AgentCLI& AgentCLI::gemini() {
-  static const AgentCLI cli{
-      .id = "gemini",
-      .titre = "Gemini CLI",
-      .editeur = "Google",
-      .cheminsBinaires = {"/opt/homebrew/bin/gemini", "/usr/local/bin/gemini", "~/.local/bin/gemini"},
-      .arguments = {},
-      .symbole = "circle.hexagongrid",
-      .teinte = TeinteLanceur::ok,
-      .alias = {"gemini cli", "gemini"},
-      .prefixeSession = "Gemini"};
-  return cli;
-}
-
-const AgentCLI& AgentCLI::hermes() {
-  static const AgentCLI cli{
-      .id = "hermes",
-      .titre = "Hermes Agent",
-      .editeur = "Nous Research",
-      .cheminsBinaires = {"~/.local/bin/hermes", "/opt/homebrew/bin/hermes", "/usr/local/bin/hermes"},
-      .arguments = {},
-      .symbole = "paperplane",
-      .teinte = TeinteLanceur::alerte,
-      .alias = {"hermes agent", "hermes"},
-      .prefixeSession = "Hermes"};
-  return cli;
-}
+const AgentCLI& AgentCLI::claude() { return entree("claude"); }
+const AgentCLI& AgentCLI::codex() { return entree("codex"); }
+const AgentCLI& AgentCLI::grok() { return entree("grok"); }
+const AgentCLI& AgentCLI::gemini() { return entree("gemini"); }
+const AgentCLI& AgentCLI::hermes() { return entree("hermes"); }
 
 const std::vector<AgentCLI>& AgentCLI::tous() {
-  static const std::vector<AgentCLI> catalogue = {claude(), codex(), grok(), gemini(), hermes()};
+  static const std::vector<AgentCLI> catalogue = [] {
+    std::vector<AgentCLI> entrees;
+    for (const auto& ligne : interne::tableAgents())
+      if (ligne.cli) entrees.push_back(*ligne.cli);
+    return entrees;
+  }();
   return catalogue;
 }
 
 const AgentCLI* AgentCLI::parId(std::string_view id) {
-  const auto entree = std::ranges::find(tous(), id, &AgentCLI::id);
-  return entree == tous().end() ? nullptr : &*entree;
+  const auto trouvee = std::ranges::find(tous(), id, &AgentCLI::id);
+  return trouvee == tous().end() ? nullptr : &*trouvee;
 }
 
 const AgentCLI* AgentCLI::depuisPhrase(std::string_view phrase) {

@@ -1,18 +1,12 @@
 #include "Agents/InjectionPorte.hpp"
 
-#include <map>
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"
+#include "TableAgentsInterne.hpp"
 
 namespace tarnavelle::InjectionPorte {
 namespace {
-
-const std::map<std::string, FormeInjection, std::less<>>& formes() {
-  static const std::map<std::string, FormeInjection, std::less<>> parProgramme = {
-      {"claude", FormeInjection::fichierJSON}, {"codex", FormeInjection::tomlPointe}};
-  return parProgramme;
-}
 
 /// The variables that have a value, in their fixed order.
 std::vector<std::pair<std::string, std::string>> variables(const Porte& porte) {
@@ -20,9 +14,9 @@ std::vector<std::pair<std::string, std::string>> variables(const Porte& porte) {
   const auto ajouter = [&presentes](std::string nom, const std::string& valeur) {
     if (!valeur.empty()) presentes.emplace_back(std::move(nom), valeur);
   };
-  ajouter("TARNAVELLE_CONTROL_URL", porte.url);
-  ajouter("TARNAVELLE_CONTROL_TOKEN", porte.token);
-  ajouter("TARNAVELLE_NODE_ID", porte.nodeId);
+  ajouter(interne::variableURL, porte.url);
+  ajouter(interne::variableJeton, porte.token);
+  ajouter(interne::variableAgent, porte.nodeId);
   return presentes;
 }
 
@@ -32,7 +26,7 @@ std::vector<std::string> motsTOML(std::string_view binaireMCP, const Porte& port
   std::vector<std::string> mots;
   const auto ajouter = [&mots](const std::string& cle, std::string_view valeur) {
     mots.emplace_back("-c");
-    mots.push_back("mcp_servers." + std::string(nomServeur) + "." + cle + "=" + tomlChaine(valeur));
+    mots.push_back("mcp_servers." + interne::serveur + "." + cle + "=" + tomlChaine(valeur));
   };
   ajouter("command", binaireMCP);
   for (const auto& [nom, valeur] : variables(porte)) ajouter("env." + nom, valeur);
@@ -44,7 +38,8 @@ std::vector<std::string> motsTOML(std::string_view binaireMCP, const Porte& port
 const std::set<std::string, std::less<>>& idsMCP() {
   static const auto ids = [] {
     std::set<std::string, std::less<>> noms;
-    for (const auto& [id, forme] : formes()) noms.insert(id);
+    for (const auto& ligne : interne::tableAgents())
+      if (ligne.cli && ligne.injection) noms.insert(ligne.cli->id);
     return noms;
   }();
   return ids;
@@ -53,8 +48,8 @@ const std::set<std::string, std::less<>>& idsMCP() {
 bool parleMCP(const AgentCLI& cli) { return idsMCP().contains(cli.id); }
 
 std::optional<FormeInjection> forme(const AgentCLI& cli) {
-  const auto trouvee = formes().find(cli.id);
-  return trouvee == formes().end() ? std::nullopt : std::optional(trouvee->second);
+  const auto* ligne = interne::ligneAgent(cli.id);
+  return ligne ? ligne->injection : std::nullopt;
 }
 
 std::string_view drapeauConfig(const AgentCLI&) { return "--mcp-config"; }

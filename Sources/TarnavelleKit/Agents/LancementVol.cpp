@@ -3,6 +3,7 @@
 #include "Agents/CarnetDeVol.hpp"
 #include "Agents/HooksVol.hpp"
 #include "Agents/LigneTmux.hpp"
+#include "TableAgentsInterne.hpp"
 
 namespace tarnavelle::CarnetDeVol {
 namespace {
@@ -22,7 +23,8 @@ std::string demarrage(const AgentCLI& cli, std::string_view tmux, const std::vec
 
 std::string commandeLancement(const AgentCLI& cli, std::string_view tmux,
                               const std::vector<std::string>& extra) {
-  if (cli.id != AgentCLI::claude().id) return demarrage(cli, tmux, extra, "");
+  const auto* ligne = interne::ligneAgent(cli.id);
+  if (!ligne || ligne->drapeauHooks.empty()) return demarrage(cli, tmux, extra, "");
   const std::string journal = "$HOME/" + journalDistant(tmux);
   const std::string fichierReglages = "$HOME/" + reglagesDistant(tmux);
   const auto texte = json(journal);
@@ -30,7 +32,7 @@ std::string commandeLancement(const AgentCLI& cli, std::string_view tmux,
   return "tmux has-session -t " + LigneTmux::mot(tmux) + " 2>/dev/null || { mkdir -p \"$HOME/" +
          std::string(dossierDistant) + "\" && : > \"" + journal + "\" && cat > \"" + fichierReglages +
          "\" <<'TV_VOL_EOF'\n" + *texte + "\nTV_VOL_EOF\n }; " +
-         demarrage(cli, tmux, extra, " '--settings' \"" + fichierReglages + '"');
+         demarrage(cli, tmux, extra, ' ' + LigneTmux::mot(ligne->drapeauHooks) + " \"" + fichierReglages + '"');
 }
 
 }  // namespace tarnavelle::CarnetDeVol

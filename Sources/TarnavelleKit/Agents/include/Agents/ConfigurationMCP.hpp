@@ -1,7 +1,7 @@
 // The bridge declared to an agent's program by whoever configures it by hand: the text in the program's own
 // form, the shell lines that put it to use, and what must be known of the program. The text lasts: it holds
 // neither the door's address nor its token, for the bridge looks for the door at each call. What the cockpit
-// adds to a launch of its own is InjectionPorte's business. Pure functions.
+// adds to a launch of its own is InjectionPorte's business. Safe from any thread.
 #pragma once
 
 #include <string>

@@ -2,7 +2,7 @@
 // MCP server, by a configuration file or by command-line words, and three environment variables. With
 // the user's setting off, or for a program that does not speak MCP, nothing at all is added. Writing the
 // file, and keeping it private for the token it holds, are the launcher's business. codex's words hold the
-// token, too: it then stands in that process's arguments, which other processes can read. Pure functions.
+// token, too: it then stands in that process's arguments, which other processes can read. Safe from any thread.
 #pragma once
 
 #include <optional>
