@@ -5,54 +5,58 @@
 
 #include "Socle/Chemin.hpp"
 #include "Socle/LignesJSON.hpp"
+#include "Socle/MembresLus.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::CarnetDeVol {
 namespace {
 
+constexpr auto clesResume =
+    std::to_array<std::string_view>({"file_path", "command", "pattern", "url", "path", "query", "description"});
+constexpr auto clesHook = std::to_array<std::string_view>(
+    {"hook_event_name", "transcript_path", "prompt", "message", "tool_name", "tool_input"});
+constexpr auto clesLues = clesReunies(clesHook, clesResume);
+using Hook = MembresLus<clesLues>;
+
 std::string consigneNormalisee(std::string_view texte) {
   return Texte::tronquer(Texte::rogner(texte), bulleMax);
 }
 
-std::string_view texteOuVide(const Json& objet, std::string_view cle) {
-  const std::string* chaine = Champ::chaine(objet, cle);
-  return chaine ? std::string_view(*chaine) : std::string_view();
+std::string_view resumeOutil(const Hook& entree) {
+  for (const Hook::Cle cle : Hook::liste(clesResume))
+    if (const auto valeur = entree[cle].texte(); !valeur.empty())
+      return cle.texte().ends_with("path") ? Chemin::dernierComposant(valeur) : valeur;
+  return {};
 }
 
-std::string_view resumeOutil(const Json& d) {
-  const Json* entree = Champ::membre(d, "tool_input");
-  if (!entree) return {};
-  for (const std::string_view cle : {"file_path", "command", "pattern", "url", "path", "query", "description"})
-    if (const auto valeur = texteOuVide(*entree, cle); !valeur.empty())
-      return cle == "file_path" || cle == "path" ? Chemin::dernierComposant(valeur) : valeur;
-  return {};
+EvenementVol evenementDe(std::string_view nom, const Hook& d) {
+  if (nom == "SessionStart") return {EvenementVol::demarre{}};
+  if (nom == "Stop" || nom == "SessionEnd") return {EvenementVol::fini{}};
+  if (nom == "UserPromptSubmit") {
+    std::string consigne = consigneNormalisee(d["prompt"].texte());
+    if (!consigne.empty()) return {EvenementVol::consigne{std::move(consigne)}};
+  }
+  if (nom == "PreToolUse") {
+    if (const std::string* outil = d["tool_name"].chaine())
+      return {EvenementVol::outil{*outil, Texte::tronquer(resumeOutil(d["tool_input"]), bulleMax)}};
+  }
+  if (nom == "Notification")
+    return {EvenementVol::besoin{Texte::tronquer(Texte::rogner(d["message"].texte()), bulleMax)}};
+  return {EvenementVol::inconnu{}};
 }
 
 }  // namespace
 
-EvenementVol evenement(std::string_view nom, const Json& d) {
-  if (nom == "SessionStart") return {EvenementVol::demarre{}};
-  if (nom == "Stop" || nom == "SessionEnd") return {EvenementVol::fini{}};
-  if (nom == "UserPromptSubmit") {
-    std::string consigne = consigneNormalisee(texteOuVide(d, "prompt"));
-    if (!consigne.empty()) return {EvenementVol::consigne{std::move(consigne)}};
-  }
-  if (nom == "PreToolUse") {
-    if (const std::string* outil = Champ::chaine(d, "tool_name"))
-      return {EvenementVol::outil{*outil, Texte::tronquer(resumeOutil(d), bulleMax)}};
-  }
-  if (nom == "Notification")
-    return {EvenementVol::besoin{Texte::tronquer(Texte::rogner(texteOuVide(d, "message")), bulleMax)}};
-  return {EvenementVol::inconnu{}};
-}
+EvenementVol evenement(std::string_view nom, const Json& d) { return evenementDe(nom, Hook(d)); }
 
 std::vector<ObjetDecode> decoder(std::string_view ligne) {
   std::vector<ObjetDecode> decodes;
-  LignesJSON::objets(ligne, [&](const Json& objet) {
-    const std::string* nom = Champ::chaine(objet, "hook_event_name");
+  LignesJSON::objets(ligne, Hook::filtre, [&](const Json& objet) {
+    const Hook hook(objet);
+    const std::string* nom = hook["hook_event_name"].chaine();
     if (!nom) return;
-    const std::string* transcript = Champ::chaine(objet, "transcript_path");
-    decodes.push_back({evenement(*nom, objet), transcript ? std::optional(*transcript) : std::nullopt});
+    const std::string* transcript = hook["transcript_path"].chaine();
+    decodes.push_back({evenementDe(*nom, hook), transcript ? std::optional(*transcript) : std::nullopt});
   });
   return decodes;
 }

@@ -2,9 +2,16 @@
 
 #include "Agents/FichierDistant.hpp"
 #include "Socle/LignesJSON.hpp"
+#include "Socle/MembresLus.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::TranscriptClaude {
+namespace {
+
+constexpr auto clesLues = clesReunies(std::to_array<std::string_view>({"type", "message", "content", "text"}));
+using Lu = MembresLus<clesLues>;
+
+}  // namespace
 
 bool cheminSur(std::string_view chemin) {
   return chemin.starts_with('/') && chemin.find("..") == std::string_view::npos &&
@@ -25,19 +32,15 @@ Lecture lire(std::string_view data) {
 }
 
 std::optional<std::string> texte(std::string_view ligne) {
-  const auto objet = LignesJSON::objet(ligne);
+  const auto objet = LignesJSON::objet(ligne, Lu::filtre);
   if (!objet) return std::nullopt;
-  const std::string* type = Champ::chaine(*objet, "type");
-  const Json* message = Champ::membre(*objet, "message");
-  const Json* content = message ? Champ::membre(*message, "content") : nullptr;
-  if (!type || *type != "assistant" || !content || !content->is_array()) return std::nullopt;
+  const Lu lu(*objet);
+  if (lu["type"].texte() != "assistant") return std::nullopt;
 
   std::string reponse;
-  for (const Json& element : *content) {
-    const std::string* genre = Champ::chaine(element, "type");
-    const std::string* brut = Champ::chaine(element, "text");
-    if (!genre || *genre != "text" || !brut) continue;
-    const auto partie = Texte::rogner(*brut);
+  for (const Lu element : lu["message"]["content"]) {
+    if (element["type"].texte() != "text") continue;
+    const auto partie = Texte::rogner(element["text"].texte());
     if (partie.empty()) continue;
     if (!reponse.empty()) reponse += '\n';
     reponse += partie;

@@ -1,4 +1,5 @@
 #include <array>
+#include <span>
 #include <utility>
 
 #include "ChampsGatewayInterne.hpp"
@@ -7,6 +8,10 @@
 
 namespace tarnavelle::interne {
 namespace {
+
+using Cles = std::span<const std::string_view>;
+
+constexpr auto clesOutil = clesReunies(clesNom, clesFonction);
 
 constexpr std::array<std::string_view, 3> clesApprobation = {"approval_id", "approvalId", "id"};
 constexpr std::array<std::string_view, 3> nidsDemande = {"approval", "request", "data"};
@@ -25,6 +30,18 @@ constexpr std::array<std::string_view, 6> clesVerdict = {"decision", "verdict", 
                                                          "result",   "status",  "action"};
 
 constexpr std::size_t detailMax = 500;  ///< characters of what is made of arguments
+
+const Json* membreDe(const Json& objet, std::string_view cle, Json::value_t genre) {
+  const Json* membre = Champ::membre(objet, cle);
+  return membre && membre->type() == genre ? membre : nullptr;
+}
+
+/// The first text under these keys that is not empty, or null.
+const std::string* premierTexte(const Json& objet, Cles cles) {
+  for (const auto cle : cles)
+    if (const std::string* texte = Champ::chaine(objet, cle); texte && !texte->empty()) return texte;
+  return nullptr;
+}
 
 /// What `lire` finds first: in the object itself, else in those nested under `nids`.
 template <class Lecture>
@@ -66,7 +83,7 @@ std::optional<std::string> gesteDemande(const Json& objet) {
     return std::nullopt;
   };
   return chercher(objet, nidsDemande, [&](const Json& o) {
-    const Json* fonction = membreDe(o, clesNom.back(), Json::value_t::object);
+    const Json* fonction = membreDe(o, "function", Json::value_t::object);
     auto texte = lire(o);
     return !texte && fonction ? lire(*fonction) : texte;
   });
@@ -159,7 +176,8 @@ bool sOppose(const Json& valeur) {
 EvenementGateway lireDemande(const Json& objet) {
   const std::string* id = texteDUneDemande(objet, clesApprobation);
   if (!id) return aucun();
-  const std::string* outil = chercher(objet, nidsDemande, nomDOutil);
+  const std::string* outil =
+      chercher(objet, nidsDemande, [](const Json& o) { return nomDOutil(MembresLus<clesOutil>(o)); });
   const std::string* titre = texteDUneDemande(objet, clesTitre);
   const std::string* detail = texteDUneDemande(objet, clesDetail);
   return {EvenementGateway::approbation{{.id = *id,

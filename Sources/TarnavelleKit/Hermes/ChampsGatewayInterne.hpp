@@ -5,36 +5,30 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
-#include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
 #include "Hermes/EvenementGateway.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/MembresLus.hpp"
 
 namespace tarnavelle::interne {
 
-using Cles = std::span<const std::string_view>;
-
-constexpr std::array<std::string_view, 4> clesNom = {"name", "tool", "tool_name", "function"};
-constexpr std::array<std::string_view, 7> clesChemin = {"file_path", "filePath", "notebook_path", "target_file",
-                                                        "filename",  "file",     "path"};
+constexpr auto clesNom = std::to_array<std::string_view>({"name", "tool", "tool_name"});
+constexpr auto clesFonction = std::to_array<std::string_view>({"function"});
+constexpr auto clesChemin = std::to_array<std::string_view>(
+    {"file_path", "filePath", "notebook_path", "target_file", "filename", "file", "path"});
 
 inline bool parmi(std::string_view texte, std::initializer_list<std::string_view> liste) {
   return std::find(liste.begin(), liste.end(), texte) != liste.end();
 }
 
-inline const Json* membreDe(const Json& objet, std::string_view cle, Json::value_t genre) {
-  const Json* membre = Champ::membre(objet, cle);
-  return membre && membre->type() == genre ? membre : nullptr;
+/// The tool's name, or null. Reads `clesNom` and `clesFonction`.
+template <class Lu>
+const std::string* nomDOutil(const Lu& objet) {
+  const std::string* nom = objet.premierTexte(Lu::liste(clesNom));
+  if (!nom) nom = objet["function"]["name"].chaine();
+  return nom && !nom->empty() ? nom : nullptr;
 }
-
-/// The first non-empty text under these keys, or null.
-const std::string* premierTexte(const Json& objet, Cles cles);
-
-/// The tool's name, or null.
-const std::string* nomDOutil(const Json& objet);
 
 inline EvenementGateway aucun() { return {EvenementGateway::rien{}}; }
 

@@ -1,5 +1,6 @@
 #include "Hermes/EvenementGateway.hpp"
 
+#include <span>
 #include <utility>
 
 #include "ChampsGatewayInterne.hpp"
@@ -11,78 +12,61 @@ using namespace interne;
 
 namespace {
 
-// Every key that is read stands in one of these lists; what is under others is not even built.
-constexpr std::array<std::string_view, 2> clesGenre = {"type", "event"};
-constexpr std::array<std::string_view, 2> clesErreur = {"error", "message"};
-constexpr std::array<std::string_view, 4> clesMorceau = {"choices", "delta", "content", "tool_calls"};
-constexpr std::array<std::string_view, 2> clesTexte = {"text", "content"};
-constexpr std::array<std::string_view, 4> clesArguments = {"input", "arguments", "args", "parameters"};
-constexpr std::array<std::string_view, 1> clesAppel = {"arguments"};
-constexpr std::array<std::string_view, 6> clesSession = {"session_id",      "sessionId", "hermes_session_id",
-                                                         "conversation_id", "session",   "id"};
-
-template <std::size_t... n>
-constexpr auto reunir(const std::array<std::string_view, n>&... listes) {
-  std::array<std::string_view, (n + ...)> toutes;
-  auto fin = toutes.begin();
-  ((fin = std::copy(listes.begin(), listes.end(), fin)), ...);
-  std::sort(toutes.begin(), toutes.end());
-  return toutes;
-}
-
-constexpr auto clesLues = reunir(clesGenre, clesErreur, clesMorceau, clesTexte, clesNom, clesArguments,
-                                 clesAppel, clesChemin, clesSession);
+constexpr auto clesArguments = std::to_array<std::string_view>({"input", "arguments", "args", "parameters"});
+constexpr auto clesAppel = std::to_array<std::string_view>({"arguments"});
+constexpr auto clesSession =
+    std::to_array<std::string_view>({"session_id", "sessionId", "hermes_session_id", "conversation_id"});
+constexpr auto clesAutres =
+    std::to_array<std::string_view>({"choices", "content", "delta", "error", "event", "id", "message",
+                                     "session", "text", "tool_calls", "type"});
+constexpr auto clesLues =
+    clesReunies(clesArguments, clesChemin, clesFonction, clesNom, clesSession, clesAutres);
+using Lu = MembresLus<clesLues>;
 
 /// The path that the first of these arguments names. Arguments are an object, or a text that holds one;
 /// anything else is passed over.
-std::optional<std::string> cheminDArguments(const Json& objet, Cles cles) {
-  for (const auto cle : cles) {
-    const Json* arguments = membreDe(objet, cle, Json::value_t::object);
+std::optional<std::string> cheminDArguments(const Lu& objet, std::span<const Lu::Cle> cles) {
+  for (const Lu::Cle cle : cles) {
+    Lu arguments = objet[cle];
     std::optional<Json> lus;
-    if (const std::string* texte = Champ::chaine(objet, cle))
-      lus = LectureIndulgente::objet(*texte, {clesLues});
-    if (lus) arguments = &*lus;
-    if (!arguments) continue;
-    const std::string* chemin = premierTexte(*arguments, clesChemin);
+    if (const std::string* texte = arguments.chaine())
+      if ((lus = LectureIndulgente::objet(*texte, Lu::filtre))) arguments = Lu(*lus);
+    if (!arguments.est(Json::value_t::object)) continue;
+    const std::string* chemin = arguments.premierTexte(Lu::liste(clesChemin));
     return chemin ? std::optional(*chemin) : std::nullopt;
   }
   return std::nullopt;
 }
 
-EvenementGateway lireErreur(const Json& erreur) {
-  const std::string* message = erreur.get_ptr<const std::string*>();
-  if (!message) message = Champ::chaine(erreur, "message");
+EvenementGateway lireErreur(const Lu& erreur) {
+  const std::string* message = erreur.chaine();
+  if (!message) message = erreur["message"].chaine();
   return {EvenementGateway::erreur{message && !message->empty() ? *message : "erreur sans message"}};
 }
 
 /// The first call that names its function.
-EvenementGateway lireAppels(const Json& appels) {
-  for (const Json& appel : appels) {
-    const Json* fonction = membreDe(appel, "function", Json::value_t::object);
-    const std::string* nom = fonction ? Champ::chaine(*fonction, "name") : nullptr;
-    if (!nom || nom->empty()) continue;
-    return {EvenementGateway::outil{*nom, cheminDArguments(*fonction, clesAppel)}};
+EvenementGateway lireAppels(const Lu& appels) {
+  for (const Lu appel : appels) {
+    const auto nom = appel["function"]["name"].texte();
+    if (!nom.empty())
+      return {
+          EvenementGateway::outil{std::string(nom), cheminDArguments(appel["function"], Lu::liste(clesAppel))}};
   }
   return aucun();
 }
 
-const std::string* sessionAnnoncee(const Json& objet) {
-  if (const std::string* id = premierTexte(objet, {clesSession.data(), clesSession.size() - 2})) return id;
-  const Json* session = membreDe(objet, "session", Json::value_t::object);
-  const std::string* id = session ? Champ::chaine(*session, "id") : nullptr;
+const std::string* sessionAnnoncee(const Lu& objet) {
+  const std::string* id = objet.premierTexte(Lu::liste(clesSession));
+  if (!id) id = objet["session"]["id"].chaine();
   return id && !id->empty() ? id : nullptr;
 }
 
-/// The first choice's piece of reply, or its whole message; null when there is none.
-const Json* premierChoix(const Json& objet, std::string_view cle) {
-  const Json* choix = membreDe(objet, "choices", Json::value_t::array);
-  return choix && !choix->empty() ? membreDe(choix->front(), cle, Json::value_t::object) : nullptr;
-}
+/// The first choice's piece of reply, or its whole message; no value when there is none.
+Lu premierChoix(const Lu& objet, Lu::Cle cle) { return objet["choices"].premier()[cle]; }
 
-std::string_view genreDe(const Json& objet) {
-  for (const auto cle : clesGenre)
-    if (const std::string* genre = Champ::chaine(objet, cle)) return *genre;
-  return {};
+std::string_view genreDe(const Lu& objet) {
+  const std::string* genre = objet["type"].chaine();
+  return genre ? *genre : objet["event"].texte();
 }
 
 bool estUneDecision(std::string_view genre) {
@@ -93,29 +77,24 @@ bool estUneDecision(std::string_view genre) {
 bool estUnAppel(std::string_view genre) { return parmi(genre, {"tool_call", "tool.start", "tool_use"}); }
 
 /// `charge`: what `objet` was read from, for the rare events that are read whole.
-EvenementGateway lireObjet(const Json& objet, const Json* morceau, std::string_view charge) {
+EvenementGateway lireObjet(const Lu& objet, const Lu& morceau, std::string_view charge) {
   using E = EvenementGateway;
-  if (const Json* erreur = Champ::membre(objet, "error"); erreur && !erreur->is_null())
-    return lireErreur(*erreur);
+  if (const Lu erreur = objet["error"]; erreur && !erreur.est(Json::value_t::null)) return lireErreur(erreur);
 
   const std::string_view genre = genreDe(objet);
   if (parmi(genre, {"approval.request", "approval_request", "run_approval_request"}))
     return lireDemande(LectureIndulgente::objet(charge).value_or(Json()));
   if (estUneDecision(genre)) return lireDecision(LectureIndulgente::objet(charge).value_or(Json()));
 
-  if (morceau)
-    if (const std::string* texte = Champ::chaine(*morceau, "content"); texte && !texte->empty())
-      return {E::texte{*texte}};
+  if (const auto texte = morceau["content"].texte(); !texte.empty()) return {E::texte{std::string(texte)}};
   if (genre == "text") {
-    const std::string* texte = Champ::chaine(objet, "text");
-    if (!texte) texte = Champ::chaine(objet, "content");
-    if (texte && !texte->empty()) return {E::texte{*texte}};
+    const Lu texte = objet["text"].chaine() ? objet["text"] : objet["content"];
+    if (!texte.texte().empty()) return {E::texte{std::string(texte.texte())}};
   }
-  if (morceau)
-    if (const Json* appels = membreDe(*morceau, "tool_calls", Json::value_t::array)) return lireAppels(*appels);
+  if (const Lu appels = morceau["tool_calls"]; appels.est(Json::value_t::array)) return lireAppels(appels);
 
   const std::string* nom = nomDOutil(objet);
-  if (nom && estUnAppel(genre)) return {E::outil{*nom, cheminDArguments(objet, clesArguments)}};
+  if (nom && estUnAppel(genre)) return {E::outil{*nom, cheminDArguments(objet, Lu::liste(clesArguments))}};
   if (nom && parmi(genre, {"tool_result", "tool.end", "tool_call_result"})) return {E::outilFini{*nom}};
   if (const std::string* id = sessionAnnoncee(objet)) return {E::session{*id}};
   return aucun();
@@ -123,44 +102,34 @@ EvenementGateway lireObjet(const Json& objet, const Json* morceau, std::string_v
 
 }  // namespace
 
-const std::string* interne::premierTexte(const Json& objet, Cles cles) {
-  for (const auto cle : cles)
-    if (const std::string* texte = Champ::chaine(objet, cle); texte && !texte->empty()) return texte;
-  return nullptr;
-}
-
-const std::string* interne::nomDOutil(const Json& objet) {
-  if (const std::string* nom = premierTexte(objet, {clesNom.data(), clesNom.size() - 1})) return nom;
-  const Json* fonction = membreDe(objet, clesNom.back(), Json::value_t::object);
-  return fonction ? premierTexte(*fonction, {clesNom.data(), 1}) : nullptr;
-}
-
 EvenementGateway EvenementGateway::lire(std::string_view charge) {
-  const auto objet = LectureIndulgente::objet(charge, {clesLues});
-  return objet ? lireObjet(*objet, premierChoix(*objet, "delta"), charge) : aucun();
+  const auto document = LectureIndulgente::objet(charge, Lu::filtre);
+  if (!document) return aucun();
+  const Lu objet(*document);
+  return lireObjet(objet, premierChoix(objet, "delta"), charge);
 }
 
 LectureGateway LectureGateway::lire(std::string_view charge, Forme forme) {
   using E = EvenementGateway;
-  const auto objet = LectureIndulgente::objet(charge, {clesLues});
-  if (!objet) return {};
+  const auto document = LectureIndulgente::objet(charge, Lu::filtre);
+  if (!document) return {};
+  const Lu objet(*document);
   const bool entiere = forme == Forme::entiere;
-  const Json* morceau = premierChoix(*objet, entiere ? "message" : "delta");
-  const Json* appels = morceau ? membreDe(*morceau, "tool_calls", Json::value_t::array) : nullptr;
-  const auto premier = lireObjet(*objet, morceau, charge);
+  const Lu morceau = entiere ? premierChoix(objet, "message") : premierChoix(objet, "delta");
+  const Lu appels = morceau["tool_calls"];
+  const auto premier = lireObjet(objet, morceau, charge);
   const bool rien = premier == aucun();
 
-  const auto genre = genreDe(*objet);
-  LectureGateway lecture{
-      .evenements = {},
-      .aPuAgir = (appels && !appels->empty()) || (rien && (estUneDecision(genre) || estUnAppel(genre)))};
+  const auto genre = genreDe(objet);
+  LectureGateway lecture{.evenements = {},
+                         .aPuAgir = appels.premier() || (rien && (estUneDecision(genre) || estUnAppel(genre)))};
   const auto ajouter = [&](EvenementGateway evenement) {
     if (evenement != aucun()) lecture.evenements.push_back(std::move(evenement));
   };
   if (entiere && !std::holds_alternative<E::session>(premier.cas))
-    if (const std::string* id = sessionAnnoncee(*objet)) ajouter({E::session{*id}});
+    if (const std::string* id = sessionAnnoncee(objet)) ajouter({E::session{*id}});
   ajouter(premier);
-  if (appels && std::holds_alternative<E::texte>(premier.cas)) ajouter(lireAppels(*appels));
+  if (std::holds_alternative<E::texte>(premier.cas)) ajouter(lireAppels(appels));
   return lecture;
 }
 

@@ -40,20 +40,19 @@ std::optional<std::string> sansMoities(std::string_view texte) {
   return repare;
 }
 
-template <class Lire>
-std::optional<Json> lireOuReparer(std::string_view texte, Lire lire) {
-  std::optional<Json> lu = lire(texte);
-  if (lu) return lu;
-  if (const auto repare = sansMoities(texte)) lu = lire(*repare);
-  return lu;
-}
-
 }  // namespace
 
-std::optional<Json> valeur(std::string_view texte) { return lireOuReparer(texte, LectureJSON::valeur); }
+std::optional<Json> valeur(std::string_view texte, const LectureJSON::Filtre& filtre) {
+  auto lue = LectureJSON::valeur(texte, filtre);
+  if (lue) return lue;
+  if (const auto repare = sansMoities(texte)) lue = LectureJSON::valeur(*repare, filtre);
+  return lue;
+}
 
 std::optional<Json> objet(std::string_view texte, const LectureJSON::Filtre& filtre) {
-  return lireOuReparer(texte, [&](std::string_view t) { return LectureJSON::objet(t, filtre); });
+  auto lue = LectureIndulgente::valeur(texte, filtre);
+  if (lue && !lue->is_object()) lue.reset();
+  return lue;
 }
 
 bool chaqueObjet(std::string_view texte, const std::function<bool(const Json&)>& voir) {

@@ -279,22 +279,22 @@ bool parcourir(boost::json::basic_parser<G>& analyseur, std::string_view texte) 
   return lisible && octets == texte.size();
 }
 
-std::optional<Json> document(std::string_view texte, const LectureJSON::Filtre& filtre) {
+}  // namespace
+
+namespace LectureJSON {
+
+std::optional<Json> valeur(std::string_view texte) { return valeur(texte, {}); }
+
+std::optional<Json> valeur(std::string_view texte, const Filtre& filtre) {
   boost::json::basic_parser<Batisseur> analyseur(options(), filtre);
   if (!parcourir(analyseur, texte)) return std::nullopt;
   return std::move(analyseur.handler().racine);
 }
 
-}  // namespace
-
-namespace LectureJSON {
-
-std::optional<Json> valeur(std::string_view texte) { return document(texte, {}); }
-
 std::optional<Json> objet(std::string_view texte) { return objet(texte, {}); }
 
 std::optional<Json> objet(std::string_view texte, const Filtre& filtre) {
-  auto lu = document(texte, filtre);
+  auto lu = valeur(texte, filtre);
   if (lu && !lu->is_object()) lu.reset();
   return lu;
 }

@@ -12,13 +12,14 @@ std::size_t parcourir(std::string_view tranche, const std::function<void(std::st
   return debut;
 }
 
-std::optional<Json> objet(std::string_view ligne) {
-  return LectureIndulgente::objet(Texte::sansMarqueDOrdre(ligne));
+std::optional<Json> objet(std::string_view ligne, const LectureJSON::Filtre& filtre) {
+  return LectureIndulgente::objet(Texte::sansMarqueDOrdre(ligne), filtre);
 }
 
-void objets(std::string_view ligne, const std::function<void(const Json&)>& voir) {
+void objets(std::string_view ligne, const LectureJSON::Filtre& filtre,
+            const std::function<void(const Json&)>& voir) {
   ligne = Texte::sansMarqueDOrdre(ligne);
-  if (const auto valeur = LectureIndulgente::valeur(ligne)) {
+  if (const auto valeur = LectureIndulgente::valeur(ligne, filtre)) {
     if (valeur->is_object()) voir(*valeur);
     return;
   }

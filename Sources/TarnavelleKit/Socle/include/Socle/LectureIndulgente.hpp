@@ -1,6 +1,6 @@
 // Reading the JSON that other programs leave in logs, streams and answers, where one fault should not cost
 // all the rest. What LectureJSON reads is read as it reads it; leniency begins where it refuses. What must
-// be right, as a request is, goes through LectureJSON. Pure functions.
+// be right, as a request is, goes through LectureJSON. Safe from any thread.
 #pragma once
 
 #include <functional>
@@ -13,7 +13,7 @@ namespace tarnavelle::LectureIndulgente {
 
 /// As `LectureJSON::valeur` and `LectureJSON::objet`, but half of a surrogate pair ("\ud83c" alone, which a
 /// program writes that cuts a text within an emoji) reads as U+FFFD.
-std::optional<Json> valeur(std::string_view texte);
+std::optional<Json> valeur(std::string_view texte, const LectureJSON::Filtre& filtre = {});
 std::optional<Json> objet(std::string_view texte, const LectureJSON::Filtre& filtre = {});
 
 /// Gives, in order, each whole object of a text that may hold anything else, until `voir` returns false; those
