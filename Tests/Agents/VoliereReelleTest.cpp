@@ -118,6 +118,15 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
       maison.ecrire("projets/a b.jsonl", "{\"type\":\"ai-title\",\"aiTitle\":\"Refonte du « parseur »\"}\n");
   const std::string ligne = CarnetDeVol::commandeLancement(AgentCLI::claude(), session, {"-p", "l'été"});
 
+  const auto lister = [&] {
+    auto sansLocale = ailleurs;
+    sansLocale["LC_ALL"] = "C";
+    const auto sortie = essai::executerLigne(GetParam(), VoliereTmux::commandeLister(65536), sansLocale);
+    EXPECT_EQ(std::to_string(sortie.statut) + sortie.erreurs, "0");
+    return VoliereTmux::lire(sortie.texte);
+  };
+  EXPECT_TRUE(lister().empty());
+
   // A first launch empties the log and starts claude with its hooks.
   ASSERT_TRUE(ouvrir(ligne, 1));
   EXPECT_EQ(lancements(), std::vector<Mots>({{"-p", "l'été", "--settings", reglages(session)}}));
@@ -162,7 +171,6 @@ TEST_P(VoliereReelle, SuitListeEtTueUnAgent) {
   EXPECT_EQ(lancements().size(), 1u);
   EXPECT_EQ(tmux({"show-options", "-v", "-t", session, "mouse"}).texte, "on\n");
 
-  const auto lister = [&] { return VoliereTmux::lire(executer(VoliereTmux::commandeLister(65536))); };
   const std::string codex = VoliereTmux::nommer({"codex", 2});
   ASSERT_TRUE(ouvrir(CarnetDeVol::commandeLancement(AgentCLI::codex(), codex, {"-c", "a=\"l'été\""}), 2));
   EXPECT_EQ(lancements().back(), (Mots{"-c", "a=\"l'été\""}));

@@ -84,7 +84,6 @@ std::string AgentCLI::plier(std::string_view texte) {
 std::string AgentCLI::sousTitrePalette() const { return "Terminal · " + editeur; }
 
 const AgentCLI::Machine& AgentCLI::Machine::reelle() {
-  // Kept: finding the home folder may ask the user database, which is not safe from several threads.
   static const Machine machine{tarnavelle::dossierPersonnel(Variables::duProcessus()).string(),
                                fichierExecutable};
   return machine;

@@ -72,7 +72,8 @@ bool vraiNom(std::string_view nom) {
 }
 
 std::string commandeLister(std::int64_t queue) {
-  return "tmux list-sessions -F " + LigneTmux::mot(format) + " 2>/dev/null\n" +
+  // -u: SSH may run it without a locale, and tmux would then print "_" for whatever is not ASCII.
+  return "tmux -u list-sessions -F " + LigneTmux::mot(format) + " 2>/dev/null\n" +
          CarnetDeVol::commandeTitres(marqueTitre, queue);
 }
 

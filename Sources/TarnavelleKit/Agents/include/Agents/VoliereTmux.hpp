@@ -50,8 +50,9 @@ std::optional<Nom> decomposer(std::string_view nom);
 /// Whether a tmux session is one of ours, which alone are listed and killed.
 bool vraiNom(std::string_view nom);
 
-/// Lists the sessions, then the titles of their conversations, as `CarnetDeVol::commandeTitres` finds them in the
-/// last `queue` bytes of each transcript. Prints nothing, and succeeds, where there is no tmux or no session.
+/// Lists the sessions, then the titles of their conversations, as `CarnetDeVol::commandeTitres` finds them in
+/// the last `queue` bytes of each transcript. Prints nothing, and succeeds, where there is no tmux or no
+/// session.
 std::string commandeLister(std::int64_t queue);
 
 /// Our sessions, by name, in what that line prints, its lines in any order. Bytes that are not UTF-8 read as
