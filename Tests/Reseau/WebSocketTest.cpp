@@ -15,7 +15,7 @@ using essai::PairTCP;
 using essai::ServeurEtranger;
 using namespace std::chrono_literals;
 
-RappelsWebSocket noterDans(const std::shared_ptr<Journal>& journal) {
+RappelsCanal noterDans(const std::shared_ptr<Journal>& journal) {
   return {.surTexte = [journal](std::string_view texte) { journal->noter("texte", texte); },
           .surErreurEnvoi = [journal](const std::string& raison) { journal->noter("refus", raison); },
           .surRefus = [journal](int statut,

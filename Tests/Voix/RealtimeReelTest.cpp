@@ -3,7 +3,7 @@
 
 #include "Reseau/ServeurEtranger.hpp"
 #include "Voix/HandlersNotes.hpp"
-#include "VoixReseau/TransportWebSocketRealtime.hpp"
+#include "VoixReseau/OuvrirRealtime.hpp"
 
 namespace tarnavelle {
 namespace {

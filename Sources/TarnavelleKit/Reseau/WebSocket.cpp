@@ -57,7 +57,7 @@ struct WebSocket::Etat {
 
   // The loop's thread only.
   asio::io_context boucle{1};
-  RappelsWebSocket rappels;
+  RappelsCanal rappels;
   std::optional<websocket::stream<Couche, false>> flux;
   beast::flat_buffer tampon;
   std::string enCours;  ///< the message being written
@@ -210,20 +210,24 @@ struct WebSocket::Etat {
   }
 };
 
-std::unique_ptr<WebSocket> WebSocket::creer(ReglageWebSocket reglage) {
+std::shared_ptr<WebSocket::Etat> WebSocket::preparer(ReglageWebSocket reglage) {
   for (const EnteteHTTP& entete : reglage.entetes)
     if (Texte::porteControle(entete.valeur)) return nullptr;
   auto adresse = Adresse::depuis(reglage.url, "ws");
   if (!adresse) return nullptr;
-  return std::unique_ptr<WebSocket>(
-      new WebSocket(std::make_shared<Etat>(std::move(reglage), std::move(*adresse))));
+  return std::make_shared<Etat>(std::move(reglage), std::move(*adresse));
+}
+
+std::unique_ptr<WebSocket> WebSocket::creer(ReglageWebSocket reglage) {
+  auto etat = preparer(std::move(reglage));
+  return etat ? std::unique_ptr<WebSocket>(new WebSocket(std::move(etat))) : nullptr;
 }
 
 WebSocket::WebSocket(std::shared_ptr<Etat> etat) : etat_(std::move(etat)) {}
 
 WebSocket::~WebSocket() { fermer(); }
 
-void WebSocket::demarrer(RappelsWebSocket rappels) {
+void WebSocket::demarrer(RappelsCanal rappels) {
   {
     const std::lock_guard garde(etat_->verrou);
     if (std::exchange(etat_->demarre, true) || etat_->ferme) return;

@@ -119,11 +119,7 @@ void RealtimeClient::recevoir(std::string_view texte) {
                  [&](RealtimeFrame::sessionCreated&) { configurer(); },
                  [&](RealtimeFrame::sessionUpdated&) { preparer(); },
                  [&](RealtimeFrame::audioDelta& son) { appeler(h.onAudioDelta, std::move(son.octets)); },
-                 [&](RealtimeFrame::toolCall& appel) {
-                   appeler(h.onToolCall, FileAppelsRealtime::Appel{.name = std::move(appel.name),
-                                                                   .argsJSON = std::move(appel.argsJSON),
-                                                                   .callID = std::move(appel.callID)});
-                 },
+                 [&](RealtimeFrame::toolCall& appel) { appeler(h.onToolCall, std::move(appel)); },
                  [&](RealtimeFrame::error& erreur) { appeler(h.onError, lisible(erreur.texte)); },
                  [&](RealtimeFrame::responseDone&) {
                    if (lue.usage) appeler(h.onUsage, *lue.usage);

@@ -1,20 +1,15 @@
 // A WebSocket client (RFC 6455) for text messages, over ws or wss with the server's certificate verified.
 // What the messages mean is its user's business. Nothing is compressed, no redirect is followed, no proxy
-// of the environment is used.
-//
-// Every function may be called from any thread, from inside a callback too, and none blocks. Callbacks
-// come one at a time on a thread of the connection's own; what they capture must outlive it, for `fermer`
-// does not wait for one that runs.
+// of the environment is used. The thread rule is the channel's.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "Liaison/CanalTexte.hpp"
 #include "Liaison/RequeteHTTP.hpp"
 
 namespace tarnavelle {
@@ -29,19 +24,9 @@ struct ReglageWebSocket {
   std::chrono::milliseconds adieu = std::chrono::seconds(2);  ///< longest wait for the server's side of a close
 };
 
-struct RappelsWebSocket {
-  /// A message, text or UTF-8 binary; any other binary is dropped. The view lasts for the call.
-  std::function<void(std::string_view)> surTexte{};
-  /// A message was refused, with the reason; the connection stays open. Told once until there is room.
-  std::function<void(std::string)> surErreurEnvoi{};
-  /// The server declined to open, with that HTTP status; the body is as much of it as came, a few kilobytes
-  /// at most, the secret struck out. `surChute` follows.
-  std::function<void(int, std::string_view)> surRefus{};
-  /// The connection could not be made or was lost, with the reason. Told once, and nothing after it.
-  std::function<void(std::string)> surChute{};
-};
-
-class WebSocket {
+/// Messages come as text or as binary that is UTF-8; any other binary is dropped. Of a refusal, the body is as
+/// much of it as came, a few kilobytes at most, the secret struck out.
+class WebSocket : public CanalTexte {
  public:
   static constexpr std::size_t messageMax = 16 << 20;    ///< bytes of a message; a longer one is a drop
   static constexpr std::size_t enAttenteMax = 16 << 20;  ///< bytes not yet handed to the network
@@ -50,24 +35,24 @@ class WebSocket {
   static std::unique_ptr<WebSocket> creer(ReglageWebSocket reglage);
 
   /// Closes.
-  ~WebSocket();
+  ~WebSocket() override;
   WebSocket(const WebSocket&) = delete;
   WebSocket& operator=(const WebSocket&) = delete;
 
-  /// Begins to connect, once.
-  void demarrer(RappelsWebSocket rappels);
+  void demarrer(RappelsCanal rappels) override;
+  void envoyer(std::string texte) override;
 
-  /// Sends a message of UTF-8 text; before the connection is open it waits. Messages leave in order.
-  void envoyer(std::string texte);
+  /// With code 1001 and no reason.
+  void fermer() override;
 
-  /// Ends the connection with code 1001 and no reason. What has not left yet is dropped, and no callback
-  /// begins any more.
-  void fermer();
+ protected:
+  struct Etat;
+  /// Null as `creer`.
+  static std::shared_ptr<Etat> preparer(ReglageWebSocket reglage);
+  explicit WebSocket(std::shared_ptr<Etat> etat);
 
  private:
-  struct Etat;
-  explicit WebSocket(std::shared_ptr<Etat> etat);
-  std::shared_ptr<Etat> etat_;
+  const std::shared_ptr<Etat> etat_;
 };
 
 }  // namespace tarnavelle

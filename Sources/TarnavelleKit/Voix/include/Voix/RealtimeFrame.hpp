@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "Socle/Octets.hpp"
+#include "Voix/FileAppelsRealtime.hpp"
 #include "Voix/RealtimeProvider.hpp"
 #include "Voix/RefusRealtime.hpp"
 #include "Voix/UsageRealtime.hpp"
@@ -22,12 +23,8 @@ struct RealtimeFrame {
     Octets octets;
     bool operator==(const audioDelta&) const = default;
   };
-  struct toolCall {
-    std::string name;
-    std::string argsJSON;  ///< a JSON object as text, "{}" when the call gave none
-    std::string callID;
-    bool operator==(const toolCall&) const = default;
-  };
+  /// Its arguments are "{}" when the call gave none.
+  using toolCall = FileAppelsRealtime::Appel;
   /// What the model has said, its parts joined.
   struct message {
     std::string texte;
