@@ -108,7 +108,7 @@ TEST(ClientHTTP, UneRequetePeutEtreRecueNEstPasRenvoyee) {
                   PairTCP::envoyer(reponse("1"))(c);
                   c.lireRequete();  // the second request arrives, and is left unanswered
                 },
-                PairTCP::envoyer(reponse("2"))});
+                repondre(reponse("2"))});
   ClientHTTP client;
   EXPECT_EQ(demander(client, pair.url()), "1");
   EXPECT_EQ(demander(client, pair.url()), "");

@@ -5,10 +5,10 @@
 
 #include <future>
 
+#include "Liaison/LecteurLignesFlux.hpp"
 #include "Reseau/NomLent.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Reseau/Restes.hpp"
-#include "Liaison/LecteurLignesFlux.hpp"
 #include "Socle/Selon.hpp"
 
 namespace tarnavelle {
@@ -64,7 +64,7 @@ TEST(FluxHTTP, DonneLesLignesEtDitCommentCelaFinit) {
       {chunked + "1\r\na\r\n3;x=y\r\nb\nc\r\n1\r\n\n\r\n0\r\nT: v\r\n\r\n", "200 ab|c|fin"},
       {chunked + "3\r\na\nb\r\nzz\r\n", "200 a|illisible"},
       {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Hints\r\nLink: x\r\n\r\n" + ok + "\r\na\n", "200 a|fin"},
-      {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b", "200 illisible"},
+      {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b\n", "200 illisible"},
       {ok + "Content-Encoding: identity\r\n\r\na\n", "200 a|fin"},
       {ok + "Transfer-Encoding: gzip, chunked\r\n\r\n1\r\na\r\n0\r\n\r\n", "200 illisible"},
       {ok + "\r\na\n" + longue + "\nb", "200 a|…|b|fin"},

@@ -9,8 +9,9 @@
 #include <climits>
 #include <utility>
 
-#include "BoucleInterne.hpp"
+#include "BoucleDetacheeInterne.hpp"
 #include "EchangeInterne.hpp"
+#include "Socle/Selon.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -52,9 +53,30 @@ class Analyseur : public SansRemorque {
   void on_finish_impl(Erreur&) override {}
 };
 
+using Cause = decltype(EchecHTTP::cause);
+
+/// What became of an exchange.
+struct Issue {
+  struct repondu {
+    ReponseHTTP reponse;
+  };
+  struct enCours {
+    bool entamee;  ///< bytes of the request have left
+  };
+  /// It failed before a byte of the request had left.
+  struct rienParti {
+    Cause cause;
+  };
+  struct perdu {
+    Cause cause;
+    bool muet;  ///< not a byte of a reply had come
+  };
+  std::variant<repondu, enCours, rienParti, perdu> cas;
+};
+
 }  // namespace
 
-/// Where a request goes. Two requests share a connection when they go to the same address.
+/// Where a request goes.
 struct ClientHTTP::Cible {
   std::string url;
   Adresse adresse;
@@ -62,67 +84,47 @@ struct ClientHTTP::Cible {
 
 /// One connection and the exchange under way on it. It owns its event loop, so that an exchange that
 /// its caller no longer waits for can be carried to its end by a thread of its own.
-class ClientHTTP::Liaison {
+class ClientHTTP::Voie {
  public:
-  explicit Liaison(Cible cible) : cible_(std::move(cible)), connexion_(boucle_, cible_.adresse.tls) {}
+  explicit Voie(bool tls) : connexion_(boucle_, tls) {}
 
-  const Cible& cible() const { return cible_; }
-
-  /// Other requests to the same address.
-  void changerDeChemin(Cible cible) { cible_ = std::move(cible); }
-
-  /// Whether it has carried an exchange: a connection that failed is not tried again.
-  bool entamee() const { return entamee_; }
-
-  /// One exchange, until it is over or `echeance`. Returns whether it is over.
-  bool echanger(const RequeteHTTP& requete, std::size_t corpsMax, Horloge::time_point echeance) {
-    requete_ = octets(requete, cible_.adresse);
-    entamee_ = true;
+  /// One exchange with the same server as the ones before, until it is over or `echeance`. None follows one
+  /// that failed.
+  Issue echanger(const RequeteHTTP& requete, const Adresse& adresse, std::size_t corpsMax,
+                 Horloge::time_point echeance) {
+    requete_ = octets(requete, adresse);
     corpsMax_ = corpsMax;
     envoyes_ = 0;
-    recu_ = false;
-    fini_ = false;
+    muet_ = true;
+    issue_.reset();
     echeance_ = echeance;
     boucle_.restart();
     try {
-      connectee_ ? ecrire() : ouvrir();
-      if (!fini_) boucle_.run_until(echeance);
+      ouverte() ? ecrire() : ouvrir(adresse);
+      if (!issue_) boucle_.run_until(echeance);
     } catch (const std::exception&) {  // memory or descriptors ran out
       clore(ErreurReseau::autre);
     }
-    return fini_;
+    return issue_ ? std::move(*issue_) : Issue{Issue::enCours{.entamee = envoyes_ > 0}};
   }
 
   /// Carries an exchange on that `echanger` left unfinished, at most until `fin`.
-  static void poursuivre(std::shared_ptr<Liaison> liaison, Horloge::time_point fin) {
-    asio::io_context& boucle = liaison->boucle_;
-    if (Horloge::now() >= fin) liaison->clore(ErreurReseau::delaiDepasse);
-    liaison->vie_.emplace(boucle, fin);
-    liaison->vie_->async_wait([&boucle](Erreur annulee) {
+  static void poursuivre(std::shared_ptr<Voie> voie, Horloge::time_point fin) {
+    asio::io_context& boucle = voie->boucle_;
+    if (Horloge::now() >= fin) voie->clore(ErreurReseau::delaiDepasse);
+    voie->vie_.emplace(boucle, fin);
+    voie->vie_->async_wait([&boucle](Erreur annulee) {
       if (!annulee) boucle.stop();
     });
-    lancerBoucle(boucle, std::move(liaison), [&boucle] { boucle.stop(); });
+    lancerBoucle(boucle, std::move(voie), [&boucle] { boucle.stop(); });
   }
 
-  using Cause = decltype(EchecHTTP::cause);
-
-  /// Why an exchange that is over has no reply.
-  Cause cause() const { return cause_; }
-
-  std::optional<ReponseHTTP> prendreReponse() { return std::exchange(reponse_, std::nullopt); }
-
-  /// After a failed exchange: no byte of the request has left.
-  bool rienEnvoye() const { return envoyes_ == 0; }
-
-  /// After a failed exchange: no byte of a reply has come.
-  bool rienRecu() const { return !recu_; }
-
   /// Whether the last exchange left the connection open.
-  bool connectee() const { return connectee_; }
+  bool ouverte() { return connexion_.next_layer().is_open(); }
 
   /// Whether another exchange may follow: the peer keeps the connection and has sent nothing since.
   bool reutilisable() {
-    if (!connectee_ || tampon_.size() != 0) return false;
+    if (!ouverte() || tampon_.size() != 0) return false;
     Erreur erreur;
     char octet;
     connexion_.next_layer().receive(asio::buffer(&octet, 1), tcp::socket::message_peek, erreur);
@@ -132,23 +134,23 @@ class ClientHTTP::Liaison {
  private:
   /// Ends the exchange without a reply.
   void clore(Cause cause) {
-    cause_ = cause;
-    connectee_ = false;
-    finir();
+    if (envoyes_ == 0)
+      finir({Issue::rienParti{cause}}, false);
+    else
+      finir({Issue::perdu{.cause = cause, .muet = muet_}}, false);
   }
 
-  void finir() {
-    fini_ = true;
+  void finir(Issue issue, bool garder) {
+    issue_ = std::move(issue);
     requete_ = {};
     analyseur_.reset();
     if (vie_) vie_->cancel();
-    if (!connectee_) connexion_.fermer();
+    if (!garder) connexion_.fermer();
   }
 
-  void ouvrir() {
-    connexion_.ouvrir(cible_.adresse, std::nullopt, [this](std::optional<ErreurReseau> erreur) {
+  void ouvrir(const Adresse& adresse) {
+    connexion_.ouvrir(adresse, std::nullopt, [this](std::optional<ErreurReseau> erreur) {
       if (erreur) return clore(*erreur);
-      connectee_ = true;
       ecrire();
     });
   }
@@ -177,7 +179,7 @@ class ClientHTTP::Liaison {
       if (!analyseur_) preparer(analyseur_, corpsMax_);
       Erreur erreur;
       http::read_some(connexion_, tampon_, *analyseur_, erreur);
-      recu_ = recu_ || analyseur_->got_some();
+      muet_ = muet_ && !analyseur_->got_some();
       if (erreur == asio::error::would_block)
         attendre();
       else if (erreur)
@@ -208,12 +210,10 @@ class ClientHTTP::Liaison {
   }
 
   void terminer() {
-    connectee_ = analyseur_->keep_alive() && envoyes_ == requete_.size();
-    reponse_ = std::move(analyseur_->reponse);
-    finir();
+    const bool garder = analyseur_->keep_alive() && envoyes_ == requete_.size();
+    finir({Issue::repondu{std::move(analyseur_->reponse)}}, garder);
   }
 
-  Cible cible_;
   asio::io_context boucle_{1};
   Connexion connexion_;
   std::optional<asio::steady_timer> vie_;  // of an exchange that is carried on
@@ -223,12 +223,8 @@ class ClientHTTP::Liaison {
   std::size_t corpsMax_ = 0;
   std::size_t envoyes_ = 0;
   Horloge::time_point echeance_;
-  bool entamee_ = false;
-  bool connectee_ = false;
-  bool recu_ = false;
-  bool fini_ = false;
-  Cause cause_;
-  std::optional<ReponseHTTP> reponse_;
+  bool muet_ = true;  ///< not a byte of a reply has come
+  std::optional<Issue> issue_;
 };
 
 ClientHTTP::ClientHTTP() = default;
@@ -238,45 +234,53 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
   const auto debut = Horloge::now();
   const auto renoncer = [this](EchecHTTP echec) {
     echec_ = echec;
-    return std::nullopt;
+    return std::optional<ReponseHTTP>();
   };
   echec_.reset();
   if (!envoyable(requete)) return renoncer({EchecHTTP::Faute::entete, false});
 
   try {
-    auto liaison = std::move(gardee_);
-    if (!liaison || liaison->cible().url != requete.url) {
+    auto voie = std::move(gardee_);
+    if (!cible_ || cible_->url != requete.url) {
       auto adresse = Adresse::depuis(requete.url, "http");
       if (!adresse) return renoncer({EchecHTTP::Faute::url, false});
-      Cible cible{.url = requete.url, .adresse = std::move(*adresse)};
-      if (!liaison || !liaison->cible().adresse.memeServeur(cible.adresse))
-        liaison = std::make_unique<Liaison>(std::move(cible));
-      else
-        liaison->changerDeChemin(std::move(cible));
+      if (voie && !cible_->adresse.memeServeur(*adresse)) voie.reset();
+      cible_ = std::make_unique<Cible>(Cible{.url = requete.url, .adresse = std::move(*adresse)});
     }
-    bool fini = false;
+    const Adresse& adresse = cible_->adresse;
     const auto echanger = [&] {
-      fini = liaison->echanger(requete, bornes.corpsMax, debut + bornes.attente);
-      return liaison->prendreReponse();
+      if (!voie) voie = std::make_unique<Voie>(adresse.tls);
+      return voie->echanger(requete, adresse, bornes.corpsMax, debut + bornes.attente);
     };
-    std::optional<ReponseHTTP> reponse;
-    const bool reprise = liaison->reutilisable();
-    if (reprise) reponse = echanger();
-    const bool perdue = reprise && fini && !reponse;
-    if (perdue && !liaison->rienEnvoye() && liaison->rienRecu()) sansGarde_ = requete.url;
+    bool reprise = voie && voie->reutilisable();
+    if (!reprise) voie.reset();
+    Issue issue = echanger();
     // A kept connection that was already dead leaves the request whole in our hands.
-    if (!reprise || (perdue && liaison->rienEnvoye())) {
-      if (liaison->entamee()) liaison = std::make_unique<Liaison>(liaison->cible());
-      reponse = echanger();
+    if (reprise && std::holds_alternative<Issue::rienParti>(issue.cas)) {
+      reprise = false;
+      voie.reset();
+      issue = echanger();
     }
-    // What goes on alone may yet be sent.
-    const bool partie = !liaison->rienEnvoye() || (!fini && bornes.vie > bornes.attente);
-    if (!reponse) echec_ = EchecHTTP{fini ? liaison->cause() : ErreurReseau::delaiDepasse, partie};
-    if (!fini)
-      Liaison::poursuivre(std::move(liaison), debut + bornes.vie);
-    else if (liaison->connectee() && sansGarde_ != requete.url)
-      gardee_ = std::move(liaison);
-    return reponse;
+    return std::visit(Selon{
+                          [&](Issue::repondu& r) {
+                            if (voie->ouverte() && sansGarde_ != requete.url) gardee_ = std::move(voie);
+                            return std::optional(std::move(r.reponse));
+                          },
+                          [&](Issue::enCours& e) {
+                            // What goes on alone may yet be sent.
+                            const bool partie = e.entamee || bornes.vie > bornes.attente;
+                            Voie::poursuivre(std::move(voie), debut + bornes.vie);
+                            return renoncer({ErreurReseau::delaiDepasse, partie});
+                          },
+                          [&](Issue::rienParti& r) {
+                            return renoncer({r.cause, false});
+                          },
+                          [&](Issue::perdu& p) {
+                            if (reprise && p.muet) sansGarde_ = requete.url;
+                            return renoncer({p.cause, true});
+                          },
+                      },
+                      issue.cas);
   } catch (const std::exception&) {  // no memory, descriptor or thread to be had
     return renoncer({ErreurReseau::autre});
   }

@@ -103,7 +103,7 @@ class Connexion {
 
   /// Calls with the stream that is spoken over: the socket, or TLS over it.
   template <class Action>
-  void surFlux(Action action) {
+  void surPrise(Action action) {
     if (chiffre_)
       action(*chiffre_);
     else

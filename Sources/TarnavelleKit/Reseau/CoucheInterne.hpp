@@ -85,7 +85,7 @@ class Couche : public Connexion {
   template <class Suite>
   friend void async_teardown(beast::role_type role, Couche& couche, Suite&& suite) {
     couche.borner();
-    couche.surFlux([&](auto& flux) {
+    couche.surPrise([&](auto& flux) {
       using websocket::async_teardown;
       async_teardown(role, flux, [suite = std::forward<Suite>(suite)](Erreur) mutable { suite({}); });
     });

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "BoucleInterne.hpp"
+#include "BoucleDetacheeInterne.hpp"
 #include "EchangeInterne.hpp"
 #include "Liaison/LecteurLignesFlux.hpp"
 
@@ -58,34 +58,40 @@ class FluxHTTP::Echange {
         corps_(lectureMax) {}
 
   std::variant<int, ErreurReseau> ouvrir(const Adresse& adresse) {
+    travail_ = Travail::ouverture;
     connexion_.ouvrir(adresse, std::min<std::chrono::milliseconds>(silence_, ouvertureMax),
                       [this](std::optional<ErreurReseau> erreur) {
-                        prete_ = true;
-                        if (erreur) perte_ = erreur;
+                        travail_ = Travail::aucun;
+                        if (erreur) perdre(*erreur);
                       });
-    // The opening ends by itself in time.
-    if (!tourner([this] { return prete_; }, {}) || perte_) return perdre(ErreurReseau::annulee);
+    tourner({});  // the opening ends by itself in time
+    if (interrompu_ || fin_) return raison();
 
     connexion_.dernier = Horloge::now();
+    travail_ = Travail::envoi;
     asio::async_write(connexion_, asio::buffer(requete_), [this](Erreur erreur, std::size_t envoyes) {
-      ecrite_ = true;
+      travail_ = Travail::aucun;
       // A peer that refuses a large body may have said why before it closed.
-      if (erreur && envoyes == 0) perte_ = classer(erreur);
+      if (erreur && envoyes == 0) perdre(classer(erreur));
     });
-    if (!tourner([this] { return ecrite_; }, connexion_.dernier + silence_) || perte_)
-      return perdre(ErreurReseau::delaiDepasse);
+    tourner(connexion_.dernier + silence_);
+    if (travail_ == Travail::envoi) perdre(ErreurReseau::delaiDepasse);
+    if (interrompu_ || fin_) return raison();
 
     connexion_.dernier = Horloge::now();
     do {
       preparer(analyseur_, boost::none);
       while (!analyseur_->is_header_done()) {
-        if (interrompu_ || perte_ || illisible_) return perdre(ErreurReseau::autre);
+        if (interrompu_ || fin_) return raison();
         lire({});
       }
     } while (analyseur_->get().result_int() < 200);  // interim responses precede the final one
     const auto& reponse = analyseur_->get();
-    encodee_ = !tousEgaux(reponse, http::field::content_encoding, "identity") ||
-               !tousEgaux(reponse, http::field::transfer_encoding, "chunked");
+    if (!tousEgaux(reponse, http::field::content_encoding, "identity") ||
+        !tousEgaux(reponse, http::field::transfer_encoding, "chunked")) {
+      lignes_ = LecteurLignesFlux();  // no line is to be found in what came of it
+      fin_ = {LectureFlux::illisible{}};
+    }
     return static_cast<int>(reponse.result_int());
   }
 
@@ -94,11 +100,9 @@ class FluxHTTP::Echange {
     if (attente) limite = Horloge::now() + *attente;
     while (true) {
       if (interrompu_) return {LectureFlux::perte{ErreurReseau::annulee}};
-      if (encodee_) return {LectureFlux::illisible{}};
       if (const auto ligne = lignes_.suivante()) return {LectureFlux::ligne{*ligne}};
       if (lignes_.tropLongue()) return {LectureFlux::tropLongue{}};
-      if (illisible_) return {LectureFlux::illisible{}};
-      if (perte_) return {LectureFlux::perte{*perte_}};
+      if (fin_) return *fin_;
       if (analyseur_->is_done()) {
         if (const auto ligne = lignes_.derniere()) return {LectureFlux::ligne{*ligne}};
         return {LectureFlux::fin{}};
@@ -123,17 +127,23 @@ class FluxHTTP::Echange {
   }
 
  private:
-  /// Turns the loop until `fait`; false when the deadline or an interruption came first.
-  template <class Fait>
-  bool tourner(Fait fait, Echeance echeance) {
-    while (!fait()) {
+  /// What the loop has under way beside its alarm.
+  enum class Travail {
+    aucun,
+    ouverture,
+    envoi,
+    veille,  ///< for bytes
+  };
+
+  /// Turns the loop until its work is done, the deadline or an interruption.
+  void tourner(Echeance echeance) {
+    while (travail_ != Travail::aucun) {
       boucle_.restart();
-      if (interrompu_) return false;  // asked for after the restart, or it could go unheard
-      if (echeance && Horloge::now() >= *echeance) return false;
+      if (interrompu_) return;  // asked for after the restart, or it could go unheard
+      if (echeance && Horloge::now() >= *echeance) return;
       if (echeance) reveillerAu(*echeance);
       boucle_.run_one();
     }
-    return true;
   }
 
   /// Has the loop turn then at the latest: its own waits until some time wake up every second. An alarm set
@@ -147,9 +157,13 @@ class FluxHTTP::Echange {
     });
   }
 
-  ErreurReseau perdre(ErreurReseau siRienDAutre) {
+  void perdre(ErreurReseau erreur) { fin_ = {LectureFlux::perte{erreur}}; }
+
+  /// Why there is no answer.
+  ErreurReseau raison() const {
     if (interrompu_) return ErreurReseau::annulee;
-    return perte_.value_or(siRienDAutre);
+    const auto* perte = std::get_if<LectureFlux::perte>(&fin_->cas);
+    return perte ? perte->erreur : ErreurReseau::autre;
   }
 
   /// Takes what is there; when there is nothing, waits for something, `limite` or the end of the silence.
@@ -165,18 +179,19 @@ class FluxHTTP::Echange {
       // Something may have been read all the same, before what was not there.
       if (lus == 0 && analyseur_->is_header_done() == enteteLu) attendre(limite);
     } else if (malForme(erreur) && erreur != http::error::need_buffer) {
-      illisible_ = true;
+      fin_ = {LectureFlux::illisible{}};
     } else if (erreur && erreur != http::error::need_buffer) {
-      perte_ = classer(erreur);
+      perdre(classer(erreur));
     }
   }
 
   void attendre(Echeance limite) {
-    if (!std::exchange(attendue_, true))
-      connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur) { attendue_ = false; });
+    if (std::exchange(travail_, Travail::veille) != Travail::veille)
+      connexion_.next_layer().async_wait(tcp::socket::wait_read, [this](Erreur) { travail_ = Travail::aucun; });
     const auto silence = connexion_.dernier + silence_;
-    tourner([this] { return !attendue_; }, limite ? std::min(*limite, silence) : silence);
-    if (attendue_ && !interrompu_ && Horloge::now() >= silence) perte_ = ErreurReseau::delaiDepasse;
+    tourner(limite ? std::min(*limite, silence) : silence);
+    if (travail_ == Travail::veille && !interrompu_ && Horloge::now() >= silence)
+      perdre(ErreurReseau::delaiDepasse);
   }
 
   const std::atomic<bool>& interrompu_;
@@ -190,12 +205,8 @@ class FluxHTTP::Echange {
   std::optional<http::response_parser<http::buffer_body>> analyseur_;
   std::vector<char> corps_;
   LecteurLignesFlux lignes_;
-  bool prete_ = false;
-  bool ecrite_ = false;
-  bool attendue_ = false;   ///< the loop watches for bytes
-  bool encodee_ = false;    ///< the content is encoded: no line is to be found in it
-  bool illisible_ = false;  ///< what came last is no HTTP
-  std::optional<ErreurReseau> perte_;
+  Travail travail_ = Travail::aucun;
+  std::optional<LectureFlux> fin_;  ///< but for an end in order; told after the lines that came before it
 };
 
 FluxHTTP::FluxHTTP() = default;

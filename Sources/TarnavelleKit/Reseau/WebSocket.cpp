@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-#include "BoucleInterne.hpp"
+#include "BoucleDetacheeInterne.hpp"
 #include "CoucheInterne.hpp"
 #include "Socle/Texte.hpp"
 
@@ -45,69 +45,78 @@ struct WebSocket::Etat {
   const ReglageWebSocket reglage;
   const Adresse adresse;
 
+  /// As the owner sees it. From `fermee` on nothing is called any more.
+  enum class Vie {
+    neuve,
+    demarree,
+    fermee,  ///< by the owner
+    finie,   ///< the connection is over
+  };
+  /// As the server sees it.
+  enum class Phase {
+    appel,    ///< a name look-up may be under way
+    poignee,  ///< connected, and agreeing on the protocol
+    ouverte,
+    conge,  ///< the server has taken its leave
+  };
+
   // Any thread, under the lock.
   std::mutex verrou;
+  Vie vie = Vie::neuve;
   std::deque<std::string> file;
   std::size_t octets = 0;  ///< of the queue and of the message being written
-  bool demarre = false;
-  bool ferme = false;     ///< by the owner: nothing is called any more
-  bool finie = false;     ///< the connection is over
-  bool reveil = false;    ///< the loop has been told of the queue
-  bool engorgee = false;  ///< a refused message has been told
+  bool engorgee = false;   ///< a refused message has been told
 
   // The loop's thread only.
   asio::io_context boucle{1};
   RappelsCanal rappels;
-  std::optional<websocket::stream<Couche, false>> flux;
+  Phase phase = Phase::appel;
+  std::optional<websocket::stream<Couche, false>> canal;
   beast::flat_buffer tampon;
-  std::string enCours;  ///< the message being written
-  bool reliee = false;  ///< connected, whatever is spoken yet: no name look-up is under way
-  bool ouverte = false;
-  bool conge = false;  ///< the server has taken its leave
-  bool ecriture = false;
+  std::optional<std::string> enCours;  ///< the message being written
   Horloge::time_point echeance;
   asio::steady_timer fin;
 
   bool muet() {
     const std::lock_guard garde(verrou);
-    return ferme || finie;
+    return vie >= Vie::fermee;
   }
 
   void ouvrir() {
     if (muet()) return;
     echeance = Horloge::now() + reglage.ouverture;
-    flux.emplace(boucle, adresse.tls, reglage.adieu);
-    flux->next_layer().ouvrir(adresse, reglage.ouverture, [this](std::optional<ErreurReseau> erreur) {
+    canal.emplace(boucle, adresse.tls, reglage.adieu);
+    canal->next_layer().ouvrir(adresse, reglage.ouverture, [this](std::optional<ErreurReseau> erreur) {
       if (erreur) return chuter(std::string(description(*erreur)));
-      reliee = true;
+      phase = Phase::poignee;
       saluer();
     });
   }
 
   void delais(std::chrono::steady_clock::duration reponseMax) {
-    flux->set_option(websocket::stream_base::timeout{reponseMax, reglage.silence, true});
+    canal->set_option(websocket::stream_base::timeout{reponseMax, reglage.silence, true});
   }
 
   void saluer() {
     delais(std::max<Horloge::duration>(echeance - Horloge::now(), std::chrono::milliseconds(1)));
-    flux->set_option(websocket::stream_base::decorator([this](websocket::request_type& requete) {
+    canal->set_option(websocket::stream_base::decorator([this](websocket::request_type& requete) {
       for (const EnteteHTTP& e : reglage.entetes) requete.set(e.nom, e.valeur);
     }));
-    flux->read_message_max(messageMax);
-    flux->write_buffer_bytes(ecritureMax);
-    flux->auto_fragment(false);
-    flux->text(true);
-    flux->control_callback([this](websocket::frame_type genre, beast::string_view) {
+    canal->read_message_max(messageMax);
+    canal->write_buffer_bytes(ecritureMax);
+    canal->auto_fragment(false);
+    canal->text(true);
+    canal->control_callback([this](websocket::frame_type genre, beast::string_view) {
       if (genre != websocket::frame_type::close) return;
-      conge = true;
-      flux->next_layer().nePlusAttendre();
+      phase = Phase::conge;
+      canal->next_layer().nePlusAttendre();
     });
-    flux->async_handshake(adresse.entete, adresse.chemin, [this](Erreur erreur) {
+    canal->async_handshake(adresse.entete, adresse.chemin, [this](Erreur erreur) {
       if (erreur) return essuyer(erreur);
       if (muet()) return finir();
-      ouverte = true;
+      phase = Phase::ouverte;
       delais(reglage.adieu);
-      flux->next_layer().finirLaPoignee();
+      canal->next_layer().finirLaPoignee();
       lire();
       ecrire();
     });
@@ -115,7 +124,7 @@ struct WebSocket::Etat {
 
   /// The handshake failed: the server refused, though its words may have been cut, or something else did.
   void essuyer(const Erreur& erreur) {
-    const auto refus = flux->next_layer().refus();
+    const auto refus = canal->next_layer().refus();
     if (!refus) return chuter(raison(erreur));
     if (rappels.surRefus && !muet()) rappels.surRefus(refus->statut, sansSecret(refus->corps));
     chuter(
@@ -123,10 +132,10 @@ struct WebSocket::Etat {
   }
 
   void lire() {
-    flux->async_read(tampon, [this](Erreur erreur, std::size_t) {
+    canal->async_read(tampon, [this](Erreur erreur, std::size_t) {
       if (erreur) return perdre(erreur);
       const std::string_view vue(static_cast<const char*>(tampon.data().data()), tampon.size());
-      if ((flux->got_text() || Texte::utf8Valide(vue)) && !muet()) rappels.surTexte(vue);
+      if ((canal->got_text() || Texte::utf8Valide(vue)) && !muet()) rappels.surTexte(vue);
       tampon.consume(tampon.size());
       if (tampon.capacity() > tamponGarde) tampon = {};
       lire();
@@ -134,9 +143,9 @@ struct WebSocket::Etat {
   }
 
   void perdre(const Erreur& erreur) {
-    const websocket::close_reason& dite = flux->reason();
+    const websocket::close_reason& dite = canal->reason();
     if (dite.code == websocket::close_code::none)
-      return chuter(raison(conge ? Erreur(websocket::error::closed) : erreur));
+      return chuter(raison(phase == Phase::conge ? Erreur(websocket::error::closed) : erreur));
     chuter(citer("le serveur a fermé la connexion (" + std::to_string(dite.code) + ")",
                  {dite.reason.data(), dite.reason.size()}));
   }
@@ -154,22 +163,20 @@ struct WebSocket::Etat {
   }
 
   void ecrire() {
-    if (!ouverte || ecriture) return;
+    if (phase < Phase::ouverte || enCours) return;
     {
       const std::lock_guard garde(verrou);
-      reveil = false;
-      if (file.empty() || ferme || finie) return;
+      if (file.empty()) return;
       enCours = std::move(file.front());
       file.pop_front();
     }
-    ecriture = true;
-    flux->async_write(asio::buffer(enCours), [this](Erreur erreur, std::size_t) {
-      ecriture = false;
+    canal->async_write(asio::buffer(*enCours), [this](Erreur erreur, std::size_t) {
       {
         const std::lock_guard garde(verrou);
-        octets -= enCours.size();
+        octets -= enCours->size();
         engorgee = engorgee && octets > 0;
       }
+      enCours.reset();
       if (erreur == asio::error::operation_aborted) return;  // whoever ended the connection tells why
       if (erreur) return perdre(erreur);
       ecrire();
@@ -188,12 +195,12 @@ struct WebSocket::Etat {
 
   /// The owner's end of the connection.
   void quitter() {
-    if (!ouverte || !flux->is_open()) return finir();
+    if (phase < Phase::ouverte || !canal->is_open()) return finir();
     fin.expires_after(reglage.adieu);
     fin.async_wait([this](Erreur annulee) {
       if (!annulee) finir();
     });
-    flux->async_close(websocket::close_code::going_away, [this](Erreur) { finir(); });
+    canal->async_close(websocket::close_code::going_away, [this](Erreur) { finir(); });
   }
 
   /// Ends the loop, whatever waits there: a close that crosses the server's own can leave Beast's read and
@@ -202,11 +209,11 @@ struct WebSocket::Etat {
   void finir() {
     {
       const std::lock_guard garde(verrou);
-      finie = true;
+      vie = Vie::finie;
       file.clear();
     }
-    if (flux) flux->next_layer().fermer();
-    if (reliee) boucle.stop();
+    if (canal) canal->next_layer().fermer();
+    if (phase > Phase::appel) boucle.stop();
   }
 };
 
@@ -230,7 +237,8 @@ WebSocket::~WebSocket() { fermer(); }
 void WebSocket::demarrer(RappelsCanal rappels) {
   {
     const std::lock_guard garde(etat_->verrou);
-    if (std::exchange(etat_->demarre, true) || etat_->ferme) return;
+    if (etat_->vie != Etat::Vie::neuve) return;
+    etat_->vie = Etat::Vie::demarree;
     etat_->rappels = std::move(rappels);
   }
   Etat* etat = etat_.get();
@@ -242,22 +250,24 @@ void WebSocket::demarrer(RappelsCanal rappels) {
 void WebSocket::envoyer(std::string texte) {
   Etat* etat = etat_.get();
   const std::lock_guard garde(etat->verrou);
-  if (etat->ferme || etat->finie) return;
+  if (etat->vie >= Etat::Vie::fermee) return;
   if (etat->octets + texte.size() > enAttenteMax) {
     if (!std::exchange(etat->engorgee, true)) asio::post(etat->boucle, [etat] { etat->refuser(); });
     return;
   }
   etat->octets += texte.size();
   etat->file.push_back(std::move(texte));
-  if (!std::exchange(etat->reveil, true)) asio::post(etat->boucle, [etat] { etat->ecrire(); });
+  // Whoever takes a message from the queue comes back for the next.
+  if (etat->file.size() == 1) asio::post(etat->boucle, [etat] { etat->ecrire(); });
 }
 
 void WebSocket::fermer() {
   Etat* etat = etat_.get();
   const std::lock_guard garde(etat->verrou);
-  if (std::exchange(etat->ferme, true)) return;
+  if (etat->vie >= Etat::Vie::fermee) return;
   etat->file.clear();
-  if (etat->demarre) asio::post(etat->boucle, [etat] { etat->quitter(); });
+  const Etat::Vie avant = std::exchange(etat->vie, Etat::Vie::fermee);
+  if (avant == Etat::Vie::demarree) asio::post(etat->boucle, [etat] { etat->quitter(); });
 }
 
 }  // namespace tarnavelle

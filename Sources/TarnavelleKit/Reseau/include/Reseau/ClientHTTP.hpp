@@ -59,8 +59,9 @@ class ClientHTTP {
 
  private:
   struct Cible;
-  class Liaison;
-  std::unique_ptr<Liaison> gardee_;
+  class Voie;
+  std::unique_ptr<Cible> cible_;  ///< of the last request
+  std::unique_ptr<Voie> gardee_;  ///< leads there
   /// A peer that closes without saying so, found out by a lost call: its connections are not kept.
   std::string sansGarde_;
   std::optional<EchecHTTP> echec_;

@@ -7,7 +7,7 @@
 #include <set>
 #include <thread>
 
-#include "BoucleInterne.hpp"
+#include "BoucleDetacheeInterne.hpp"
 
 namespace tarnavelle::interne {
 namespace {
