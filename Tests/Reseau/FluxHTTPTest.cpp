@@ -62,6 +62,7 @@ TEST(FluxHTTP, DonneLesLignesEtDitCommentCelaFinit) {
       {ok + "Content-Length: 4\r\n\r\na\rb\nc", "200 a|b|fin"},
       {ok + "Content-Length: 4\r\n\r\na\nb", "200 a|" + coupee},
       {chunked + "1\r\na\r\n3;x=y\r\nb\nc\r\n1\r\n\n\r\n0\r\nT: v\r\n\r\n", "200 ab|c|fin"},
+      {chunked + "0\r\n\r\n", "200 fin"},
       {chunked + "3\r\na\nb\r\nzz\r\n", "200 a|illisible"},
       {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Hints\r\nLink: x\r\n\r\n" + ok + "\r\na\n", "200 a|fin"},
       {ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b\n", "200 illisible"},
