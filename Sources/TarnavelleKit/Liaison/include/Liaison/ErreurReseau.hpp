@@ -1,6 +1,6 @@
 // Why a connection could not be made or did not last, for those who decide what to do next and for the
-// operator. What a protocol says on top (an HTTP status, a WebSocket close code) is its client's business.
-// Pure.
+// operator. What a protocol says on top (an HTTP status, a WebSocket close code) is its client's business. From
+// any thread.
 #pragma once
 
 #include <string_view>

@@ -1,6 +1,6 @@
 // Lines of text out of bytes that arrive in pieces cut anywhere. A line ends with LF, CR or CRLF, as in a
 // stream of server-sent events; a byte order mark at the start is passed over. Time is linear and memory
-// bounded, whatever arrives. What a line says is its reader's business.
+// bounded, whatever arrives. What a line says is its reader's business. One thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 // A request as its maker hands it to whoever sends it, and what a status says: for those who know what to ask
-// and nothing of the network. `Reseau` holds the clients.
+// and nothing of the network. `Reseau` holds the clients. Plain values.
 #pragma once
 
 #include <chrono>
