@@ -1,5 +1,5 @@
 // A thread for an event loop whose owner does not wait: the loop ends by itself when it has nothing left
-// to do. Private to this folder.
+// to do. From any thread. Private to this folder.
 #pragma once
 
 #include <boost/asio/io_context.hpp>

@@ -1,5 +1,6 @@
 // A connection as Beast's WebSocket is to see it: what the server said is read before a failed write is told,
-// a refusal of the handshake is kept as far as it came, and a goodbye has an end. Private to this folder.
+// a refusal of the handshake is kept as far as it came, and a goodbye has an end. On the event loop's thread,
+// as the connection is. Private to this folder.
 #pragma once
 
 #include <boost/beast/core/buffers_prefix.hpp>

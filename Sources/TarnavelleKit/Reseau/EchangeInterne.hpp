@@ -1,5 +1,6 @@
 // One HTTP/1.1 exchange as the clients of this folder have it in common: the request as bytes, and how far an
-// answer is trusted. Private to this folder.
+// answer is trusted. Functions from any thread; a buffer and a parser are one exchange's. Private to this
+// folder.
 #pragma once
 
 #include <boost/beast/core/flat_buffer.hpp>
