@@ -1,6 +1,7 @@
 // What a slice of a remote agent's log or transcript costs to decode, as large as one read gives it.
 #include <benchmark/benchmark.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "Agents/EvenementVol.hpp"

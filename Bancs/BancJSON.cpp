@@ -5,6 +5,7 @@
 
 #include "Porte/PorteMCP.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -10,6 +10,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Repartiteur.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 

@@ -1,4 +1,6 @@
 // The endpoint file that the cockpit writes.
+#include <nlohmann/json.hpp>
+
 #include "Cible.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Socle/EcritureJSON.hpp"

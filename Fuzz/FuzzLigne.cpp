@@ -3,6 +3,7 @@
 #include "Porte/PorteMCP.hpp"
 #include "Repartiteur.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 using namespace tarnavelle;

@@ -3,6 +3,7 @@
 #include "ContenuReponse.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 using namespace tarnavelle;

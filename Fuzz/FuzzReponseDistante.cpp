@@ -1,4 +1,6 @@
 // What a remote shell prints: the endpoint file, or a reply of the remote door.
+#include <nlohmann/json.hpp>
+
 #include "Cible.hpp"
 #include "Porte/PorteDistante.hpp"
 #include "Socle/EcritureJSON.hpp"

@@ -1,5 +1,7 @@
 // One frame of a realtime service, read in both dialects, and the arguments of the call it may hold; the same
 // bytes as the body of a refusal, and as a note to the model.
+#include <nlohmann/json.hpp>
+
 #include "Cible.hpp"
 #include "Socle/Base64.hpp"
 #include "Socle/Texte.hpp"

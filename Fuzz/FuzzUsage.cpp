@@ -1,5 +1,6 @@
 // The usage of one response, added up and priced, and the day's record as it is kept.
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "Cible.hpp"
 #include "Socle/EcritureJSON.hpp"

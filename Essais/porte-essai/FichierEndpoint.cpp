@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"

@@ -18,6 +18,7 @@
 
 #include "Jeton.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::PorteEssai {
 namespace {

@@ -6,6 +6,7 @@
 
 #include "Noms.hpp"
 #include "Refus.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 

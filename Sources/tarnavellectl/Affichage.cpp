@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Colonnes.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Inoffensif.hpp"
 #include "Socle/Texte.hpp"

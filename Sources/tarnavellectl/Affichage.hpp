@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 #include "Sortie.hpp"
 
 namespace tarnavelle::Affichage {

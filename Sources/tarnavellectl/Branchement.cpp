@@ -16,6 +16,7 @@
 #include "Porte/PorteMCP.hpp"
 #include "Programme.hpp"
 #include "Socle/Fichiers.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Branchement {

@@ -6,7 +6,7 @@
 
 #include "Porte/OutilVoix.hpp"
 #include "Session.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::Branchement {
 

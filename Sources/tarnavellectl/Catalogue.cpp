@@ -1,6 +1,7 @@
 #include "Catalogue.hpp"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "Branchement.hpp"
 #include "Commandes.hpp"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
 #include <variant>

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Session.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::Client {
 

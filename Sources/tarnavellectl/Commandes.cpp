@@ -11,6 +11,7 @@
 #include "Porte/GuideAgent.hpp"
 #include "Programme.hpp"
 #include "ScriptsCompletion.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Commandes {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Session.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::Commandes {
 

@@ -10,6 +10,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Commandes {

@@ -1,6 +1,7 @@
 #include "Photo.hpp"
 
 #include <ctime>
+#include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "Socle/Base64.hpp"

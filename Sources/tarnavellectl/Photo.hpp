@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::Photo {
 

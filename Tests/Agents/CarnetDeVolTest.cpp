@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
 namespace {

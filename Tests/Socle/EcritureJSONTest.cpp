@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string>
 
+#include "Socle/LectureJSON.hpp"
+
 namespace tarnavelle {
 namespace {
 

@@ -5,6 +5,8 @@
 #include <limits>
 #include <set>
 
+#include "Socle/LectureJSON.hpp"
+
 namespace tarnavelle {
 namespace {
 

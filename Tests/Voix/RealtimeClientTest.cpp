@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <future>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "Voix/HandlersNotes.hpp"

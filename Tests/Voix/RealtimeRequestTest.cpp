@@ -1,6 +1,7 @@
 #include "Voix/RealtimeRequest.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace tarnavelle {
 namespace {

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "Socle/LectureJSON.hpp"
+
 namespace tarnavelle {
 namespace {
 

@@ -1,6 +1,7 @@
 #include "Plateau.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "Socle/EcritureJSON.hpp"
 

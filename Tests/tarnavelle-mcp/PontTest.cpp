@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <future>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 

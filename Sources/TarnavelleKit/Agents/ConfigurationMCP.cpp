@@ -1,5 +1,7 @@
 #include "Agents/ConfigurationMCP.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include "Socle/EcritureJSON.hpp"
 #include "TableAgentsInterne.hpp"
 

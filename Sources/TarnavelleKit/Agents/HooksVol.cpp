@@ -1,5 +1,6 @@
 #include "Agents/HooksVol.hpp"
 
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"

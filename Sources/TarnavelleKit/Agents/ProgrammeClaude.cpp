@@ -1,5 +1,7 @@
 // claude. A server whose tools are not always loaded shows its model their names only.
 // https://code.claude.com/docs/en/mcp, https://code.claude.com/docs/en/cli-reference
+#include <nlohmann/json.hpp>
+
 #include "Socle/Shell.hpp"
 #include "Socle/Texte.hpp"
 #include "TableAgentsInterne.hpp"

@@ -1,5 +1,7 @@
 // gemini. It keeps variables that look like secrets from its servers, but for those named here, and reads
 // "$NAME" as their value. https://geminicli.com/docs/tools/mcp-server/
+#include <nlohmann/json.hpp>
+
 #include "Socle/Shell.hpp"
 #include "Socle/Texte.hpp"
 #include "TableAgentsInterne.hpp"

@@ -1,5 +1,7 @@
 // opencode. It approves what nothing forbids, and the last rule that matches wins: the general one stands
 // first, as the sorted keys put it. https://opencode.ai/docs/mcp-servers, https://opencode.ai/docs/permissions
+#include <nlohmann/json.hpp>
+
 #include "Socle/Shell.hpp"
 #include "TableAgentsInterne.hpp"
 

@@ -1,5 +1,7 @@
 #include "Hermes/RequeteGateway.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Texte.hpp"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Porte/TableVerbes.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {

@@ -1,6 +1,7 @@
 #include "Porte/OutilVoix.hpp"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "Socle/Texte.hpp"
 

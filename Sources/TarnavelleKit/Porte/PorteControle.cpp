@@ -1,6 +1,7 @@
 #include "Porte/PorteControle.hpp"
 
 #include "Socle/Fichiers.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/URL.hpp"
 
 namespace tarnavelle {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Shell.hpp"
 #include "Socle/Texte.hpp"
 

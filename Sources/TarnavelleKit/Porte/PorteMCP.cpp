@@ -5,6 +5,7 @@
 #include "Porte/CommandeControle.hpp"
 #include "Porte/TableVerbes.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::PorteMCP {

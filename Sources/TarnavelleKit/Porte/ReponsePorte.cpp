@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::EcritureJSON {

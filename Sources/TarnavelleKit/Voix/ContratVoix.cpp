@@ -1,5 +1,7 @@
 #include "Voix/ContratVoix.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include "Voix/AnnonceVoix.hpp"
 #include "Voix/RealtimeRequest.hpp"
 

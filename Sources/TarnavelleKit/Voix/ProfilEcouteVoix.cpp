@@ -1,6 +1,7 @@
 #include "Voix/ProfilEcouteVoix.hpp"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 namespace tarnavelle {
 namespace {

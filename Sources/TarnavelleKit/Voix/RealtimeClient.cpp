@@ -1,5 +1,6 @@
 #include "Voix/RealtimeClient.hpp"
 
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <variant>
 

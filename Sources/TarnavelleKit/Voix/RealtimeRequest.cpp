@@ -1,5 +1,6 @@
 #include "Voix/RealtimeRequest.hpp"
 
+#include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
 

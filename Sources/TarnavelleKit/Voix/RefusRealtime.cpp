@@ -1,5 +1,7 @@
 #include "Voix/RefusRealtime.hpp"
 
+#include "Socle/LectureJSON.hpp"
+
 namespace tarnavelle {
 
 RefusRealtime RefusRealtime::lire(const Json& porteur) {

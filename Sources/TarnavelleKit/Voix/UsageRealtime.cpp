@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle {

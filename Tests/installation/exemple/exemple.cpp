@@ -1,5 +1,6 @@
 // A word with each family of the kit: what it prints takes the archives, the networking library included.
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "Agents/AgentCLI.hpp"
 #include "Appel/AppelPorte.hpp"

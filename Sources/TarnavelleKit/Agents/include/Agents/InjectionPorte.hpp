@@ -13,7 +13,7 @@
 
 #include "Agents/AgentCLI.hpp"
 #include "Socle/Environnement.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::InjectionPorte {
 

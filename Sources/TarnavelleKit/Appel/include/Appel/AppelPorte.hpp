@@ -7,7 +7,7 @@
 
 #include "Porte/PorteControle.hpp"
 #include "Reseau/ClientHTTP.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -11,7 +11,7 @@
 
 #include "Hermes/EvenementGateway.hpp"
 #include "Liaison/RequeteHTTP.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::RequeteGateway {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "Porte/OutilVoix.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "Socle/Environnement.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -11,7 +11,7 @@
 
 #include "Porte/OutilVoix.hpp"
 #include "Porte/Version.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::PorteMCP {
 

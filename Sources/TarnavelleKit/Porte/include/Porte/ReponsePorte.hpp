@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::EcritureJSON {
 

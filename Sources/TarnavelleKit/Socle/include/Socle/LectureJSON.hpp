@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
-namespace tarnavelle {
+#include "Socle/JSON.hpp"
 
-using Json = nlohmann::json;
+namespace tarnavelle {
 
 namespace LectureJSON {
 

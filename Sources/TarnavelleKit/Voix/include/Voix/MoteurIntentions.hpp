@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 #include "Voix/IntentionTarnavelle.hpp"
 #include "Voix/MondeVoix.hpp"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

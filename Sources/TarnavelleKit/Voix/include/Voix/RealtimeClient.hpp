@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 #include "Socle/Octets.hpp"
 #include "Voix/ContratVoix.hpp"
 #include "Voix/FileAppelsRealtime.hpp"

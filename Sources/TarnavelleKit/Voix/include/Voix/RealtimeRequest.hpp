@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 #include "Voix/ContratVoix.hpp"
 #include "Voix/ProfilEcouteVoix.hpp"
 #include "Voix/RealtimeProvider.hpp"

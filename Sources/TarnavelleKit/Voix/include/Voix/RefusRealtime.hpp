@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "Socle/Date.hpp"
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 
