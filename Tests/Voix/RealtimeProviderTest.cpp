@@ -22,6 +22,8 @@ TEST(RealtimeProvider, ChoisitSelonLesCles) {
   EXPECT_EQ(P::offre({"XAI_API_KEY"}),
             (std::vector<P::Offre>{{P::openai(), false}, {P::openai21(), false}, {P::grok(), true}}));
   EXPECT_EQ(P::clesDistinctes(), (std::vector<std::string>{"OPENAI_API_KEY", "XAI_API_KEY"}));
+  EXPECT_EQ(dialecteDepuis("xai"), DialecteRealtime::xai);
+  EXPECT_FALSE(dialecteDepuis("XAI"));
 }
 
 TEST(RealtimeProvider, ComposeLAdresse) {

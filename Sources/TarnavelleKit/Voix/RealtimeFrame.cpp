@@ -46,10 +46,19 @@ RealtimeFrame erreur(const Json& evenement) {
   return {RealtimeFrame::error{texte ? *texte : "erreur Realtime"}};
 }
 
-/// Each dialect has one source of tool calls, so that a service which reports a call by both events
-/// does not have it carried out twice.
+/// The event that tells a tool call. Each dialect has one, so that a service which reports a call by both does
+/// not have it carried out twice.
+std::string_view annonceDAppel(DialecteRealtime dialecte) {
+  switch (dialecte) {
+    case DialecteRealtime::openai: return "response.output_item.done";
+    case DialecteRealtime::xai: return "response.function_call_arguments.done";
+  }
+  return {};
+}
+
 RealtimeFrame trame(const Json& evenement, DialecteRealtime dialecte) {
   const std::string& t = type(evenement);
+  const bool annonce = t == annonceDAppel(dialecte);
   if (t == "session.created" || t == "conversation.created") return {RealtimeFrame::sessionCreated{}};
   if (t == "session.updated") return {RealtimeFrame::sessionUpdated{}};
   if (t == "response.output_audio.delta" || t == "response.audio.delta") {
@@ -57,11 +66,11 @@ RealtimeFrame trame(const Json& evenement, DialecteRealtime dialecte) {
     if (auto octets = son ? Base64::decoder(*son) : std::nullopt)
       return {RealtimeFrame::audioDelta{std::move(*octets)}};
   } else if (t == "response.function_call_arguments.done") {
-    if (dialecte == DialecteRealtime::xai) return appel(evenement);
+    if (annonce) return appel(evenement);
   } else if (t == "response.output_item.done") {
     if (const Json* item = Champ::membre(evenement, "item")) {
       const std::string genre = Champ::texte(*item, "type");
-      if (genre == "function_call" && dialecte == DialecteRealtime::openai) return appel(*item);
+      if (genre == "function_call" && annonce) return appel(*item);
       if (genre == "message") return message(*item);
     }
   } else if (t == "response.done") {

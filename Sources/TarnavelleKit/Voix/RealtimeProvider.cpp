@@ -24,14 +24,14 @@ std::string_view valeurBrute(DialecteRealtime dialecte) {
 }
 
 std::optional<DialecteRealtime> dialecteDepuis(std::string_view brute) {
-  for (const auto dialecte : {DialecteRealtime::openai, DialecteRealtime::xai})
-    if (brute == valeurBrute(dialecte)) return dialecte;
+  for (const RealtimeProvider& p : RealtimeProvider::tous())
+    if (brute == valeurBrute(p.dialecte)) return p.dialecte;
   return std::nullopt;
 }
 
-const RealtimeProvider& RealtimeProvider::openai() { return tous()[0]; }
-const RealtimeProvider& RealtimeProvider::openai21() { return tous()[1]; }
-const RealtimeProvider& RealtimeProvider::grok() { return tous()[2]; }
+const RealtimeProvider& RealtimeProvider::openai() { return *parId("openai"); }
+const RealtimeProvider& RealtimeProvider::openai21() { return *parId("openai-2.1"); }
+const RealtimeProvider& RealtimeProvider::grok() { return *parId("grok"); }
 
 const std::vector<RealtimeProvider>& RealtimeProvider::tous() {
   static const std::vector<RealtimeProvider> liste = {

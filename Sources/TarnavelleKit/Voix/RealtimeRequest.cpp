@@ -17,7 +17,10 @@ Json enveloppe(Json session) { return {{"type", "session.update"}, {"session", s
 
 /// A partial update: one dialect wants the session's type in each of them.
 Json miseAJour(Json session, DialecteRealtime dialecte) {
-  if (dialecte == DialecteRealtime::openai) session["type"] = "realtime";
+  switch (dialecte) {
+    case DialecteRealtime::openai: session["type"] = "realtime"; break;
+    case DialecteRealtime::xai: break;
+  }
   return enveloppe(std::move(session));
 }
 

@@ -1,6 +1,6 @@
 // The realtime speech-to-speech services that a voice session can be held with, and which of them a
 // session uses. Keys are never stored here: their caller looks them up under `cleEnv`. The session's
-// JSON is RealtimeRequest's business. The catalogue is immutable; pure functions.
+// JSON is RealtimeRequest's business. The catalogue is immutable: all is safe from any thread.
 #pragma once
 
 #include <optional>
@@ -17,7 +17,7 @@ enum class DialecteRealtime { openai, xai };
 /// Name of a dialect: "openai" or "xai".
 std::string_view valeurBrute(DialecteRealtime dialecte);
 
-/// The dialect of exactly that name.
+/// The dialect of exactly that name, which a service of the catalogue speaks.
 std::optional<DialecteRealtime> dialecteDepuis(std::string_view valeurBrute);
 
 struct RealtimeProvider {
@@ -39,7 +39,7 @@ struct RealtimeProvider {
   static const RealtimeProvider& openai21();
   static const RealtimeProvider& grok();
 
-  /// The catalogue, in its fixed order.
+  /// The catalogue, in its fixed order: a service that the user did not choose is taken by its rank.
   static const std::vector<RealtimeProvider>& tous();
 
   /// The member of exactly that identifier, or null.
