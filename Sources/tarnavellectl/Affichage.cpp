@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "Colonnes.hpp"
-#include "Socle/LectureJSON.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Inoffensif.hpp"
+#include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Affichage {

@@ -87,8 +87,10 @@ bool fichierExecutable(const std::filesystem::path& chemin) {
 
 std::filesystem::path dossierPersonnel(const Variables& environnement) {
   if (environnement.texte("HOME")) return *environnement.octets("HOME");  // a path: its bytes are kept
-  const passwd* compte = ::getpwuid(::getuid());
-  return compte && compte->pw_dir ? compte->pw_dir : "";
+  std::array<char, 16 * 1024> textes;                                     // far more than an entry holds
+  passwd compte{}, *trouve = nullptr;
+  const bool lue = ::getpwuid_r(::getuid(), &compte, textes.data(), textes.size(), &trouve) == 0;
+  return lue && trouve && trouve->pw_dir ? trouve->pw_dir : "";
 }
 
 std::filesystem::path dossierApplicationSupport(const Variables& environnement) {

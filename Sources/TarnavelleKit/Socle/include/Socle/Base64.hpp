@@ -1,4 +1,4 @@
-// Base64 in the standard alphabet with padding (RFC 4648, section 4). Pure functions.
+// Base64 in the standard alphabet with padding (RFC 4648, section 4). Pure functions, safe from any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Paths as texts: those of another machine, which no file system here can be asked about. Pure functions.
+// Paths as texts: those of another machine, which no file system here can be asked about. Pure functions, safe
+// from any thread.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,5 @@
-// The order in which a person looks for names in a list. Pure functions, but for the locale that the
-// environment names; safe from any thread as long as none changes the environment.
+// The order in which a person looks for names in a list. Safe from any thread as long as none changes
+// the environment, which names the locale.
 #pragma once
 
 #include <string>

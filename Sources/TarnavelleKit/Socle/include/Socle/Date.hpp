@@ -1,5 +1,5 @@
 // Calendar dates: the day an instant falls on where the user is, and date-times written in ISO 8601.
-// Pure functions, but for the time zone of `Calendrier::local`; safe from any thread.
+// Safe from any thread; `Calendrier::local` as long as none changes the environment, which names the time zone.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
 // Writing JSON, in the two styles the system uses. Keys are sorted by their bytes at every depth,
-// text is raw UTF-8, "/" stands plain, control characters are escaped. Pure functions.
+// text is raw UTF-8, "/" stands plain, control characters are escaped. Pure functions, safe from any thread.
 #pragma once
 
 #include <optional>

@@ -1,4 +1,5 @@
-// Environment variables: a table of them, and where a reader finds them.
+// Environment variables: a table of them, and where a reader finds them. A table is a plain value: one thread
+// at a time. The process's own are read safely as long as no thread changes them.
 #pragma once
 
 #include <initializer_list>

@@ -1,4 +1,5 @@
-// Reading and writing whole files, telling executable ones, and finding the user's folders.
+// Reading and writing whole files, telling executable ones, and finding the user's folders. Safe from any
+// thread as long as none changes the environment; of two that write one path, the last has it.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +15,14 @@ namespace tarnavelle {
 /// The file's bytes; nothing when it cannot be read, is not a regular file or exceeds `tailleMax` bytes.
 std::optional<std::string> lireFichier(const std::filesystem::path& chemin, std::size_t tailleMax);
 
-/// Writes every byte to a descriptor, waiting for one that is non-blocking; false once a write fails.
+/// Writes every byte to a descriptor, waiting for one that is non-blocking. False once a write fails, which
+/// errno tells: what was written before stays written.
 bool ecrireTout(int descripteur, std::string_view octets);
 
 /// Puts a file with that content at that path, in one step, readable by its owner alone (0600): a reader
 /// finds the old file or the new one, whole. A link at that path is replaced, never followed. False, with
-/// nothing changed, when that cannot be done; the folder must be there.
+/// nothing changed and errno set, when that cannot be done; the folder must be there. A process that is killed
+/// meanwhile may leave the new file beside it, its name followed by a dot and six characters.
 bool ecrireFichierPrive(const std::filesystem::path& chemin, std::string_view contenu);
 
 /// Whether a regular file that this user may execute stands at that path, links followed.

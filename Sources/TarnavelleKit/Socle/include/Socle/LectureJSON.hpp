@@ -3,7 +3,7 @@
 // Strict means RFC 8259 and well-formed UTF-8: no comments, no trailing commas, no lone surrogates,
 // no number too large for a double, no exponent beyond 32 bits, no nesting beyond `profondeurMax`.
 // When a key is repeated the last one wins. Failures are empty optionals; nothing here throws but
-// std::bad_alloc. Pure functions.
+// std::bad_alloc. Pure functions, safe from any thread.
 #pragma once
 
 #include <cstddef>

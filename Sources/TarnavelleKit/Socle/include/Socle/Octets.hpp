@@ -1,4 +1,4 @@
-// Bytes that are not text, such as sound.
+// Bytes that are not text, such as sound. A plain value: one thread at a time.
 #pragma once
 
 #include <cstdint>

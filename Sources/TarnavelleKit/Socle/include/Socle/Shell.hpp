@@ -1,4 +1,4 @@
-// Quoting for POSIX shells. Pure functions.
+// Quoting for POSIX shells. Pure functions, safe from any thread.
 #pragma once
 
 #include <string>

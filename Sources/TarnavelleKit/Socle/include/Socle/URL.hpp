@@ -1,4 +1,5 @@
-// URLs taken apart (RFC 3986), for those who judge an address and those who connect to it. Pure.
+// URLs taken apart (RFC 3986), for those who judge an address and those who connect to it. Safe
+// from any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // The notes by which the cockpit tells the voice what has just happened, and the paragraph of the
 // instructions that explains them to the model. When a note is delivered is FileAnnoncesVoix's business.
-// Pure functions.
+// Pure functions, safe from any thread.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // The contract of a voice session: the instructions given to the model, in French, and the tools offered
 // to it. Each text stands once, as a whole: the instructions in ContratVoix.cpp, the tools in
-// ContratVoixOutils.cpp. How a session carries them is RealtimeRequest's business. Pure functions.
+// ContratVoixOutils.cpp. How a session carries them is RealtimeRequest's business. Pure functions, safe from
+// any thread.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // Until when the model's voice is still coming out of the speakers, so that the microphone can be muted
 // meanwhile. Sound is queued, not mixed: each chunk plays after those before it.
-// `FenetreLecture` is a plain value owned by one queue; `FenetreHautParleur` may be used from any thread.
+// `FenetreLecture` is a plain value, for one thread at a time; `FenetreHautParleur` is safe from any thread,
+// and asks its clock with its lock held.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
 // The cockpit's events that wait to be told to the model, until the conversation is free to take them.
-// Their words are AnnonceVoix's, their delivery the session's owner's. Plain value, owned by one queue.
+// Their words are AnnonceVoix's, their delivery the session's owner's. A plain value: one thread at a time.
 #pragma once
 
 #include <cstddef>

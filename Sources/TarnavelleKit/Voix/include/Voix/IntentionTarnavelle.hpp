@@ -1,6 +1,6 @@
 // What a spoken sentence asks of the cockpit: one intention, and the text model's verdict on a whole
 // sentence. MoteurIntentions reads verdicts; carrying intentions out is the cockpit's business.
-// Plain values.
+// Plain values: one thread at a time.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
 // What an agent has printed since the last instruction: the end of the screen is remembered when the
-// instruction is typed, and looked for when the answer is read. Pure functions.
+// instruction is typed, and looked for when the answer is read. Pure functions, safe from any thread.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What the voice knows of the board. Plain values: the cockpit composes them, the contract of a
-// conversation and the intent engine's prompt read them.
+// What the voice knows of the board. The cockpit composes it, the contract of a conversation and the intent
+// engine's prompt read it. A plain value: one thread at a time.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 // From a spoken sentence to cockpit commands: the prompt given to a text model, and the reading of its
-// answer. Calling the model, and what to do without a verdict, are the cockpit's business. Pure functions.
+// answer. Calling the model, and what to do without a verdict, are the cockpit's business. Pure functions, safe
+// from any thread.
 #pragma once
 
 #include <cstddef>

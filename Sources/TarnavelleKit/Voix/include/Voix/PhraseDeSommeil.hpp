@@ -1,5 +1,5 @@
 // The phrases by which the operator sends the voice back to sleep. What then happens is the session's
-// business. Pure functions.
+// business. Pure functions, safe from any thread.
 #pragma once
 
 #include <array>

@@ -1,5 +1,6 @@
 // How a conversation listens: when the service takes the operator's turn as begun and as over, and
-// whether sound may cut the voice short. Plain values.
+// whether sound may cut the voice short. Plain values: the two usual ones are immutable, and safe from any
+// thread.
 #pragma once
 
 #include <string>

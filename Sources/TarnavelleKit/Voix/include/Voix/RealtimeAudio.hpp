@@ -1,6 +1,6 @@
 // Between the samples of the sound devices (32-bit floats at the device's rate) and the sound of a voice
 // session (24 kHz mono PCM, signed 16-bit little-endian). Base64 is the wire's business.
-// Samples that are not finite are silence. Pure functions.
+// Samples that are not finite are silence. Pure functions, safe from any thread.
 #pragma once
 
 #include <cstdint>

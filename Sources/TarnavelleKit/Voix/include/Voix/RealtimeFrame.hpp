@@ -68,7 +68,7 @@ struct RealtimeFrame {
   static bool verdict(std::string_view argsJSON);
 };
 
-/// Everything that the client needs of one frame, from one parse.
+/// All that the client needs of one frame.
 struct LectureTrame {
   RealtimeFrame trame;
   std::optional<std::string> itemCree = {};       ///< id of a conversation item that was created

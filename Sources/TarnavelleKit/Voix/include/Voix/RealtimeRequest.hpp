@@ -1,5 +1,5 @@
 // The events that a voice session sends: how it is configured, in the dialect of its service, and what
-// it says during a conversation. The client sends them and decides when. Pure functions.
+// it says during a conversation. The client sends them and decides when. Pure functions, safe from any thread.
 // Protocol: OpenAI Realtime API, client events.
 #pragma once
 

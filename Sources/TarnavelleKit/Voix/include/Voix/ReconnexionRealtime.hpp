@@ -1,6 +1,6 @@
 // What a voice session does when its connection closes, when nobody has spoken for long, and when an
 // agent's long work ends. Timers, the count of attempts and carrying the decision out are their owner's
-// business. Pure functions.
+// business. Pure functions, safe from any thread.
 #pragma once
 
 #include <array>

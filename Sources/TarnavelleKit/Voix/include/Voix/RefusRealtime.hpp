@@ -1,5 +1,6 @@
 // What a realtime service says beside the words of a refusal: of the connection, of something that was sent,
-// or of a response. What follows from it is ReconnexionRealtime's decision. Plain value, pure functions.
+// or of a response. What follows from it is ReconnexionRealtime's decision. A plain value
+// and pure functions, safe from any thread.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// The register in which the voice speaks to the operator. A plain value, by default the sober tone; the
-// catalogue of tones is the cockpit's.
+// The register in which the voice speaks to the operator. By default the sober tone; the catalogue of
+// tones is the cockpit's. A plain value: one thread at a time.
 #pragma once
 
 #include <optional>
