@@ -64,19 +64,19 @@ constexpr Option table[] = {
 
 }  // namespace
 
-std::variant<Options, std::string> Options::lire(const std::vector<std::string>& arguments) {
+Resultat<Options, std::string> Options::lire(const std::vector<std::string>& arguments) {
   Options options;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const auto* option = std::ranges::find(table, arguments[i], &Option::nom);
     if (option == std::end(table))
-      return "Option inconnue : « " + Texte::tronquer(arguments[i], 40) + " ». Voir --help.";
+      return Sinon{"Option inconnue : « " + Texte::tronquer(arguments[i], 40) + " ». Voir --help."};
     std::string valeur;
     if (!option->valeur.empty()) {
-      if (++i == arguments.size()) return "Il manque la valeur de " + std::string(option->nom) + ".";
+      if (++i == arguments.size()) return Sinon{"Il manque la valeur de " + std::string(option->nom) + "."};
       valeur = arguments[i];
     }
     if (!option->poser(options, valeur))
-      return "La valeur de " + std::string(option->nom) + " ne convient pas. Voir --help.";
+      return Sinon{"La valeur de " + std::string(option->nom) + " ne convient pas. Voir --help."};
   }
   return options;
 }

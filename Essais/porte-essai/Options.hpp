@@ -3,10 +3,10 @@
 
 #include <filesystem>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "ServeurHTTP.hpp"
+#include "Socle/Resultat.hpp"
 
 namespace tarnavelle::PorteEssai {
 
@@ -16,7 +16,7 @@ struct Options {
   bool aide = false;
 
   /// The options, or in French why they cannot be read. No message repeats a token.
-  static std::variant<Options, std::string> lire(const std::vector<std::string>& arguments);
+  static Resultat<Options, std::string> lire(const std::vector<std::string>& arguments);
   /// The help text, ending with a line feed.
   static std::string texteAide();
 };

@@ -9,6 +9,7 @@
 #include "Motif.hpp"
 #include "Noms.hpp"
 #include "Refus.hpp"
+#include "Socle/Resultat.hpp"
 #include "Socle/Texte.hpp"
 #include "Verbes.hpp"
 
@@ -30,21 +31,21 @@ std::string_view raisonDe(const Objet& objet) {
   return "";
 }
 
-std::variant<Objet, ReponsePorte> objetDe(const CommandeControle::attendre& commande) {
+Resultat<Objet, ReponsePorte> objetDe(const CommandeControle::attendre& commande) {
   const std::string jusqua = replier(commande.jusquA);
   if (!commande.motif.empty()) {
     if (Texte::caracteres(commande.motif) > Motif::caracteresMax)
-      return ReponsePorte::echec("« motif » est trop long : " + std::to_string(Motif::caracteresMax) +
-                                 " caractères au plus.");
+      return Sinon{ReponsePorte::echec("« motif » est trop long : " + std::to_string(Motif::caracteresMax) +
+                                       " caractères au plus.")};
     if (auto motif = Motif::lire(commande.motif)) return Objet(std::move(*motif));
-    return ReponsePorte::echec(cite(commande.motif) + " n'est pas une expression régulière.");
+    return Sinon{ReponsePorte::echec(cite(commande.motif) + " n'est pas une expression régulière.")};
   }
-  if (jusqua == "motif") return ReponsePorte::echec("Il manque « motif ».");
+  if (jusqua == "motif") return Sinon{ReponsePorte::echec("Il manque « motif ».")};
   if (jusqua.empty()) return Objet(Evenement::idle);
   for (const Evenement e : {Evenement::idle, Evenement::besoin, Evenement::fini, Evenement::mort})
     if (jusqua == raisonDe(e)) return Objet(e);
-  return ReponsePorte::echec("« jusqu_a » vaut idle, besoin, fini, mort ou motif, pas " +
-                             cite(commande.jusquA) + ".");
+  return Sinon{ReponsePorte::echec("« jusqu_a » vaut idle, besoin, fini, mort ou motif, pas " +
+                                   cite(commande.jusquA) + ".")};
 }
 
 struct Issue {
@@ -99,11 +100,10 @@ void Plateau::arreter() {
 }
 
 ReponsePorte Plateau::attendre(const CommandeControle::attendre& commande) {
-  auto lu = objetDe(commande);
-  if (auto* refus = std::get_if<ReponsePorte>(&lu)) return *refus;
-  const Objet& objet = std::get<Objet>(lu);
-  const auto* evenement = std::get_if<Evenement>(&objet);
-  const auto* motif = std::get_if<Motif>(&objet);
+  const auto objet = objetDe(commande);
+  if (!objet) return objet.raison();
+  const auto* evenement = std::get_if<Evenement>(&*objet);
+  const auto* motif = std::get_if<Motif>(&*objet);
 
   std::unique_lock verrou(mutex_);
   const auto patience =
@@ -133,13 +133,13 @@ ReponsePorte Plateau::attendre(const CommandeControle::attendre& commande) {
       verrou.unlock();  // a costly pattern must not hold the board
       const auto resultat = motif->chercher(ecran);
       verrou.lock();
-      if (resultat == Motif::Resultat::present) return rendre({true, raisonDe(objet)});
+      if (resultat == Motif::Resultat::present) return rendre({true, raisonDe(*objet)});
       if (resultat == Motif::Resultat::tropCouteux)
         return ReponsePorte::echec(cite(commande.motif) + " demande trop de calcul : simplifie le motif.");
       continue;  // the board may have moved meanwhile
     }
     if (evenement && agent && (agent->est(*evenement) || agent->passages(*evenement) != passages))
-      return rendre({true, raisonDe(objet)});
+      return rendre({true, raisonDe(*objet)});
     if (!agent || agent->etat() == EtatAgent::sorti)
       return rendre({evenement && *evenement == Evenement::mort, "mort"});
     if (maintenant >= echeance) return rendre({false, "timeout"});

@@ -39,8 +39,8 @@ sigset_t retenirSignaux() {
 int main(int argc, char** argv) {
   const sigset_t fins = retenirSignaux();
   auto lu = Options::lire({argv + (argc > 0 ? 1 : 0), argv + argc});
-  if (const auto* refus = std::get_if<std::string>(&lu)) return echouer(*refus, 2);
-  Options& options = std::get<Options>(lu);
+  if (!lu) return echouer(lu.raison(), 2);
+  Options& options = *lu;
   if (options.aide) {
     std::fputs(Options::texteAide().c_str(), stdout);
     return 0;

@@ -19,10 +19,10 @@ struct Proprietaire : std::enable_shared_from_this<Proprietaire> {
     RealtimeClient::Reglages reglages{.provider = preset, .voice = "marin", .handlers = handlers()};
     reglages.provider.endpoint = ServeurEtranger::commun().url(serveur, "/v1/realtime");
     reglages.profil = ProfilEcouteVoix::casque();
-    const auto [ouvert, refus] = ouvrirRealtime({.model = modele, .apiKey = "cle-secrete"}, reglages);
-    EXPECT_EQ(refus, "");
+    const auto ouverte = ouvrirRealtime({.model = modele, .apiKey = "cle-secrete"}, reglages);
+    ASSERT_TRUE(ouverte) << ouverte.raison();
     const std::lock_guard garde(verrou);
-    client = ouvert;
+    client = *ouverte;
   }
 
   std::shared_ptr<RealtimeClient> session() {
@@ -89,12 +89,11 @@ TEST(RealtimeReel, UnRefusSeDitSansLaCle) {
     const auto qui = std::make_shared<Proprietaire>();
     RealtimeClient::Reglages reglages{.provider = RealtimeProvider::openai(), .handlers = qui->handlers()};
     reglages.provider.endpoint = endpoint;
-    const auto [client, refus] = ouvrirRealtime({"m", apiKey}, std::move(reglages));
-    EXPECT_EQ(client == nullptr, !attendu.empty());
-    EXPECT_EQ(refus, attendu);
+    const auto ouverte = ouvrirRealtime({"m", apiKey}, std::move(reglages));
+    EXPECT_EQ(ouverte ? "" : ouverte.raison(), attendu);
     const auto lignes =
-        client ? Lignes{"refus 401,,,Incorrect API key provided: ….", "erreur " + cite, "fermeture " + cite}
-               : Lignes{};
+        ouverte ? Lignes{"refus 401,,,Incorrect API key provided: ….", "erreur " + cite, "fermeture " + cite}
+                : Lignes{};
     EXPECT_EQ(qui->journal.attendre(lignes.size()), lignes);
   }
 }

@@ -7,17 +7,17 @@
 
 namespace tarnavelle {
 
-OuvertureRealtime ouvrirRealtime(const AccesRealtime& acces, RealtimeClient::Reglages reglages) {
-  if (acces.apiKey.empty()) return {.client = nullptr, .refus = "la clé du fournisseur manque"};
+Resultat<std::shared_ptr<RealtimeClient>, std::string> ouvrirRealtime(const AccesRealtime& acces,
+                                                                      RealtimeClient::Reglages reglages) {
+  if (acces.apiKey.empty()) return Sinon{"la clé du fournisseur manque"};
   if (Texte::porteControle(acces.apiKey))
-    return {.client = nullptr,
-            .refus = "la clé du fournisseur contient un caractère de contrôle : elle n'est pas envoyée"};
+    return Sinon{"la clé du fournisseur contient un caractère de contrôle : elle n'est pas envoyée"};
   const RealtimeProvider& provider = reglages.provider;
   const auto url = provider.url(acces.model.empty() ? provider.modeleParDefaut : acces.model);
   auto transport = url ? TransportWebSocketRealtime::creer(*url, acces.apiKey) : nullptr;
-  if (!transport) return {.client = nullptr, .refus = "l'adresse du service vocal est illisible"};
+  if (!transport) return Sinon{"l'adresse du service vocal est illisible"};
   reglages.secret = acces.apiKey;
-  return {.client = RealtimeClient::creer(std::move(transport), std::move(reglages)), .refus = {}};
+  return RealtimeClient::creer(std::move(transport), std::move(reglages));
 }
 
 }  // namespace tarnavelle

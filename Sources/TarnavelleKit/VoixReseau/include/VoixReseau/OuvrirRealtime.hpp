@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "Socle/Resultat.hpp"
 #include "Voix/RealtimeClient.hpp"
 
 namespace tarnavelle {
@@ -13,12 +14,9 @@ struct AccesRealtime {
   std::string apiKey;
 };
 
-struct OuvertureRealtime {
-  std::shared_ptr<RealtimeClient> client;
-  std::string refus;  ///< when there is no client: why the voice is unavailable, in French
-};
-
-/// A session with the provider of `reglages`, which begins to connect at once.
-OuvertureRealtime ouvrirRealtime(const AccesRealtime& acces, RealtimeClient::Reglages reglages);
+/// A session with the provider of `reglages`, which begins to connect at once; or why the voice is unavailable,
+/// in French. Never null.
+Resultat<std::shared_ptr<RealtimeClient>, std::string> ouvrirRealtime(const AccesRealtime& acces,
+                                                                      RealtimeClient::Reglages reglages);
 
 }  // namespace tarnavelle
