@@ -36,8 +36,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
       mots.back() += c;
   }
   const auto lue = LigneCommande::lire(mots);
-  if (const auto* ligne = std::get_if<LigneCommande>(&lue); ligne && ligne->commande.outil)
-    for (const ParamVoix& p : ligne->commande.outil->parametres)
-      exiger(!p.requis || ligne->aide || ligne->version || ligne->charge.contains(p.nom));
+  if (lue && lue->commande.outil)
+    for (const ParamVoix& p : lue->commande.outil->parametres)
+      exiger(!p.requis || lue->aide || lue->version || lue->charge.contains(p.nom));
   return 0;
 }

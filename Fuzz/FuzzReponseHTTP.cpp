@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "Cible.hpp"
+#include "Liaison/LecteurLignesFlux.hpp"
 #include "Reseau/ClientHTTP.hpp"
 #include "Reseau/FluxHTTP.hpp"
 #include "Reseau/PairTCP.hpp"
-#include "Liaison/LecteurLignesFlux.hpp"
 
 using namespace tarnavelle;
 using namespace std::chrono_literals;
@@ -41,7 +41,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
     return ClientHTTP().envoyer(requete, {.attente = 5s, .vie = 5s, .corpsMax = corpsMax});
   };
   const auto reponse = demander(), coupee = demander();
-  exiger(reponse.has_value() == coupee.has_value());
+  exiger(bool(reponse) == bool(coupee));
   if (reponse) exiger(reponse->statut == coupee->statut && reponse->corps == coupee->corps);
 
   FluxHTTP flux;
@@ -51,7 +51,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
   for (; const auto* ligne = std::get_if<LectureFlux::ligne>(&lu.cas); lu = flux.suivante())
     lignes.emplace_back(ligne->texte);
   if (std::holds_alternative<LectureFlux::fin>(lu.cas))
-    exiger(reponse && ouverte == std::variant<int, ErreurReseau>(reponse->statut) &&
+    exiger(reponse && ouverte == Resultat<int, ErreurReseau>(reponse->statut) &&
            lignes == decouper(reponse->corps));
   return 0;
 }

@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
-#include <variant>
 
 #include "Affichage.hpp"
 #include "Aide.hpp"
@@ -143,15 +142,16 @@ int executer(const std::vector<std::string>& mots, Session& session) {
   if (const auto autres = Completions::motsACompleter(mots)) return Completions::proposer(*autres, session);
 
   auto lue = LigneCommande::lire(mots);
-  if (const auto* faute = std::get_if<FauteLigne>(&lue)) {
-    session.erreurs.avertir(faute->message);
-    session.erreurs.montrer({{Aide::usage(faute->outil)}});
-    if (!faute->outil) session.erreurs.montrer({{"« tarnavellectl --help » liste les verbes."}});
+  if (!lue) {
+    const FauteLigne& faute = lue.raison();
+    session.erreurs.avertir(faute.message);
+    session.erreurs.montrer({{Aide::usage(faute.outil)}});
+    if (!faute.outil) session.erreurs.montrer({{"« tarnavellectl --help » liste les verbes."}});
     return Statut::mauvaiseLigne;
   }
   int statut = Statut::sansReponse;
   try {
-    statut = mener(std::get<LigneCommande>(lue), session);
+    statut = mener(*lue, session);
   } catch (const std::bad_alloc&) {
     session.erreurs.avertir("La mémoire manque pour cette réponse.");
   }

@@ -28,7 +28,7 @@ class Decoupage {
  public:
   explicit Decoupage(const std::vector<std::string>& mots) : mots_(mots) {}
 
-  std::variant<LigneCommande, FauteLigne> faire() {
+  Resultat<LigneCommande, FauteLigne> faire() {
     bool options = true;
     for (; i_ < mots_.size(); ++i_) {
       const std::string& mot = mots_[i_];
@@ -49,7 +49,7 @@ class Decoupage {
     // Whoever asks for help does not want to be told off.
     if (ligne_.aide || ligne_.version) return std::move(ligne_);
     if (!faute_) achever();
-    if (faute_) return std::move(*faute_);
+    if (faute_) return Sinon{std::move(*faute_)};
     return std::move(ligne_);
   }
 
@@ -197,7 +197,7 @@ std::vector<ParamVoix> parametresCommuns(const OutilVoix* outil) {
   return parametres;
 }
 
-std::variant<LigneCommande, FauteLigne> LigneCommande::lire(const std::vector<std::string>& arguments) {
+Resultat<LigneCommande, FauteLigne> LigneCommande::lire(const std::vector<std::string>& arguments) {
   return Decoupage(arguments).faire();
 }
 

@@ -10,11 +10,11 @@
 
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "Catalogue.hpp"
 #include "Socle/LectureJSON.hpp"
+#include "Socle/Resultat.hpp"
 
 namespace tarnavelle {
 
@@ -37,7 +37,7 @@ struct LigneCommande {
   bool version = false;
 
   /// Splits the words that follow the program's name.
-  static std::variant<LigneCommande, FauteLigne> lire(const std::vector<std::string>& arguments);
+  static Resultat<LigneCommande, FauteLigne> lire(const std::vector<std::string>& arguments);
 };
 
 /// An option that goes with every command, unless a command has a parameter of that name.

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <deque>
 
-#include "HermesReseau/ConversationHermes.hpp"
 #include "Hermes/Dire.hpp"
+#include "HermesReseau/ConversationHermes.hpp"
 #include "HermesReseau/EcouteNtfy.hpp"
 #include "Reseau/PairTCP.hpp"
 #include "Reseau/Restes.hpp"
@@ -42,7 +42,7 @@ std::string dire(const IssueTour& issue) {
 
 /// One connection: what the server answers, then what comes and after how many seconds.
 struct Ouverture {
-  std::variant<int, ErreurReseau> reponse;
+  Resultat<int, ErreurReseau> reponse;
   std::deque<std::pair<double, LectureFlux>> suite = {};
 };
 
@@ -61,8 +61,8 @@ class MondeFlux final : public FluxLignes {
 
   void noter(const std::string& fait) { journal.push_back(std::to_string(std::lround(secondes)) + " " + fait); }
 
-  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
-    if (script_.empty()) return ErreurReseau::annulee;
+  Resultat<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
+    if (script_.empty()) return Sinon{ErreurReseau::annulee};
     noter(requete.methode + requete.url.substr(std::min(requete.url.find('?'), requete.url.size())));
     requetes.push_back(requete);
     ouverte_ = std::move(script_.front());
@@ -85,7 +85,7 @@ class MondeFlux final : public FluxLignes {
     return lue;
   }
 
-  void fermer() override { ouverte_ = {ErreurReseau::autre}; }
+  void fermer() override { ouverte_ = {Sinon{ErreurReseau::autre}}; }
   void pauser(std::chrono::milliseconds duree) override {
     secondes += std::chrono::duration<double>(duree).count();
   }
@@ -94,7 +94,7 @@ class MondeFlux final : public FluxLignes {
 
  private:
   std::deque<Ouverture> script_;
-  Ouverture ouverte_{ErreurReseau::autre};
+  Ouverture ouverte_{Sinon{ErreurReseau::autre}};
   double dernier_ = 0;  ///< when the last of what came did
 };
 
@@ -148,7 +148,7 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
        {{400}, {200}, {400}},
        {"0 GET", "0 400, 0", "0 GET", "3600 GET?since=30m", "3600 400, 0", "3600 arretee"}},
       {"whatever else fails, what was missed is asked for; 403 ends it",
-       {{200, {ligne(0, open), {0, fin}}}, {429}, {500}, {ErreurReseau::delaiDepasse}, {403}},
+       {{200, {ligne(0, open), {0, fin}}}, {429}, {500}, {Sinon{ErreurReseau::delaiDepasse}}, {403}},
        {"0 GET", "0 ouverte", "0 tronqué, 2", "2 GET?since=17s", "2 429, 60", "62 GET?since=2m", "62 500, 4",
         "66 GET?since=2m", "66 le serveur n'a plus rien dit, 8", "74 GET?since=2m", "74 " + acces}},
       {"what is too long is passed over once; a keep-alive event ends a catch-up",
@@ -161,8 +161,8 @@ TEST(OreilleNtfy, VitCommeLaPolitiqueLeDit) {
        {{302}, {401}},
        {"0 GET", "0 302, 2", "2 GET?since=13s", "2 " + acces}},
       {"back-off grows until the server gives a sign of life, which an answer alone is not",
-       {{ErreurReseau::hoteIntrouvable},
-        {ErreurReseau::racineInconnue},
+       {{Sinon{ErreurReseau::hoteIntrouvable}},
+        {Sinon{ErreurReseau::racineInconnue}},
         {500},
         {200, {ligne(0, etrangere), {0, fin}}},
         {200, {{0, illisible}}},
@@ -246,9 +246,9 @@ TEST(TourHermes, LivreLesEvenementsEtFinitUneFois) {
       {{404}, "404, session refusée"},
       {{422}, "422, session refusée"},
       {{500}, "500"},
-      {{ErreurReseau::certificatPerime}, "la liaison chiffrée a échoué, rejouer"},
-      {{ErreurReseau::hoteIntrouvable}, "la passerelle d'Hermès est injoignable, rejouer"},
-      {{ErreurReseau::annulee}, "arretee"},
+      {{Sinon{ErreurReseau::certificatPerime}}, "la liaison chiffrée a échoué, rejouer"},
+      {{Sinon{ErreurReseau::hoteIntrouvable}}, "la passerelle d'Hermès est injoignable, rejouer"},
+      {{Sinon{ErreurReseau::annulee}}, "arretee"},
       {{200, {ligne(0, texte), ligne(0, outil), {0, fin}}}, "texte|a; outil|n|∅; tronqué, annoncer"},
       {{200, {ligne(0, texte), {0, fin}}}, "texte|a; tronqué, rejouer"},
       // What may have been done already is not asked for again elsewhere.

@@ -24,11 +24,11 @@ class LienFragile final : public FluxLignes {
   double secondes = 0;
   std::size_t lignesDites = 0;
 
-  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
+  Resultat<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override {
     for (const auto echec :
          {ErreurReseau::hoteIntrouvable, ErreurReseau::connexionImpossible, ErreurReseau::tlsEchoue}) {
       secondes += calme() ? 5 : hasard(hasard(1) < 0.1 ? 40 : 1);
-      if (coupe(0.05)) return echec;
+      if (coupe(0.05)) return Sinon{echec};
     }
     const double lue = secondes;
     flux_ = {{lue, evenement("open", lue)}};

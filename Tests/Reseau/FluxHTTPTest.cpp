@@ -28,8 +28,8 @@ std::string dire(ErreurReseau erreur) { return std::string(description(erreur));
 /// Everything that comes, to the end: status, lines, how it ended.
 std::string suivre(FluxHTTP& flux, const RequeteHTTP& requete) {
   const auto reponse = flux.ouvrir(requete);
-  if (const auto* erreur = std::get_if<ErreurReseau>(&reponse)) return dire(*erreur);
-  std::string tout = std::to_string(std::get<int>(reponse)) + " ";
+  if (!reponse) return dire(reponse.raison());
+  std::string tout = std::to_string(*reponse) + " ";
   for (bool fini = false; !fini;)
     std::visit(Selon{[&](const LectureFlux::ligne& l) { tout.append(l.texte.substr(0, 20)).append("|"); },
                      [](const LectureFlux::attente&) {}, [&](const LectureFlux::tropLongue&) { tout += "…|"; },
@@ -121,7 +121,7 @@ TEST(FluxHTTP, RendLaMainQuandLAttenteEstFinie) {
     c.couperNet();
   }});
   FluxHTTP flux;
-  ASSERT_EQ(flux.ouvrir(demander(pair.url())), (std::variant<int, ErreurReseau>(200)));
+  ASSERT_EQ(flux.ouvrir(demander(pair.url())), (Resultat<int, ErreurReseau>(200)));
   EXPECT_EQ(flux.suivante(), (LectureFlux{LectureFlux::ligne{"a"}}));
 #if defined(RUSAGE_THREAD)
   constexpr auto duFil = RUSAGE_THREAD;

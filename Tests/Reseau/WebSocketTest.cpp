@@ -113,7 +113,7 @@ TEST(FluxHTTP, LitEnTLS) {
   FluxHTTP flux;
   const auto url = "https" + ServeurEtranger::commun().url("tls", "/refus/401").substr(3);
   EXPECT_EQ(flux.ouvrir({.methode = "GET", .url = url, .entetes = {}, .corps = "", .delai = 5s}),
-            (std::variant<int, ErreurReseau>(401)));
+            (Resultat<int, ErreurReseau>(401)));
   EXPECT_EQ(flux.suivante(),
             (LectureFlux{LectureFlux::ligne{R"({"error":"Incorrect API key provided: cle-secrete."})"}}));
 }

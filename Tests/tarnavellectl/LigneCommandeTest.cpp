@@ -25,8 +25,8 @@ using Mots = std::vector<std::string>;
 /// What becomes of a command line: the body to post and what is left aside, or why it is refused.
 std::string lire(const Mots& mots) {
   const auto lue = LigneCommande::lire(mots);
-  if (const auto* faute = std::get_if<FauteLigne>(&lue)) return faute->message;
-  const auto& ligne = std::get<LigneCommande>(lue);
+  if (!lue) return lue.raison().message;
+  const LigneCommande& ligne = *lue;
   std::string texte = ligne.aide ? "aide " + ligne.mot : PorteMCP::ligne(ligne.charge);
   for (const auto& mot : ligne.laisses) texte += " | " + mot;
   return (ligne.json ? "json " : "") + texte;
@@ -99,7 +99,7 @@ TEST(Aide, TientSurUnTerminal) {
                                     }))
         << nom << " must take one line";
     EXPECT_TRUE(bref.ends_with('.') || bref.ends_with("…")) << bref;
-    if (commande(nom).locale) EXPECT_TRUE(commande(nom).outil->description.starts_with(bref)) << nom;
+    EXPECT_TRUE(!commande(nom).locale || commande(nom).outil->description.starts_with(bref)) << nom;
   }
   for (const auto& [nom, usage] : {std::pair("dicter", "dicter TEXTE [AGENT] [--valider=false]"),
                                    {"capture", "capture [CIBLE] [CHEMIN] [--inline]"}})

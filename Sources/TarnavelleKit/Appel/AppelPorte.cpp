@@ -13,7 +13,11 @@ Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte) {
        .entetes = {{"Authorization", "Bearer " + porte.jeton}, {"Content-Type", "application/json"}},
        .corps = EcritureJSON::compacte(corps).value_or("")},
       bornes_);
-  if (!reponse) return {};
+  echec_.reset();
+  if (!reponse) {
+    echec_ = reponse.raison();
+    return {};
+  }
   return {std::move(reponse->corps), reponse->statut};
 }
 

@@ -61,12 +61,11 @@ OreilleNtfy::Issue OreilleNtfy::suivre(const RequeteHTTP& requete, std::string_v
   dire({Etat::connexion{}});
   ouverte_ = false;
   const auto ouverture = flux_.ouvrir(requete);
-  if (const auto* erreur = std::get_if<ErreurReseau>(&ouverture)) {
-    if (*erreur == ErreurReseau::annulee) return arret{};
-    return echecDeTransport(*erreur);
+  if (!ouverture) {
+    if (ouverture.raison() == ErreurReseau::annulee) return arret{};
+    return echecDeTransport(ouverture.raison());
   }
-  if (const int statut = std::get<int>(ouverture); !estUnSucces(statut))
-    return EchecNtfy{EchecNtfy::http{statut}};
+  if (!estUnSucces(*ouverture)) return EchecNtfy{EchecNtfy::http{*ouverture}};
   if (!acquis_.repondre(horloge_())) return rotation{};
 
   const Secondes terme = horloge_() + AbonnementNtfy::rotationSocket;

@@ -15,9 +15,8 @@ IssueTour TourHermes::jouer(const RequeteGateway::Tour& tour, const SurEvenement
 
 IssueTour TourHermes::suivre(const RequeteHTTP& requete, const SurEvenement& surEvenement) {
   const auto ouverture = flux_.ouvrir(requete);
-  if (const auto* erreur = std::get_if<ErreurReseau>(&ouverture)) return perdre(*erreur);
-  if (const int statut = std::get<int>(ouverture); !estUnSucces(statut))
-    return {IssueTour::echouee{{ErreurFluxGateway::http{statut}}, {}}};
+  if (!ouverture) return perdre(ouverture.raison());
+  if (!estUnSucces(*ouverture)) return {IssueTour::echouee{{ErreurFluxGateway::http{*ouverture}}, {}}};
 
   std::optional<IssueTour> issue;
   const auto illisible = [&] {

@@ -230,20 +230,15 @@ class ClientHTTP::Voie {
 ClientHTTP::ClientHTTP() = default;
 ClientHTTP::~ClientHTTP() = default;
 
-std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
+Resultat<ReponseHTTP, EchecHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes) {
   const auto debut = Horloge::now();
-  const auto renoncer = [this](EchecHTTP echec) {
-    echec_ = echec;
-    return std::optional<ReponseHTTP>();
-  };
-  echec_.reset();
-  if (!envoyable(requete)) return renoncer({EchecHTTP::Faute::entete, false});
+  if (!envoyable(requete)) return Sinon{EchecHTTP{EchecHTTP::Faute::entete, false}};
 
   try {
     auto voie = std::move(gardee_);
     if (!cible_ || cible_->url != requete.url) {
       auto adresse = Adresse::depuis(requete.url, "http");
-      if (!adresse) return renoncer({EchecHTTP::Faute::url, false});
+      if (!adresse) return Sinon{EchecHTTP{EchecHTTP::Faute::url, false}};
       if (voie && !cible_->adresse.memeServeur(*adresse)) voie.reset();
       cible_ = std::make_unique<Cible>(Cible{.url = requete.url, .adresse = std::move(*adresse)});
     }
@@ -261,28 +256,29 @@ std::optional<ReponseHTTP> ClientHTTP::envoyer(const RequeteHTTP& requete, const
       voie.reset();
       issue = echanger();
     }
+    using Rendu = Resultat<ReponseHTTP, EchecHTTP>;
     return std::visit(Selon{
                           [&](Issue::repondu& r) {
                             if (voie->ouverte() && sansGarde_ != requete.url) gardee_ = std::move(voie);
-                            return std::optional(std::move(r.reponse));
+                            return Rendu(std::move(r.reponse));
                           },
                           [&](Issue::enCours& e) {
                             // What goes on alone may yet be sent.
                             const bool partie = e.entamee || bornes.vie > bornes.attente;
                             Voie::poursuivre(std::move(voie), debut + bornes.vie);
-                            return renoncer({ErreurReseau::delaiDepasse, partie});
+                            return Rendu(Sinon{EchecHTTP{ErreurReseau::delaiDepasse, partie}});
                           },
                           [&](Issue::rienParti& r) {
-                            return renoncer({r.cause, false});
+                            return Rendu(Sinon{EchecHTTP{r.cause, false}});
                           },
                           [&](Issue::perdu& p) {
                             if (reprise && p.muet) sansGarde_ = requete.url;
-                            return renoncer({p.cause, true});
+                            return Rendu(Sinon{EchecHTTP{p.cause, true}});
                           },
                       },
                       issue.cas);
   } catch (const std::exception&) {  // no memory, descriptor or thread to be had
-    return renoncer({ErreurReseau::autre});
+    return Sinon{EchecHTTP{ErreurReseau::autre}};
   }
 }
 

@@ -57,7 +57,7 @@ class FluxHTTP::Echange {
         connexion_(boucle_, adresse.tls),
         corps_(lectureMax) {}
 
-  std::variant<int, ErreurReseau> ouvrir(const Adresse& adresse) {
+  Resultat<int, ErreurReseau> ouvrir(const Adresse& adresse) {
     travail_ = Travail::ouverture;
     connexion_.ouvrir(adresse, std::min<std::chrono::milliseconds>(silence_, ouvertureMax),
                       [this](std::optional<ErreurReseau> erreur) {
@@ -65,7 +65,7 @@ class FluxHTTP::Echange {
                         if (erreur) perdre(*erreur);
                       });
     tourner({});  // the opening ends by itself in time
-    if (interrompu_ || fin_) return raison();
+    if (interrompu_ || fin_) return Sinon{raison()};
 
     connexion_.dernier = Horloge::now();
     travail_ = Travail::envoi;
@@ -76,13 +76,13 @@ class FluxHTTP::Echange {
     });
     tourner(connexion_.dernier + silence_);
     if (travail_ == Travail::envoi) perdre(ErreurReseau::delaiDepasse);
-    if (interrompu_ || fin_) return raison();
+    if (interrompu_ || fin_) return Sinon{raison()};
 
     connexion_.dernier = Horloge::now();
     do {
       preparer(analyseur_, boost::none);
       while (!analyseur_->is_header_done()) {
-        if (interrompu_ || fin_) return raison();
+        if (interrompu_ || fin_) return Sinon{raison()};
         lire({});
       }
     } while (analyseur_->get().result_int() < 200);  // interim responses precede the final one
@@ -212,24 +212,24 @@ class FluxHTTP::Echange {
 FluxHTTP::FluxHTTP() = default;
 FluxHTTP::~FluxHTTP() { fermer(); }
 
-std::variant<int, ErreurReseau> FluxHTTP::ouvrir(const RequeteHTTP& requete) {
+Resultat<int, ErreurReseau> FluxHTTP::ouvrir(const RequeteHTTP& requete) {
   fermer();
-  if (interrompu_) return ErreurReseau::annulee;
+  if (interrompu_) return Sinon{ErreurReseau::annulee};
   const auto adresse = Adresse::depuis(requete.url, "http");
-  if (!adresse || !envoyable(requete)) return ErreurReseau::autre;
+  if (!adresse || !envoyable(requete)) return Sinon{ErreurReseau::autre};
   try {
     auto echange = std::make_shared<Echange>(requete, *adresse, interrompu_);
     {
       const std::lock_guard garde(verrou_);
-      if (interrompu_) return ErreurReseau::annulee;
+      if (interrompu_) return Sinon{ErreurReseau::annulee};
       echange_ = echange;
     }
     auto issue = echange->ouvrir(*adresse);
-    if (std::holds_alternative<ErreurReseau>(issue)) fermer();
+    if (!issue) fermer();
     return issue;
   } catch (const std::exception&) {  // memory or descriptors ran out
     fermer();
-    return ErreurReseau::autre;
+    return Sinon{ErreurReseau::autre};
   }
 }
 

@@ -31,11 +31,12 @@ class AppelPorte {
   Coffre posterPorte(const Json& corps, const PorteResolue& porte);
 
   /// Why the last call has no body; absent when it has one.
-  const std::optional<EchecHTTP>& echec() const { return client_.echec(); }
+  const std::optional<EchecHTTP>& echec() const { return echec_; }
 
  private:
   ClientHTTP client_;
   BornesHTTP bornes_;
+  std::optional<EchecHTTP> echec_;
 };
 
 }  // namespace tarnavelle

@@ -11,6 +11,7 @@
 
 #include "Liaison/ErreurReseau.hpp"
 #include "Liaison/RequeteHTTP.hpp"
+#include "Socle/Resultat.hpp"
 
 namespace tarnavelle {
 
@@ -53,7 +54,7 @@ class FluxLignes {
   virtual ~FluxLignes() = default;
 
   /// Closes the stream that was open, if any, and opens this one. The status of the answer, whatever it is.
-  virtual std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) = 0;
+  virtual Resultat<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) = 0;
 
   /// What comes next, waited for as long as it takes or for that long. After an end, the same end again.
   virtual LectureFlux suivante(std::optional<std::chrono::milliseconds> attente = {}) = 0;

@@ -13,6 +13,7 @@
 
 #include "Liaison/ErreurReseau.hpp"
 #include "Liaison/RequeteHTTP.hpp"
+#include "Socle/Resultat.hpp"
 
 namespace tarnavelle {
 
@@ -48,14 +49,11 @@ class ClientHTTP {
   ClientHTTP(const ClientHTTP&) = delete;
   ClientHTTP& operator=(const ClientHTTP&) = delete;
 
-  /// The reply, or nothing: unusable URL, a header value that holds a control character (nothing is
+  /// The reply, or why there is none: unusable URL, a header value that holds a control character (nothing is
   /// sent then), no connection, certificate refused, reply malformed, cut or too large, time out.
   /// A request that times out is not cancelled: it goes on alone until `vie` is over or the process exits, its
   /// reply unread.
-  std::optional<ReponseHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
-
-  /// Why the last call gave nothing; absent when it gave a reply.
-  const std::optional<EchecHTTP>& echec() const { return echec_; }
+  Resultat<ReponseHTTP, EchecHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
 
  private:
   struct Cible;
@@ -64,7 +62,6 @@ class ClientHTTP {
   std::unique_ptr<Voie> gardee_;  ///< leads there
   /// A peer that closes without saying so, found out by a lost call: its connections are not kept.
   std::string sansGarde_;
-  std::optional<EchecHTTP> echec_;
 };
 
 }  // namespace tarnavelle

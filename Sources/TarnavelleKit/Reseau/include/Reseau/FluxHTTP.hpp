@@ -28,7 +28,7 @@ class FluxHTTP final : public FluxLignes {
   FluxHTTP& operator=(const FluxHTTP&) = delete;
 
   /// `autre` for an unusable URL or a header value that holds a control character: nothing is sent then.
-  std::variant<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override;
+  Resultat<int, ErreurReseau> ouvrir(const RequeteHTTP& requete) override;
 
   LectureFlux suivante(std::optional<std::chrono::milliseconds> attente = {}) override;
   void fermer() override;
