@@ -36,7 +36,7 @@ TEST(EvenementGateway, Lire) {
       {R"({"type":"text","text":"t","choices":[{"delta":{"tool_calls":[]}}]})", "texte|t"},
       {R"({"type":"text","text":null,"content":"c"})", "texte|c"},
       {R"({"type":"text","text":"\ud83c"})", "texte|\uFFFD"},
-      {R"({"type":"text","text":"","conversation_id":"k"})", "session|k"},
+      {R"({"type":"text","text":"","content":"c","conversation_id":"k"})", "session|k"},
       {R"({"type":null,"event":"text","text":"t"})", "texte|t"},
       {R"({"type":"tool.start","tool":"lire","input":{"file_path":"/a","path":"/b"}})", "outil|lire|/a"},
       {R"({"type":"tool_use","name":"","tool_name":"n","args":"{\"file\":\"f\"}"})", "outil|n|f"},
