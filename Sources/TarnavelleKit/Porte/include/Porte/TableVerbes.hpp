@@ -1,5 +1,5 @@
-// The one table of the door's verbs: the MCP tools, the client's commands, the guides, the voice's tools and
-// the decoder take from its rows all that they know of a verb. Never changes; safe from any thread.
+// The one table of the door's verbs: the MCP tools, the client's commands, the guide and the decoder take from
+// its rows all that they know of a verb. Never changes; safe from any thread.
 #pragma once
 
 #include <vector>
