@@ -131,7 +131,7 @@ int mener(const LigneCommande& ligne, Session& session) {
 
 std::chrono::seconds patience(const Json& corps) {
   constexpr std::chrono::seconds marge{10}, attenteDefaut{60}, attenteMax{300}, autres{90};
-  const LigneVerbe* verbe = LigneVerbe::de(Champ::texte(corps, "action"));
+  const LigneVerbe* verbe = LigneVerbe::de(CommandeControle::canonique(Champ::texte(corps, "action")));
   if (!verbe || verbe->delai.empty()) return autres;
   const auto delai = Champ::entier(corps, verbe->delai, 0);
   return (delai <= 0 ? attenteDefaut : std::min(attenteMax, std::chrono::seconds(delai))) + marge;

@@ -22,7 +22,7 @@ std::size_t largeurDUn(std::string_view caractere) {
                                       static_cast<utf8proc_ssize_t>(caractere.size()), &p);
     caractere.remove_prefix(lus > 0 ? static_cast<std::size_t>(lus) : 1);
     if (p == selecteurImage && colonnes == 1) colonnes = 2;
-    if (lus > 0 && Inoffensif::point(p)) colonnes += static_cast<std::size_t>(utf8proc_charwidth(p));
+    if (lus > 0 && Inoffensif::laissePasser(p)) colonnes += static_cast<std::size_t>(utf8proc_charwidth(p));
   }
   return std::min<std::size_t>(colonnes, 2);
 }

@@ -1,5 +1,5 @@
 // What the operator is told of the door: where its address comes from, why there is none, why no answer came.
-// An address is shown without what may be a secret in it. Nothing is called here. One thread, as PorteControle.
+// An address is shown without what may be a secret in it. Nothing is called here. Safe from any thread.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
-// The command line, split: VERB [words…] [--option value] [--flag]. Plain values,
-// safe from any thread.
+// The command line, split: VERB [words…] [--option value] [--flag]. Plain values, for any thread while none
+// changes them.
 //
 // Options are those with two dashes, dashed or underscored, before or after the words; "--option=value"
 // too; "--" ends them. After the verb, a word with one dash is a word ("-3"), but for "-h"; one that names an

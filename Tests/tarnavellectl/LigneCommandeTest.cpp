@@ -146,6 +146,7 @@ TEST(Client, Patience) {
       {R"({"action":"attendre"})", 70},
       {R"({"action":"attendre","timeout_s":"99999999999999999"})", 310},
       {R"({"action":"attendre","timeout_s":"-1"})", 70},
+      {R"({"action":"Wait","timeout_s":200})", 210},
       {R"({"action":"commande","timeout_s":"5"})", 90},
   };
   for (const auto& [corps, secondes] : cas)

@@ -1,9 +1,9 @@
 #include "Agents/HooksVol.hpp"
 
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle::CarnetDeVol {
 namespace {

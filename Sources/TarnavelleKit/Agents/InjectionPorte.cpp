@@ -27,7 +27,7 @@ std::vector<std::string> motsTOML(std::string_view binaireMCP, const Porte& port
   std::vector<std::string> mots;
   const auto ajouter = [&mots](const std::string& cle, std::string_view valeur) {
     mots.emplace_back("-c");
-    mots.push_back("mcp_servers." + interne::serveur + "." + cle + "=" + tomlChaine(valeur));
+    mots.push_back("mcp_servers." + std::string(nomServeur) + "." + cle + "=" + tomlChaine(valeur));
   };
   ajouter("command", binaireMCP);
   for (const auto& [nom, valeur] : variables(porte)) ajouter("env." + nom, valeur);

@@ -5,7 +5,8 @@ namespace tarnavelle::interne {
 
 std::vector<LigneVerbe> verbesAgents() {
   return {
-      {{"ouvrir_agent",
+      {5,
+       {"ouvrir_agent",
         "Ouvre un NOUVEAU terminal d'agent : « ouvre un agent claude », « lance un codex dans Sources », "
         "« ouvre un grok sur mac-atelier ». Le nouvel agent reçoit un nom propre. Pour parler à un agent "
         "DÉJÀ ouvert, c'est dicter.",
@@ -20,7 +21,8 @@ std::vector<LigneVerbe> verbesAgents() {
        },
        {{"dossier", Designe::cheminOuNom}, {"hote", Designe::machine}}},
 
-      {{"pondre_agent",
+      {12,
+       {"pondre_agent",
         "Pond un agent TRACKÉ : un chantier avec prompt, une commande de vérification (verify) et un nombre "
         "d'exemplaires. La tâche passe à « done » seulement si le worker a reporté ET que verify exite 0. "
         "Différent de souffler (simple messagerie).",
@@ -38,7 +40,8 @@ std::vector<LigneVerbe> verbesAgents() {
                                  .nombre = entier(a, "nombre", 1)}};
        }},
 
-      {{"taches",
+      {15,
+       {"taches",
         "Le ledger des tâches trackées (pondre_agent) : chacune avec son état (en cours, done, unknown). À "
         "appeler pour « où en sont les tâches ? ».",
         {}},
@@ -48,7 +51,8 @@ std::vector<LigneVerbe> verbesAgents() {
        {},
        {.lectureSeule = true}},
 
-      {{"fini",
+      {20,
+       {"fini",
         "LE PIPE — un agent DÉCLARE qu'il a fini son travail, et le cockpit le sait sur-le-champ : la "
         "pastille passe au repos et les relais armés sur « quand X aura fini » se déclenchent. C'est le "
         "verbe qu'un CLI appelle sur LUI-MÊME, dans son terminal (« tarnavellectl fini »), pas un ordre pour "
@@ -59,7 +63,8 @@ std::vector<LigneVerbe> verbesAgents() {
        {"pipe_done"},
        [](Args a) { return C{C::fini{.agent = texte(a, "agent"), .note = texte(a, "note")}}; }},
 
-      {{"bloque",
+      {21,
+       {"bloque",
         "LE PIPE — un agent DÉCLARE qu'il est bloqué et qu'il attend une décision humaine : la pastille "
         "passe à « besoin de vous » et les relais armés sur « quand X aura besoin de moi » se déclenchent. "
         "La raison est OBLIGATOIRE — un blocage muet n'apprend rien à personne. L'inverse est fini.",
@@ -71,7 +76,8 @@ std::vector<LigneVerbe> verbesAgents() {
        {"pipe_blocked"},
        [](Args a) { return C{C::bloque{.agent = texte(a, "agent"), .raison = texte(a, "raison")}}; }},
 
-      {{"relancer_agent",
+      {24,
+       {"relancer_agent",
         "REDÉMARRE un agent déjà ouvert : le même CLI, le même dossier, mais un processus NEUF. « relance "
         "Merlin », « redémarre Milan, il ne répond plus », « repars de zéro avec Harfang ». Le travail en "
         "cours est PERDU : la session est réellement tuée, pas seulement sa fenêtre. Ce n'est ni "
@@ -84,7 +90,8 @@ std::vector<LigneVerbe> verbesAgents() {
        {"restart_agent"},
        [](Args a) { return C{C::relancerAgent{.agent = texte(a, "agent")}}; }},
 
-      {{"nommage",
+      {31,
+       {"nommage",
         "Règle les INDICATIFS que porteront les agents ouverts ENSUITE : « appelle mes agents Mal, Zoe et "
         "Wash », « nomme-les comme l'équipage de Firefly », « remets les noms d'origine ». Si on te donne un "
         "thème et pas de noms, c'est TOI qui composes la liste. Les noms sont distribués DANS L'ORDRE, un "

@@ -5,7 +5,8 @@ namespace tarnavelle::interne {
 
 std::vector<LigneVerbe> verbesMessages() {
   return {
-      {{"retiens",
+      {9,
+       {"retiens",
         "Écrit une note dans la mémoire CANONIQUE du canvas — la seule mémoire durable partagée : « retiens "
         "que le port dev est 5173 », « note que la démo est jeudi ». La portee canvas (défaut) rattache la "
         "note à la scène courante ; global la rend visible partout.",
@@ -17,7 +18,8 @@ std::vector<LigneVerbe> verbesMessages() {
          return C{C::retiens{.texte = texte(a, "texte"), .portee = premier(texte(a, "portee"), "canvas")}};
        }},
 
-      {{"rappelle",
+      {10,
+       {"rappelle",
         "Cherche dans la mémoire canonique du canvas : « rappelle-moi le port dev », « qu'est-ce que je sais "
         "sur la démo ? ». Rend les fiches les plus pertinentes.",
         {facultatif("requete", "Ce qu'on cherche. Vide = les plus récentes."),
@@ -28,7 +30,8 @@ std::vector<LigneVerbe> verbesMessages() {
        {},
        {.lectureSeule = true}},
 
-      {{"commande",
+      {11,
+       {"commande",
         "LE REPLI : transmet la demande au cockpit quand AUCUN verbe dédié ne convient — missions et plans, "
         "musique, documents, thèmes, jobs, connexions. « lance une mission pour refaire la page de prix », "
         "« coupe la musique ». Tu transmets la demande TELLE QUE DITE.",
@@ -37,7 +40,8 @@ std::vector<LigneVerbe> verbesMessages() {
        {"command"},
        [](Args a) { return C{C::commande{.texte = texte(a, "texte")}}; }},
 
-      {{"postit",
+      {22,
+       {"postit",
         "Pose un POST-IT sur le canvas : une note qui reste À L'ÉCRAN, sous les yeux, à côté des agents. "
         "« colle un post-it : relire la migration », « garde sous mes yeux : démo à 14 h », « affiche : le "
         "lot 7 à livrer ». Ce n'est PAS retiens : un post-it se REGARDE, une note de mémoire se RAPPELLE "
@@ -47,7 +51,8 @@ std::vector<LigneVerbe> verbesMessages() {
        {"sticky_note"},
        [](Args a) { return C{C::postit{.texte = texte(a, "texte")}}; }},
 
-      {{"ouvrir_chat",
+      {26,
+       {"ouvrir_chat",
         "Ouvre la CONVERSATION avec Hermès sur le canvas — la carte à qui l'on PARLE, la seule du plateau "
         "qui porte un fil de messages plutôt qu'un écran de terminal. « ouvre la conversation avec Hermès ». "
         "S'il y en a déjà une pour le même hôte, le cockpit la RAMÈNE sous les yeux au lieu d'en ouvrir une "
@@ -62,7 +67,8 @@ std::vector<LigneVerbe> verbesMessages() {
        {"open_chat"},
        [](Args a) { return C{C::ouvrirChat{.hote = texte(a, "hote"), .texte = texte(a, "texte")}}; }},
 
-      {{"message_chat",
+      {27,
+       {"message_chat",
         "Envoie un message à Hermès DANS SA CARTE de conversation, et rend la main TOUT DE SUITE : la "
         "réponse s'affiche sur la carte, elle n'est pas dans cette réponse-ci — Hermès prend cinq à soixante "
         "secondes. Pour la voir ensuite, c'est capture sur cette carte. Si aucune conversation n'est "

@@ -19,7 +19,8 @@ std::string epargnes(Args a) {
 
 std::vector<LigneVerbe> verbesPlateau() {
   return {
-      {{"etat",
+      {1,
+       {"etat",
         "Dit ce qui se passe sur TOUT le plateau : quels agents sont ouverts, dans quel état (travaille, "
         "attend une réponse, au repos) et sur quelle scène. À appeler pour « où on en est ? », « qui "
         "travaille ? », « fais le point ».",
@@ -30,7 +31,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        {},
        {.lectureSeule = true}},
 
-      {{"focus",
+      {2,
+       {"focus",
         "Met une fenêtre EN GRAND sur la scène visible : un agent de terminal, un membre du crew, ou une "
         "fenêtre nommée. « mets Harfang sur scène », « montre-moi Merlin ». Ne change PAS de scène "
         "(aller_scene) et n'ouvre aucun terminal (ouvrir_agent).",
@@ -40,7 +42,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        [](Args a) { return C{C::focus{.cible = texte(a, "cible")}}; },
        {{"cible", Designe::agent}}},
 
-      {{"aller_scene",
+      {3,
+       {"aller_scene",
         "Bascule vers une autre SCÈNE de travail, nommée d'après un projet ou un dossier (« Sources », "
         "« Boutique ») : « va sur la scène Sources », « change de scène ». Un SITE ou une adresse n'est PAS "
         "une scène : c'est ouvrir_web.",
@@ -49,7 +52,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        {"scene"},
        [](Args a) { return C{C::allerScene{.nom = texte(a, "nom")}}; }},
 
-      {{"ouvrir_web",
+      {6,
+       {"ouvrir_web",
         "Ouvre une page WEB dans la carte navigateur : une adresse (« va sur debian.org ») ou une recherche. "
         "Tranche la confusion « va sur … » : un nom de scène → aller_scene ; un domaine, une URL ou une "
         "recherche → ouvrir_web.",
@@ -62,7 +66,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        },
        {{"cible", Designe::cheminOuNom}}},
 
-      {{"capture",
+      {17,
+       {"capture",
         "Prend une PHOTO de la fenêtre Tarnavelle telle qu'elle est peinte à l'écran, et la rend en PNG. À "
         "appeler pour « prends une capture », « photographie le terminal de Merlin », ou pour voir l'effet "
         "de ce que tu viens de modifier. Avec cible, SEULE la carte nommée est photographiée, recadrée. Le "
@@ -81,7 +86,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        },
        {{"cible", Designe::agent}, {"chemin", Designe::chemin}}},
 
-      {{"capture_web",
+      {18,
+       {"capture_web",
         "Prend une photo du VIEWPORT RENDU de la carte navigateur — la page telle que le moteur web la "
         "peint, ce que capture ne sait pas voir. « photographie la page », « à quoi ressemble le site ? ». "
         "Ne va sur AUCUNE page : l'ouvrir, c'est ouvrir_web. Ne photographie PAS le reste du canvas "
@@ -98,7 +104,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        },
        {{"chemin", Designe::chemin}}},
 
-      {{"nommer_zone",
+      {23,
+       {"nommer_zone",
         "Donne un NOM à une fenêtre du plateau — et ce nom devient une CIBLE VALIDE de focus et de capture. "
         "« appelle cette fenêtre le tunnel de paiement », « étiquette Milan : le front ». C'est un ALIAS de "
         "désignation, pas un déplacement (focus) ni un renommage de session : le nom que la fenêtre avait "
@@ -111,7 +118,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        [](Args a) { return C{C::nommerZone{.nom = texte(a, "nom"), .cible = texte(a, "cible")}}; },
        {{"cible", Designe::agent}}},
 
-      {{"ranger",
+      {30,
+       {"ranger",
         "RANGE les fenêtres de la scène visible selon un PLAN : grille (des quadrants réguliers), colonnes "
         "(côte à côte, pleine hauteur), scene (une grande en haut, les autres en rangée dessous), "
         "apercu_agents (UNE grande à GAUCHE, toutes les autres empilées en rail vertical à droite), auto (le "
@@ -133,7 +141,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        },
        {{"vedette", Designe::agent}}},
 
-      {{"fermer",
+      {32,
+       {"fermer",
         "FERME une surface du plateau, désignée par son nom : un terminal d'agent, une conversation Hermès, "
         "un document, une fenêtre du crew, ou une fenêtre nommée par nommer_zone. « ferme Harfang », « ferme "
         "la conversation », « ferme le document », « ferme ça ». Sans cible, c'est la fenêtre AU REGARD qui "
@@ -147,7 +156,8 @@ std::vector<LigneVerbe> verbesPlateau() {
        [](Args a) { return C{C::fermer{.cible = premier(texte(a, "cible"), texte(a, "target"))}}; },
        {{"cible", Designe::agent}}},
 
-      {{"fermer_tout",
+      {33,
+       {"fermer_tout",
         "FERME TOUT ce qui se ferme sur la scène visible — terminaux, conversations, documents, fenêtres du "
         "crew — sauf les noms qu'on épargne. « ferme tout sauf Merlin », « ferme toutes les fenêtres ». Les "
         "sessions tmux des agents SURVIVENT : l'écran se vide, AUCUN travail ne s'arrête. Les autres scènes "

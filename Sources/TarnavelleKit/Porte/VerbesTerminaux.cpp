@@ -5,7 +5,8 @@ namespace tarnavelle::interne {
 
 std::vector<LigneVerbe> verbesTerminaux() {
   return {
-      {{"dicter",
+      {4,
+       {"dicter",
         "Tape un texte DANS le terminal d'un agent (Merlin, Milan…) et l'envoie — ou l'envoie à la "
         "CONVERSATION Hermès qui porte ce nom, c'est le même geste. C'est LE verbe de toute consigne "
         "adressée à un agent visible (« Merlin, relance les tests du front ») : tu la transmets MOT POUR "
@@ -21,7 +22,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
              .agent = texte(a, "agent"), .texte = texte(a, "texte"), .valider = booleen(a, "valider", true)}};
        }},
 
-      {{"lire",
+      {7,
+       {"lire",
         "Lit le BAS DE L'ÉCRAN d'un agent et te le rend TEL QUEL : « qu'est-ce que Merlin a répondu ? », "
         "« lis-moi l'erreur ». Pour un compte rendu condensé, préfère resumer.",
         {facultatif("agent", "Le nom de l'agent à lire. Vide = celui qu'on regarde.")}},
@@ -31,7 +33,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {},
        {.lectureSeule = true}},
 
-      {{"resumer",
+      {8,
+       {"resumer",
         "Donne le RÉSUMÉ du travail d'un agent, déjà condensé par le cockpit : « où en est Merlin ? », "
         "« résume les résultats ». Moins bavard que lire.",
         {facultatif("agent", "Le nom de l'agent à résumer. Vide = celui qu'on regarde.")}},
@@ -41,7 +44,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {},
        {.lectureSeule = true}},
 
-      {{"souffler",
+      {13,
+       {"souffler",
         "Envoie un message NON tracké à un agent déjà ouvert (messagerie, pas machine à états). Pour une "
         "consigne de travail suivie, c'est pondre_agent ; pour taper dans le terminal visible, c'est dicter.",
         {requis("agent", "Le nom de l'agent visé"), requis("texte", "Le message à souffler")}},
@@ -49,7 +53,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {"prompt"},
        [](Args a) { return C{C::souffler{.agent = texte(a, "agent"), .texte = texte(a, "texte")}}; }},
 
-      {{"lire_terminal",
+      {14,
+       {"lire_terminal",
         "Lit le tampon d'un agent, éventuellement DEPUIS le dernier prompt (depuis_prompt) — pour ne relire "
         "que ce qui a été produit depuis la dernière consigne.",
         {requis("agent", "Le nom de l'agent"),
@@ -63,7 +68,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {},
        {.lectureSeule = true}},
 
-      {{"shell",
+      {16,
+       {"shell",
         "Lance une commande shell dans un terminal dédié du plateau : « lance les tests », « fais un git "
         "status ». La commande s'exécute dans un nouveau terminal (ou celui nommé par cible).",
         {requis("commande", "La commande shell à exécuter"),
@@ -72,7 +78,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {},
        [](Args a) { return C{C::shell{.commande = texte(a, "commande"), .cible = texte(a, "cible")}}; }},
 
-      {{"diffuser",
+      {19,
+       {"diffuser",
         "Envoie le MÊME texte, VERBATIM, dans le terminal de TOUS les agents ouverts d'un coup : « dis à "
         "tout le monde de committer », « préviens tous les agents que la base a bougé », « stop général ». "
         "Rend qui a reçu et qui a manqué. Pour UN SEUL agent, préfère souffler (dans sa messagerie) ou "
@@ -88,7 +95,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
              C::diffuser{.texte = texte(a, "texte"), .sceneSeulement = booleen(a, "scene_seulement", false)}};
        }},
 
-      {{"script",
+      {25,
+       {"script",
         "Lance le script TYPÉ d'un chantier dans un terminal dédié, en DÉDUISANT la commande de ce qui est "
         "sur le disque : package.json donne npm test / npm install, un Makefile donne make test, Cargo.toml "
         "donne cargo test / cargo build. « joue les tests du chantier », « installe les dépendances ». Pour "
@@ -101,7 +109,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        [](Args a) { return C{C::script{.genre = texte(a, "genre"), .dossier = texte(a, "dossier")}}; },
        {{"dossier", Designe::cheminOuNom}}},
 
-      {{"attendre",
+      {28,
+       {"attendre",
         "SUSPEND la réponse jusqu'à ce qu'il se passe quelque chose chez un agent — c'est le SEUL verbe de "
         "la porte qui prend son temps au lieu de rendre la main tout de suite. À appeler APRÈS avoir mis un "
         "agent au travail, au lieu de relire son écran en boucle : « attends que Merlin ait terminé », "
@@ -130,7 +139,8 @@ std::vector<LigneVerbe> verbesTerminaux() {
        {.lectureSeule = true},
        "timeout_s"},
 
-      {{"envoyer_touches",
+      {29,
+       {"envoyer_touches",
         "Envoie des TOUCHES dans le terminal d'un agent — ce qu'un texte ne sait pas faire : répondre à un "
         "menu (« 1 entree »), sortir d'un dialogue (« esc »), interrompre un travail en cours (« ctrl+c »), "
         "naviguer dans une liste (« bas bas entree »). Les touches sont séparées par des espaces et envoyées "

@@ -63,7 +63,7 @@ std::string sansEffet(std::string_view texte, std::string_view gardes, bool ecri
     const auto n = Texte::longueurSequence(texte);
     const auto sequence = prendre(std::max<std::size_t>(n, 1));
     const auto p = n == 0 ? 0 : lirePoint(sequence);
-    if (n > 0 && (Inoffensif::point(p) || (n == 1 && gardes.find(sequence[0]) != gardes.npos)))
+    if (n > 0 && (Inoffensif::laissePasser(p) || (n == 1 && gardes.find(sequence[0]) != gardes.npos)))
       montre += sequence;
     else if (ecrire)
       montre += n == 0 ? octetHorsUTF8(sequence[0]) : echappement(p);
@@ -73,7 +73,7 @@ std::string sansEffet(std::string_view texte, std::string_view gardes, bool ecri
 
 }  // namespace
 
-bool point(std::int32_t p) {
+bool laissePasser(std::int32_t p) {
   constexpr utf8proc_int32_t antiliant = 0x200C, liant = 0x200D;
   if (p == antiliant || p == liant) return true;
   switch (utf8proc_category(p)) {

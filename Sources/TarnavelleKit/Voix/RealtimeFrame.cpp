@@ -46,12 +46,16 @@ RealtimeFrame erreur(const Json& evenement) {
   return {RealtimeFrame::error{texte ? *texte : "erreur Realtime"}};
 }
 
+// The two events that can tell a tool call.
+constexpr std::string_view elementFini = "response.output_item.done";
+constexpr std::string_view argumentsFinis = "response.function_call_arguments.done";
+
 /// The event that tells a tool call. Each dialect has one, so that a service which reports a call by both does
 /// not have it carried out twice.
 std::string_view annonceDAppel(DialecteRealtime dialecte) {
   switch (dialecte) {
-    case DialecteRealtime::openai: return "response.output_item.done";
-    case DialecteRealtime::xai: return "response.function_call_arguments.done";
+    case DialecteRealtime::openai: return elementFini;
+    case DialecteRealtime::xai: return argumentsFinis;
   }
   return {};
 }
@@ -65,9 +69,9 @@ RealtimeFrame trame(const Json& evenement, DialecteRealtime dialecte) {
     const std::string* son = Champ::chaine(evenement, "delta");
     if (auto octets = son ? Base64::decoder(*son) : std::nullopt)
       return {RealtimeFrame::audioDelta{std::move(*octets)}};
-  } else if (t == "response.function_call_arguments.done") {
+  } else if (t == argumentsFinis) {
     if (annonce) return appel(evenement);
-  } else if (t == "response.output_item.done") {
+  } else if (t == elementFini) {
     if (const Json* item = Champ::membre(evenement, "item")) {
       const std::string genre = Champ::texte(*item, "type");
       if (genre == "function_call" && annonce) return appel(*item);

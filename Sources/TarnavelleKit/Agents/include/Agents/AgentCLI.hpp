@@ -1,7 +1,7 @@
 // The fixed catalogue of the agent programs that the cockpit runs in its terminals: how one is named in
 // a phrase, where its executable is looked for, and a cache that answers whether it is installed.
 // What is added to a launch is InjectionPorte's business. The catalogue is immutable, the cache guards
-// itself: everything here is safe from any thread, but for what `Machine::reelle` says.
+// itself: everything here is safe from any thread.
 #pragma once
 
 #include <chrono>
@@ -61,8 +61,7 @@ struct AgentCLI {
     std::string dossierPersonnel;
     std::function<bool(const std::filesystem::path&)> estExecutable;
 
-    /// This machine. The first call finds the home folder, where HOME is unset in the user database
-    /// (getpwuid): no other thread may be asking that one meanwhile.
+    /// This machine. The first call finds the home folder, where HOME is unset in the user database.
     static const Machine& reelle();
   };
 

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle {
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Socle/LectureJSON.hpp"
+#include "Socle/JSON.hpp"
 
 namespace tarnavelle::CarnetDeVol {
 

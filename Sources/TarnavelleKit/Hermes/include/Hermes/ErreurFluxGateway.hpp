@@ -1,4 +1,5 @@
-// How a chat stream with the gateway can fail. A plain value.
+// How a chat stream with the gateway can fail. A plain value, for any thread while none
+// changes it.
 #pragma once
 
 #include <string>

@@ -2,8 +2,8 @@
 // says is their business; how it travels is that of whoever brings one (WebSocket, or a test's world).
 //
 // Every function may be called from any thread, from inside a callback too, and none blocks. Callbacks come
-// one at a time on a thread of the channel's own; what they capture must outlive it, for `fermer` does not wait
-// for one that runs.
+// one at a time on a thread of the channel's own (on the caller's of `demarrer` when there is no thread to be
+// had); what they capture must outlive it, for `fermer` does not wait for one that runs.
 #pragma once
 
 #include <functional>

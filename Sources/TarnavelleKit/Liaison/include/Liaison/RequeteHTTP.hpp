@@ -1,5 +1,6 @@
 // A request as its maker hands it to whoever sends it, and what a status says: for those who know what to ask
-// and nothing of the network. `Reseau` holds the clients. Plain values.
+// and nothing of the network. `Reseau` holds the clients. Plain values, for any thread while
+// none changes them.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,5 @@
-// A row of the table of verbs: all there is to know of one. Plain values, safe from any thread.
+// A row of the table of verbs: all there is to know of one. Plain values, for any thread while none changes
+// them.
 #pragma once
 
 #include <optional>
@@ -29,13 +30,16 @@ struct LigneVerbe {
     Designe designe;
   };
 
+  int rang;  ///< its place in every list of the verbs, from 1
   OutilVoix outil;
   std::string_view bref;                               ///< the verb in one line of a list, for the operator
   std::vector<std::string_view> alias;                 ///< English names, normalised
   CommandeControle (*decoder)(const Json& arguments);  ///< never fails; reads through `Champ`
   std::vector<Parametre> parametres = {};              ///< those that designate something, "agent" aside
   EffetsVerbe effets = {};
-  std::string_view delai = {};  ///< the parameter that says, in seconds, how long the reply may take, if any
+  /// The parameter that says, in seconds, how long the reply may take, if any: 60 when it is not given, at most
+  /// 300.
+  std::string_view delai = {};
 
   /// The row of exactly that verb, or null.
   static const LigneVerbe* de(std::string_view verbe);

@@ -1,6 +1,6 @@
 // One verb of the control door as it is shown to a model: its French description and its parameters,
-// and how the words of a command line fill them. Plain values, safe from any thread; the table of verbs itself
-// is in TableVerbes, the splitting of a command line in the client.
+// and how the words of a command line fill them. Plain values, for any thread while none changes them; the
+// table of verbs itself is in TableVerbes, the splitting of a command line in the client.
 #pragma once
 
 #include <map>

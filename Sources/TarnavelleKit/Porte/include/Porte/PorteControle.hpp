@@ -1,7 +1,7 @@
 // Where the control door listens: the endpoint file that the cockpit writes, and the choice between
 // it and the environment. Every call looks again, so a cockpit that restarts on another port is found at
 // once; all that a thread remembers is the last address that proved complete. The door's server and its
-// calls are elsewhere. Safe from any thread; without HOME, from one at a time (`dossierPersonnel`).
+// calls are elsewhere. Safe from any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // What the control door answers, and the closed JSON value its payload is made of.
-// Decoding failures are empty optionals. Plain values, safe from any thread.
+// Decoding failures are empty optionals. Plain values, for any thread while none changes them.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Waiting for a descriptor that its owner has made non-blocking, as some launchers do. Safe from any
-// thread.
+// Waiting for a descriptor that its owner has made non-blocking, as some launchers do.
+// Safe from any thread.
 #pragma once
 
 #include <poll.h>

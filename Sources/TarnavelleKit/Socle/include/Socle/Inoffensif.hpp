@@ -17,6 +17,6 @@ std::string montrable(std::string_view texte, std::string_view gardes = {});
 std::string epurer(std::string_view texte, std::string_view gardes = {});
 
 /// Whether a code point is one that `montrable` lets through.
-bool point(std::int32_t point);
+bool laissePasser(std::int32_t point);
 
 }  // namespace tarnavelle::Inoffensif

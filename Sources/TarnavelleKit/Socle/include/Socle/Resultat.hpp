@@ -2,6 +2,7 @@
 // is to be said of the failure, std::optional is enough. A plain value: one thread at a time.
 #pragma once
 
+#include <concepts>
 #include <utility>
 #include <variant>
 
@@ -20,19 +21,21 @@ template <class T, class E>
 class Resultat {
  public:
   Resultat(T valeur) : cas_(std::in_place_index<0>, std::move(valeur)) {}
-  template <class F>
+  template <std::convertible_to<E> F>
   Resultat(Sinon<F> sinon) : cas_(std::in_place_index<1>, std::move(sinon.raison)) {}
 
   explicit operator bool() const { return cas_.index() == 0; }
 
   /// The value, where there is one: to be asked first.
-  T& operator*() { return *std::get_if<0>(&cas_); }
-  const T& operator*() const { return *std::get_if<0>(&cas_); }
+  T& operator*() & { return *std::get_if<0>(&cas_); }
+  const T& operator*() const& { return *std::get_if<0>(&cas_); }
+  T operator*() && { return std::move(*std::get_if<0>(&cas_)); }
   T* operator->() { return std::get_if<0>(&cas_); }
   const T* operator->() const { return std::get_if<0>(&cas_); }
 
   /// The reason, where there is no value.
-  const E& raison() const { return *std::get_if<1>(&cas_); }
+  const E& raison() const& { return *std::get_if<1>(&cas_); }
+  E raison() && { return std::move(*std::get_if<1>(&cas_)); }
 
   bool operator==(const Resultat&) const = default;
 

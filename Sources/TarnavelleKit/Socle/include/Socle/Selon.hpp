@@ -1,5 +1,5 @@
 // The one visitor helper: `std::visit(Selon{[](const A&) {…}, [](const B&) {…}}, variant)`.
-// Visits list every case; a missing one does not compile.
+// Visits list every case; a missing one does not compile. No state.
 #pragma once
 
 namespace tarnavelle {

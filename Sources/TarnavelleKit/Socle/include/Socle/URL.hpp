@@ -1,5 +1,5 @@
-// URLs taken apart (RFC 3986), for those who judge an address and those who connect to it. Safe
-// from any thread.
+// URLs taken apart (RFC 3986), for those who judge an address and those who connect to it.
+// Safe from any thread.
 #pragma once
 
 #include <cstdint>

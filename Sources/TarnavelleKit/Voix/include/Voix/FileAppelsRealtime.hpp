@@ -1,5 +1,5 @@
 // The tool calls of a voice session, carried out strictly one at a time in the order they came. Their
-// owner executes them and answers each id exactly once. Plain value, owned by one queue.
+// owner executes them and answers each id exactly once. A plain value: one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // What a realtime service says beside the words of a refusal: of the connection, of something that was sent,
-// or of a response. What follows from it is ReconnexionRealtime's decision. A plain value
-// and pure functions, safe from any thread.
+// or of a response. What follows from it is ReconnexionRealtime's decision. A plain value and
+// pure functions, for any thread while none changes it.
 #pragma once
 
 #include <string>
