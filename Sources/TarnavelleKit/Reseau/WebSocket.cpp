@@ -232,7 +232,7 @@ std::unique_ptr<WebSocket> WebSocket::creer(ReglageWebSocket reglage) {
 
 WebSocket::WebSocket(std::shared_ptr<Etat> etat) : etat_(std::move(etat)) {}
 
-WebSocket::~WebSocket() { fermer(); }
+WebSocket::~WebSocket() { WebSocket::fermer(); }
 
 void WebSocket::demarrer(RappelsCanal rappels) {
   {

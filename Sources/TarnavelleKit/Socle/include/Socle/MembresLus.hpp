@@ -61,7 +61,7 @@ class MembresLus {
   bool est(Json::value_t genre) const { return valeur_ && valeur_->type() == genre; }
 
   /// The member of an object.
-  MembresLus operator[](Cle cle) const {
+  MembresLus operator[](const Cle& cle) const {
     return MembresLus(valeur_ ? Champ::membre(*valeur_, cle.texte()) : nullptr);
   }
 
