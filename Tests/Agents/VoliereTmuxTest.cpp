@@ -111,18 +111,26 @@ TEST(UrgenceVoliere, OrdonneParUrgencePuisParNom) {
   EXPECT_EXIT(dire(agents, {{"LC_ALL", "C"}}), testing::ExitedWithCode(0), "^z b.2 b.1 é Z b $");
 }
 
-// Whatever the locale, names are not sorted by bytes; the user's own decides where it can.
-TEST(UrgenceVoliere, OrdonneLesNomsCommeLUtilisateur) {
+/// In no order.
+std::vector<Agent> auRepos() {
   std::vector<Agent> agents;
   for (const char* nom :
        {"zoé", "érié", "officine", "Zoé", "âne", "œuf", "erie", "Eric", "ail", "Ail", "côte", "coté"})
     agents.emplace_back(nom, Cran::repos);
-  const char* francais = "^ail Ail âne coté côte Eric erie érié œuf officine zoé Zoé $";
+  return agents;
+}
+constexpr const char* francais = "^ail Ail âne coté côte Eric erie érié œuf officine zoé Zoé $";
+
+// Without a locale to heed, names are not sorted by bytes.
+TEST(UrgenceVoliere, OrdonneLesNomsEnFrancais) {
   for (const char* locale : {"", "C", "C.UTF-8", "xx_XX.UTF-8", "\xFF/;"})
-    EXPECT_EXIT(dire(agents, {{"LC_ALL", ""}, {"LC_COLLATE", locale}, {"LANG", ""}}),
+    EXPECT_EXIT(dire(auRepos(), {{"LC_ALL", ""}, {"LC_COLLATE", locale}, {"LANG", ""}}),
                 testing::ExitedWithCode(0), francais)
         << locale;
+}
 
+// The user's own locale decides where it can.
+TEST(UrgenceVoliere, OrdonneLesNomsCommeLUtilisateur) {
   const DossierTemporaire locales;
   const auto installer = [&](const char* langue, const char* encodage, const char* nom) {
     const auto fait = essai::executer({"localedef", "-i", langue, "-f", encodage, locales.chemin() / nom},
@@ -136,10 +144,10 @@ TEST(UrgenceVoliere, OrdonneLesNomsCommeLUtilisateur) {
       {"sv_SE.UTF-8", "^ail Ail âne coté côte Eric erie érié officine zoé Zoé œuf $"},
   };
   for (const auto& [locale, ordre] : installees)
-    EXPECT_EXIT(dire(agents, {{"LOCPATH", locales.chemin().string()},
-                              {"LC_ALL", ""},
-                              {"LC_COLLATE", locale},
-                              {"LC_TIME", "xx_XX.UTF-8"}}),
+    EXPECT_EXIT(dire(auRepos(), {{"LOCPATH", locales.chemin().string()},
+                                 {"LC_ALL", ""},
+                                 {"LC_COLLATE", locale},
+                                 {"LC_TIME", "xx_XX.UTF-8"}}),
                 testing::ExitedWithCode(0), ordre)
         << locale;
 }
