@@ -1,13 +1,13 @@
 // What a slice of a remote agent's log or transcript costs to decode, as large as one read gives it.
 #include <benchmark/benchmark.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "Agents/EvenementVol.hpp"
 #include "Agents/FichierDistant.hpp"
 #include "Agents/TranscriptClaude.hpp"
 #include "Socle/EcritureJSON.hpp"
+#include "Socle/LectureJSON.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -3,9 +3,10 @@
 
 #include "Affichage.hpp"
 #include "Cible.hpp"
-#include "Colonnes.hpp"
 #include "LigneCommande.hpp"
+#include "Socle/Colonnes.hpp"
 #include "Socle/Inoffensif.hpp"
+#include "Socle/LectureJSON.hpp"
 
 using namespace tarnavelle;
 

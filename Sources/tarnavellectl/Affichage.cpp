@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Colonnes.hpp"
+#include "Socle/Colonnes.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Inoffensif.hpp"
 #include "Socle/LectureJSON.hpp"

@@ -1,10 +1,10 @@
 #include "Aide.hpp"
 
-#include "Colonnes.hpp"
 #include "Lexique.hpp"
 #include "LigneCommande.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Session.hpp"
+#include "Socle/Colonnes.hpp"
 #include "Socle/Texte.hpp"
 
 namespace tarnavelle::Aide {

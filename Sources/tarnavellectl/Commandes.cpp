@@ -9,7 +9,7 @@
 #include "Depot.hpp"
 #include "Manuel.hpp"
 #include "Porte/GuideAgent.hpp"
-#include "Programme.hpp"
+#include "Porte/Programme.hpp"
 #include "ScriptsCompletion.hpp"
 #include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Colonnes.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -4,12 +4,12 @@
 
 #include "Aide.hpp"
 #include "Catalogue.hpp"
-#include "Colonnes.hpp"
 #include "LigneCommande.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/GuideAgent.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/Version.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle::Manuel {
 namespace {

@@ -1,9 +1,11 @@
 #include "Socle/Fichiers.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <iterator>
 #include <string>
@@ -69,6 +71,36 @@ TEST(Fichiers, EcriturePrivee) {
   }
   // No temporary file is left.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dossier.chemin()), {}), 5);
+}
+
+TEST(Fichiers, UnDisquePleinLaisseLAncien) {
+  const DossierTemporaire dossier;
+  const auto chemin = dossier.ecrire("f", "ancien");
+  rlimit avant{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &avant), 0);
+  const auto signal = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit plein{2, avant.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &plein), 0);
+  const bool ecrit = ecrireFichierPrive(chemin, "nouveau");
+  const auto raison = raisonEcriture(errno);
+  ::setrlimit(RLIMIT_FSIZE, &avant);
+  std::signal(SIGXFSZ, signal);
+  EXPECT_FALSE(ecrit);
+  EXPECT_EQ(raison, "le disque est plein");
+  EXPECT_EQ(lireFichier(chemin, 100), "ancien");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dossier.chemin()), {}), 1);
+}
+
+TEST(Fichiers, DossierReserve) {
+  const DossierTemporaire dossier;
+  const auto ouvert = dossier.chemin() / "ouvert";
+  std::filesystem::create_directory(ouvert);
+  std::filesystem::permissions(ouvert, std::filesystem::perms{0755});
+  for (const auto& chemin : {ouvert, dossier.chemin() / "neuf/dessous"}) {
+    EXPECT_TRUE(reserverDossier(chemin));
+    EXPECT_EQ(std::filesystem::status(chemin).permissions(), std::filesystem::perms::owner_all);
+  }
+  EXPECT_FALSE(reserverDossier(dossier.ecrire("fichier", "")));
 }
 
 TEST(Environnement, ValeurRognee) {

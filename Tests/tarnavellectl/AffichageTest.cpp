@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "Colonnes.hpp"
 #include "Completions.hpp"
 #include "Photo.hpp"
 #include "Porte/CommandeControle.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {

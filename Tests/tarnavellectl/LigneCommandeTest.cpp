@@ -11,11 +11,11 @@
 #include "Aide.hpp"
 #include "Chemins.hpp"
 #include "Client.hpp"
-#include "Colonnes.hpp"
 #include "DirePorte.hpp"
 #include "Porte/CommandeControle.hpp"
 #include "Porte/PorteMCP.hpp"
 #include "Proche.hpp"
+#include "Socle/Colonnes.hpp"
 
 namespace tarnavelle {
 namespace {

@@ -6,13 +6,16 @@
 
 namespace tarnavelle {
 
-Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte) {
-  auto reponse = client_.envoyer(
-      {.methode = "POST",
-       .url = porte.url,
-       .entetes = {{"Authorization", "Bearer " + porte.jeton}, {"Content-Type", "application/json"}},
-       .corps = EcritureJSON::compacte(corps).value_or("")},
-      bornes_);
+Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte,
+                               const std::vector<EnteteHTTP>& aussi) {
+  std::vector<EnteteHTTP> entetes = {{"Authorization", "Bearer " + porte.jeton},
+                                     {"Content-Type", "application/json"}};
+  entetes.insert(entetes.end(), aussi.begin(), aussi.end());
+  auto reponse = client_.envoyer({.methode = "POST",
+                                  .url = porte.url,
+                                  .entetes = std::move(entetes),
+                                  .corps = EcritureJSON::compacte(corps).value_or("")},
+                                 bornes_);
   echec_.reset();
   if (!reponse) {
     echec_ = reponse.raison();

@@ -1,5 +1,5 @@
-// What becomes of the assertions of Asio and Beast in this library, in builds that have any. Private to this
-// folder.
+// What becomes of the assertions of Asio and Beast, here and in what is compiled with
+// BOOST_ENABLE_ASSERT_DEBUG_HANDLER, in builds that have any.
 #if !defined(NDEBUG)
 
 #include <boost/assert.hpp>

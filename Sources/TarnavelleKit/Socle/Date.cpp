@@ -26,6 +26,16 @@ std::string Calendrier::jour(system_clock::time_point date) const {
   return texte;
 }
 
+std::string Calendrier::heure(system_clock::time_point date) const {
+  const auto instant = floor<seconds>(date);
+  const auto ici = instant + avance(instant);
+  const hh_mm_ss h(ici - floor<days>(ici));
+  char texte[32];
+  std::snprintf(texte, sizeof texte, "%02d:%02d:%02d", int(h.hours().count()), int(h.minutes().count()),
+                int(h.seconds().count()));
+  return texte;
+}
+
 namespace {
 
 /// Takes a text apart from its start.

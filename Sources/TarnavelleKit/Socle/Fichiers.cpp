@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <system_error>
 
 #include "Socle/Attente.hpp"
 
@@ -68,16 +69,51 @@ bool ecrireTout(int descripteur, std::string_view octets) {
   return true;
 }
 
-bool ecrireFichierPrive(const std::filesystem::path& chemin, std::string_view contenu) {
+bool ecrireFichierPrive(const std::filesystem::path& chemin, std::string_view contenu, Duree duree) {
   std::string provisoire = chemin.string() + ".XXXXXX";
   const int fd = ::mkostemp(provisoire.data(), O_CLOEXEC);  // a new file, 0600
   if (fd < 0) return false;
-  const bool ecrit = ecrireTout(fd, contenu) && ::fsync(fd) == 0;
+  const bool ecrit = ecrireTout(fd, contenu) && (duree == Duree::passagere || ::fsync(fd) == 0);
   if (::close(fd) == 0 && ecrit && ::rename(provisoire.c_str(), chemin.c_str()) == 0) return true;
   const int erreur = errno;
   ::unlink(provisoire.c_str());
   errno = erreur;
   return false;
+}
+
+std::string raisonEcriture(int erreur) {
+  switch (erreur) {
+    case EACCES:
+    case EPERM: return "accès refusé";
+    case EISDIR: return "c'est un dossier";
+    case ENOENT: return "le dossier n'existe pas";
+    case ENOTDIR: return "un élément du chemin n'est pas un dossier";
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return "le disque est plein";
+    case EIO: return "le disque est en panne";
+    case EROFS: return "le disque est en lecture seule";
+    case ENAMETOOLONG: return "le nom est trop long";
+    default: return "le système refuse (" + std::generic_category().message(erreur) + ")";
+  }
+}
+
+bool creerDossierPrive(const std::filesystem::path& dossier) {
+  struct stat etat {};
+  if (dossier.empty()) return true;
+  if (::stat(dossier.c_str(), &etat) == 0) return S_ISDIR(etat.st_mode);
+  return creerDossierPrive(dossier.parent_path()) && (::mkdir(dossier.c_str(), 0700) == 0 || errno == EEXIST);
+}
+
+bool reserverDossier(const std::filesystem::path& dossier) {
+  if (!creerDossierPrive(dossier)) return false;
+  const int fd = ::open(dossier.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return false;
+  struct stat etat {};
+  const bool notre = ::fstat(fd, &etat) == 0 && etat.st_uid == ::geteuid() &&
+                     ((etat.st_mode & (S_IRWXG | S_IRWXO)) == 0 || ::fchmod(fd, S_IRWXU) == 0);
+  ::close(fd);
+  return notre;
 }
 
 bool fichierExecutable(const std::filesystem::path& chemin) {
@@ -99,6 +135,15 @@ std::filesystem::path dossierApplicationSupport(const Variables& environnement) 
   if (auto support = supportDeLaPlateforme(personnel); !support.empty()) return support;
 #endif
   return personnel / applicationSupport;
+}
+
+std::filesystem::path dossierEtats(const Variables& environnement) {
+#if defined(__APPLE__)
+  return dossierApplicationSupport(environnement);
+#else
+  const std::filesystem::path choisi = environnement.octets("XDG_STATE_HOME").value_or("");
+  return choisi.is_absolute() ? choisi : dossierPersonnel(environnement) / ".local/state";
+#endif
 }
 
 }  // namespace tarnavelle

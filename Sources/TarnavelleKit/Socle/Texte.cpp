@@ -155,6 +155,8 @@ std::string sansAccents(std::string_view texte) {
   return resultat;
 }
 
+std::string replier(std::string_view nom) { return sansAccents(minuscules(rogner(nom))); }
+
 std::vector<std::string_view> mots(std::string_view texte) {
   std::vector<std::string_view> pieces;
   for (texte = rogner(texte); !texte.empty(); texte = rogner(texte)) {

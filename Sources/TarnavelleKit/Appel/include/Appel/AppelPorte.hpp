@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Porte/PorteControle.hpp"
 #include "Reseau/ClientHTTP.hpp"
@@ -26,9 +27,10 @@ class AppelPorte {
 
   explicit AppelPorte(BornesHTTP bornesAppel = bornes) : bornes_(bornesAppel) {}
 
-  /// Posts a body once. Without a complete response the door may have acted all the same: `echec` tells whether
-  /// any of the request had left, and a call given up after its wait is carried on without the caller.
-  Coffre posterPorte(const Json& corps, const PorteResolue& porte);
+  /// Posts a body once, with those headers beside its own. Without a complete response the door may have acted
+  /// all the same: `echec` tells whether any of the request had left, and a call given up after its wait is
+  /// carried on without the caller.
+  Coffre posterPorte(const Json& corps, const PorteResolue& porte, const std::vector<EnteteHTTP>& aussi = {});
 
   /// Why the last call has no body; absent when it has one.
   const std::optional<EchecHTTP>& echec() const { return echec_; }

@@ -36,6 +36,9 @@ struct EndpointPorte {
 inline constexpr std::string_view porteIntrouvable =
     "Porte introuvable : l'app Tarnavelle tourne-t-elle, la porte de commande est-elle ouverte ?";
 
+/// The header by which a caller may say how many seconds it can wait for the reply.
+inline constexpr const char* entetePatience = "X-Tarnavelle-Patience";
+
 /// A door that can be called. The token may be empty.
 struct PorteResolue {
   std::string url;  ///< absolute URL of the door's action endpoint

@@ -22,6 +22,8 @@ struct Calendrier {
 
   /// The local day, written year-month-day with zero padding: "2026-03-09".
   std::string jour(std::chrono::system_clock::time_point date) const;
+  /// The local time, to the second: "12:03:11".
+  std::string heure(std::chrono::system_clock::time_point date) const;
 };
 
 namespace Date {

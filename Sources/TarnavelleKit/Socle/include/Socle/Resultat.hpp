@@ -17,6 +17,11 @@ struct Sinon {
 template <class E>
 Sinon(E) -> Sinon<E>;
 
+/// The value of what only has to be done: `Resultat<Fait, Panne>`.
+struct Fait {
+  bool operator==(const Fait&) const = default;
+};
+
 template <class T, class E>
 class Resultat {
  public:

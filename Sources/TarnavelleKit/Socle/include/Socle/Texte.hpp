@@ -27,6 +27,9 @@ std::string minuscules(std::string_view texte);
 /// composed again. An accent counts the same whether composed or not; "œ" and "ø" are letters, and stay.
 std::string sansAccents(std::string_view texte);
 
+/// The form under which names compare: trimmed, without case or accents. "  ÉPERVIER" is "epervier".
+std::string replier(std::string_view nom);
+
 /// The pieces between runs of white space and newlines (as `rogner` knows them), none of them empty.
 std::vector<std::string_view> mots(std::string_view texte);
 

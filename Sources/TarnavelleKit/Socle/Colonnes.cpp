@@ -1,4 +1,4 @@
-#include "Colonnes.hpp"
+#include "Socle/Colonnes.hpp"
 
 #include <utf8proc.h>
 

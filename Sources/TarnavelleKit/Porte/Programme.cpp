@@ -1,4 +1,4 @@
-#include "Programme.hpp"
+#include "Porte/Programme.hpp"
 
 #include <filesystem>
 #include <system_error>
@@ -27,12 +27,16 @@ std::string chemin() {
 #endif
 }
 
+std::string voisin(std::string_view nom) {
+  return std::filesystem::path(chemin()).replace_filename(nom).string();
+}
+
 std::optional<std::string> pont(const Variables& environnement) {
   std::filesystem::path chemin;
   if (const auto choisi = environnement.texte("TARNAVELLE_MCP_SERVER"))
     chemin = *choisi;
   else
-    chemin = std::filesystem::path(Programme::chemin()).replace_filename(PorteMCP::nomServeur);
+    chemin = voisin(PorteMCP::nomServeur);
   std::error_code erreur;
   const auto absolu = std::filesystem::absolute(chemin, erreur);
   if (erreur || !fichierExecutable(absolu)) return std::nullopt;
