@@ -67,6 +67,19 @@ function(tarnavelle_famille nom)
   set_property(GLOBAL APPEND PROPERTY TARNAVELLE_FAMILLES ${nom})
 endfunction()
 
+# A piece of a program, in a folder of that name: as a family, but nobody else's business, so not installed. Called
+# from the folder's own CMakeLists.txt.
+function(tarnavelle_piece nom)
+  set(cible tarnavelle-plateau-${nom})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  add_library(${cible} STATIC ${sources})
+  add_library(TarnavellePlateau::${nom} ALIAS ${cible})
+  target_compile_features(${cible} PUBLIC cxx_std_20)
+  target_include_directories(${cible} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  target_link_libraries(${cible} ${ARGN})
+  tarnavelle_avertir(${cible})
+endfunction()
+
 # A program that is installed: its main, and all the rest as the library <name>-lib, which tests link. Called from its
 # folder; what follows the name is linked to the library.
 function(tarnavelle_programme nom)
