@@ -13,6 +13,14 @@ find_package(Boost 1.81 REQUIRED CONFIG COMPONENTS url)
 find_package(OpenSSL 3 REQUIRED)
 find_package(utf8proc REQUIRED)
 
+# The board's own: the bridge and the client never link them.
+if(TARNAVELLE_PLATEAU)
+  if(TARNAVELLE_STATIQUE)
+    find_library(SQLite3_LIBRARY NAMES libsqlite3.a sqlite3)
+  endif()
+  find_package(SQLite3 3.37 REQUIRED)  # STRICT tables
+endif()
+
 # Debian 13's archive of OpenSSL calls two libraries, of which FindOpenSSL hears by pkg-config only, and as shared ones.
 set(TARNAVELLE_OPENSSL_ARCHIVES)
 if(OPENSSL_CRYPTO_LIBRARY MATCHES "[.]a$")
