@@ -1,12 +1,10 @@
 #include "Options.hpp"
 
-#include <algorithm>
 #include <optional>
-#include <string_view>
 
-#include "Jeton.hpp"
+#include "Accueil/Jeton.hpp"
+#include "Accueil/TableOptions.hpp"
 #include "Socle/LectureJSON.hpp"
-#include "Socle/Texte.hpp"
 
 namespace tarnavelle::PorteEssai {
 namespace {
@@ -16,14 +14,7 @@ std::optional<std::int64_t> nombreEntre(const std::string& texte, std::int64_t m
   return n && *n >= minimum && *n <= maximum ? n : std::nullopt;
 }
 
-struct Option {
-  std::string_view nom;
-  std::string_view valeur;  ///< what its argument is, empty when it takes none
-  std::string_view aide;
-  bool (*poser)(Options& options, const std::string& valeur);  ///< whether the value is acceptable
-};
-
-constexpr Option table[] = {
+constexpr Plateau::LigneOption<Options> table[] = {
     {"--port", "N", "port d'écoute (défaut : un port libre)",
      [](Options& o, const std::string& v) {
        const auto n = nombreEntre(v, 0, 65535);
@@ -37,8 +28,8 @@ constexpr Option table[] = {
      }},
     {"--jeton", "TEXTE", "jeton exigé, pour les tests (défaut : 32 octets au hasard)",
      [](Options& o, const std::string& v) {
-       o.serveur.jeton = v;
-       return jetonUtilisable(v);
+       o.jeton = v;
+       return Plateau::jetonUtilisable(v);
      }},
     {"--retard-ms", "N", "panne : attendre avant de répondre",
      [](Options& o, const std::string& v) {
@@ -65,31 +56,12 @@ constexpr Option table[] = {
 }  // namespace
 
 Resultat<Options, std::string> Options::lire(const std::vector<std::string>& arguments) {
-  Options options;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const auto* option = std::ranges::find(table, arguments[i], &Option::nom);
-    if (option == std::end(table))
-      return Sinon{"Option inconnue : « " + Texte::tronquer(arguments[i], 40) + " ». Voir --help."};
-    std::string valeur;
-    if (!option->valeur.empty()) {
-      if (++i == arguments.size()) return Sinon{"Il manque la valeur de " + std::string(option->nom) + "."};
-      valeur = arguments[i];
-    }
-    if (!option->poser(options, valeur))
-      return Sinon{"La valeur de " + std::string(option->nom) + " ne convient pas. Voir --help."};
-  }
-  return options;
+  return Plateau::TableOptions::lire<Options>(table, arguments, "--help");
 }
 
 std::string Options::texteAide() {
-  std::string aide =
-      "porte-essai : une porte de commande d'essai, sur cette machine, avec un plateau en mémoire.\n\n";
-  for (const Option& option : table) {
-    std::string gauche = "  " + std::string(option.nom) + " " + std::string(option.valeur);
-    gauche.resize(std::max<std::size_t>(gauche.size() + 1, 22), ' ');
-    aide.append(gauche).append(option.aide).append("\n");
-  }
-  return aide;
+  return "porte-essai : une porte de commande d'essai, sur cette machine, avec un plateau en mémoire.\n\n" +
+         Plateau::TableOptions::aide<Options>(table);
 }
 
 }  // namespace tarnavelle::PorteEssai

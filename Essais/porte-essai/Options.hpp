@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "ServeurHTTP.hpp"
+#include "Accueil/ServeurHTTP.hpp"
 #include "Socle/Resultat.hpp"
 
 namespace tarnavelle::PorteEssai {
 
 struct Options {
-  ReglagesServeur serveur;        ///< the token is empty when none was given
+  Plateau::ReglagesServeur serveur;
+  std::string jeton;              ///< empty when none was given
   std::filesystem::path fichier;  ///< empty when none was given
   bool aide = false;
 

@@ -1,43 +1,30 @@
-#include <pthread.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <string>
 
-#include "FichierEndpoint.hpp"
-#include "Jeton.hpp"
+#include "Accueil/FichierEndpoint.hpp"
+#include "Accueil/Signaux.hpp"
 #include "Options.hpp"
-#include "Plateau.hpp"
 #include "Porte/PorteControle.hpp"
+#include "Socle/LectureJSON.hpp"
+#include "TerminauxSimules/PlateauSimule.hpp"
 
 namespace {
 
 using namespace tarnavelle;
-using namespace tarnavelle::PorteEssai;
+using namespace tarnavelle::Plateau;
+using tarnavelle::PorteEssai::Options;
 
 int echouer(const std::string& message, int code) {
   std::fprintf(stderr, "porte-essai : %s\n", message.c_str());
   return code;
 }
 
-/// The signals that end the door, held back in every thread until main waits for them.
-sigset_t retenirSignaux() {
-  sigset_t fins;
-  sigemptyset(&fins);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    std::signal(signal, SIG_DFL);  // a shell starts its background jobs with SIGINT ignored
-    sigaddset(&fins, signal);
-  }
-  pthread_sigmask(SIG_BLOCK, &fins, nullptr);
-  std::signal(SIGPIPE, SIG_IGN);
-  return fins;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  const sigset_t fins = retenirSignaux();
+  Signaux::retenir();
   auto lu = Options::lire({argv + (argc > 0 ? 1 : 0), argv + argc});
   if (!lu) return echouer(lu.raison(), 2);
   Options& options = *lu;
@@ -45,28 +32,31 @@ int main(int argc, char** argv) {
     std::fputs(Options::texteAide().c_str(), stdout);
     return 0;
   }
-  if (options.serveur.jeton.empty()) {
+  if (options.jeton.empty()) {
     const auto jeton = jetonAleatoire();
     if (!jeton) return echouer("Le système n'a pas donné de hasard pour le jeton.", 1);
-    options.serveur.jeton = *jeton;
+    options.jeton = *jeton;
   }
   if (options.fichier.empty()) options.fichier = PorteControle::cheminEndpoint(Variables::duProcessus());
 
   HorlogeReelle horloge;
-  Plateau plateau(horloge);
+  const auto plateau = PlateauSimule::depart(horloge);
+  if (!plateau) return echouer("Le plateau n'a pas pu être dressé.", 1);
+  Executeur& executeur = plateau->executeur();
+  executeur.veiller();
   const auto serveur = ServeurHTTP::ouvrir(
-      options.serveur, [&plateau](const CommandeControle& commande) { return plateau.executer(commande); });
+      options.serveur, Trousseau(options.jeton),
+      [&](const Json& corps, const Appelant& appelant) { return executeur.executer(corps, appelant); });
   if (!serveur) return echouer("Le port " + std::to_string(options.serveur.port) + " n'est pas libre.", 1);
   const auto fichier = FichierEndpoint::ecrire(
       options.fichier,
-      {.host = "127.0.0.1", .pid = ::getpid(), .port = serveur->port(), .token = options.serveur.jeton});
+      {.host = "127.0.0.1", .pid = ::getpid(), .port = serveur->port(), .token = options.jeton});
   if (!fichier) return echouer("Impossible d'écrire " + options.fichier.string() + ".", 1);
+  serveur->servir();
 
   std::printf("Porte d'essai ouverte : http://127.0.0.1:%u\n", static_cast<unsigned>(serveur->port()));
   std::fflush(stdout);
-  int signal = 0;
-  while (sigwait(&fins, &signal) != 0) {
-  }
-  plateau.arreter();  // the file goes first, then the server, which waits for its handlers
+  Signaux::attendreFin();
+  executeur.arreter();  // the file goes first, then the server, which waits for its handlers
   return 0;
 }

@@ -484,7 +484,7 @@ def session(essai):
             (["ouvrir-agent", "--cli=codex"], (0, b"Harfang est ouvert : codex dans ~/Sources.\n", "")),
             (["type", "lance", "Harfang"], (0, "Envoyé à Harfang.\n".encode(), "")),
             (["attendre", "Harfang", "--timeout-s", "20"], (0, "Harfang s'est calmé.\n".encode(), "")),
-            (["resumer"], (1, b"", "tarnavellectl : pas encore câblé\n"))):
+            (["commande", "coupe la musique"], (1, b"", "tarnavellectl : pas encore câblé\n"))):
         egal(lancer(*mots, monde=essai), attendu, mots)
     egal(lancer("completions", "proposer", "lire", "", monde=essai)[1], b"Merlin\tagent\nHarfang\tagent\nMilan\tagent\n")
 

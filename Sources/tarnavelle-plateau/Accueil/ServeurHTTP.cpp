@@ -1,5 +1,9 @@
-#include "ServeurHTTP.hpp"
+#include "Accueil/ServeurHTTP.hpp"
 
+#include <fcntl.h>
+#include <sys/socket.h>
+
+#include <algorithm>
 #include <array>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
@@ -16,11 +20,12 @@
 #include <thread>
 #include <utility>
 
-#include "Jeton.hpp"
+#include "Accueil/Jeton.hpp"
+#include "Porte/PorteControle.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/LectureJSON.hpp"
 
-namespace tarnavelle::PorteEssai {
+namespace tarnavelle::Plateau {
 namespace {
 
 namespace asio = boost::asio;
@@ -31,8 +36,15 @@ using Erreur = boost::system::error_code;
 constexpr std::uint32_t entetesMax = 16 * 1024;  ///< bytes of a request's head
 constexpr std::size_t lectureMax = 64 * 1024;    ///< bytes read ahead of what is understood
 constexpr std::chrono::seconds adieu{2};         ///< for a refused peer to finish sending
+constexpr std::chrono::seconds preuve{5};        ///< for a new peer to show a token, whatever the patience
+
+constexpr std::string_view hotes[] = {"127.0.0.1", "localhost", "[::1]"};
+constexpr std::int64_t patienceMax = 3600;  ///< seconds
 
 constexpr std::string_view continuer = "HTTP/1.1 100 Continue\r\n\r\n";
+
+/// The programs that the board starts inherit no connection: one would outlive the door, and keep its port.
+void garderPourSoi(int descripteur) { ::fcntl(descripteur, F_SETFD, FD_CLOEXEC); }
 
 /// What one request is answered with.
 struct Reponse {
@@ -52,14 +64,16 @@ struct Reponse {
 /// another thread.
 class Connexion {
  public:
-  Connexion(const ReglagesServeur& reglages, const ServeurHTTP::Traitement& traitement)
-      : reglages_(reglages), traitement_(traitement) {}
+  Connexion(const ReglagesServeur& reglages, const Trousseau& trousseau,
+            const ServeurHTTP::Traitement& traitement)
+      : reglages_(reglages), trousseau_(trousseau), traitement_(traitement) {}
 
   tcp::socket& socket() { return flux_.socket(); }
 
   /// Serves requests until the peer leaves, stays silent or must be left.
   void servir() {
     Erreur ignoree;
+    garderPourSoi(socket().native_handle());
     socket().set_option(tcp::no_delay(true), ignoree);
     while (servirUne()) {
     }
@@ -91,49 +105,95 @@ class Connexion {
     return resultat;
   }
 
-  /// Reads and answers one request; whether another may follow.
+  /// Reads and answers one request; whether another may follow. Of a caller without a token, only the head is
+  /// read.
   bool servirUne() {
     Analyseur analyseur;
     analyseur.header_limit(entetesMax);
     analyseur.body_limit(reglages_.corpsMax);
-    if (const Erreur erreur = lire(analyseur)) return refuserIllisible(erreur);
+    if (const Erreur erreur = lireTete(analyseur)) return refuserIllisible(erreur);
     const auto& requete = analyseur.get();
     // A reply to HEAD must have no body: closing spares the peer the guess.
     const bool garder = requete.keep_alive() && requete.method() != http::verb::head;
-    if (auto refus = refuser(requete)) return repondre(std::move(*refus), requete.version(), garder);
+    Appelant appelant;
+    if (auto refus = refuser(requete, appelant)) {
+      if (analyseur.is_done()) return repondre(std::move(*refus), requete.version(), garder);
+      repondre(std::move(*refus), requete.version(), false);
+      return laisserFinir();
+    }
+    prouve_ = true;
+    if (const Erreur erreur = lireCorps(analyseur)) return refuserIllisible(erreur);
     const auto corps = LectureJSON::objet(requete.body());
     if (!corps)
       return repondre(Reponse::refus(http::status::bad_request, "Le corps doit être un objet JSON."),
                       requete.version(), garder);
-    Reponse reponse =
-        Reponse::de(traitement_(CommandeControle::decoderObjet(Champ::texte(*corps, "action"), *corps)));
-    return repondreAvecPannes(std::move(reponse), requete.version(), garder);
+    appelant.parti = [this] { return partie(); };
+    Reponse reponse = Reponse::de(traitement_(*corps, appelant));
+    const bool suite = repondreAvecPannes(std::move(reponse), requete.version(), garder);
+    reglages_.repondu();
+    return suite;
   }
 
-  Erreur lire(Analyseur& analyseur) {
-    Erreur erreur = mener(reglages_.patience, [&](auto suite) {
-      http::async_read_header(flux_, tampon_, analyseur, std::move(suite));
-    });
-    if (erreur) return erreur;
+  /// Whether the peer has closed its end; what it may have sent on is left to be read.
+  bool partie() {
+    char octet = 0;
+    const auto lus = ::recv(socket().native_handle(), &octet, 1, MSG_PEEK | MSG_DONTWAIT);
+    return lus == 0 || (lus < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
+  }
+
+  Erreur lireTete(Analyseur& analyseur) {
+    const auto patience =
+        prouve_ ? reglages_.patience : std::min<std::chrono::milliseconds>(preuve, reglages_.patience);
+    return mener(patience,
+                 [&](auto suite) { http::async_read_header(flux_, tampon_, analyseur, std::move(suite)); });
+  }
+
+  Erreur lireCorps(Analyseur& analyseur) {
     if (boost::beast::iequals(analyseur.get()[http::field::expect], "100-continue")) {
-      erreur = mener(reglages_.patience,
-                     [&](auto suite) { asio::async_write(flux_, asio::buffer(continuer), std::move(suite)); });
+      const Erreur erreur = mener(reglages_.patience, [&](auto suite) {
+        asio::async_write(flux_, asio::buffer(continuer), std::move(suite));
+      });
       if (erreur) return erreur;
     }
     return mener(reglages_.patience,
                  [&](auto suite) { http::async_read(flux_, tampon_, analyseur, std::move(suite)); });
   }
 
-  /// The refusals that a readable request's head decides, the token first.
-  std::optional<Reponse> refuser(const Analyseur::value_type& requete) const {
-    const auto jeton = requete[http::field::authorization];
-    if (!autorise({jeton.data(), jeton.size()}, reglages_.jeton))
-      return Reponse::refus(http::status::unauthorized, "Jeton absent ou faux.");
+  /// The refusals that a readable request's head decides, in this order: pages of a browser never get as far as
+  /// the token. Fills in who calls.
+  std::optional<Reponse> refuser(const Analyseur::value_type& requete, Appelant& appelant) const {
+    if (!hoteConnu(requete))
+      return Reponse::refus(http::status::misdirected_request, "Cette porte ne répond pas à ce nom d'hôte.");
+    if (requete.find(http::field::origin) != requete.end())
+      return Reponse::refus(http::status::forbidden, "Cette porte n'est pas pour les pages d'un navigateur.");
+    const auto porteur = trousseau_.porteur(texteDe(requete[http::field::authorization]));
+    if (!porteur) return Reponse::refus(http::status::unauthorized, "Jeton absent ou faux.");
+    appelant.agent = porteur->agent;
+    appelant.patience = patienceDe(texteDe(requete[entetePatience]));
     if (requete.target() != "/action")
       return Reponse::refus(http::status::not_found, "Rien à cette adresse : la porte est à /action.");
     if (requete.method() != http::verb::post)
       return Reponse::refus(http::status::method_not_allowed, "La porte n'entend que POST.");
     return std::nullopt;
+  }
+
+  static std::string_view texteDe(boost::beast::string_view texte) { return {texte.data(), texte.size()}; }
+
+  /// Whether the one Host header names this machine's loopback and our port.
+  bool hoteConnu(const Analyseur::value_type& requete) const {
+    if (requete.count(http::field::host) != 1) return false;
+    const auto hote = texteDe(requete[http::field::host]);
+    Erreur erreur;
+    const std::string port = ":" + std::to_string(flux_.socket().local_endpoint(erreur).port());
+    return !erreur && std::ranges::any_of(hotes, [&](std::string_view nom) {
+      return boost::beast::iequals({hote.data(), hote.size()}, std::string(nom) + port);
+    });
+  }
+
+  static std::optional<std::chrono::seconds> patienceDe(std::string_view entete) {
+    const auto secondes = entierDecimal(entete);
+    if (!secondes || *secondes <= 0) return std::nullopt;
+    return std::chrono::seconds(std::min(*secondes, patienceMax));
   }
 
   /// Answers what is not a readable request, when there is someone to answer. The connection ends here.
@@ -148,7 +208,11 @@ class Connexion {
     if (erreur == http::error::header_limit)
       refus = Reponse::refus(http::status::request_header_fields_too_large, "En-têtes trop longs.");
     repondre(std::move(refus), 11, false);
-    // Closing on a peer that is still sending would destroy the answer before it is read.
+    return laisserFinir();
+  }
+
+  /// The connection ends: closing on a peer that is still sending would destroy the answer before it is read.
+  bool laisserFinir() {
     Erreur fin;
     socket().shutdown(tcp::socket::shutdown_send, fin);
     std::array<char, 16 * 1024> rebut;
@@ -195,12 +259,14 @@ class Connexion {
   }
 
   const ReglagesServeur& reglages_;
+  const Trousseau& trousseau_;
   const ServeurHTTP::Traitement& traitement_;
   asio::io_context boucle_{1};
   boost::beast::tcp_stream flux_{boucle_};
   asio::steady_timer minuterie_{boucle_};
   /// Bounded: chunk sizes, extensions and trailers count neither as headers nor as body.
   boost::beast::flat_buffer tampon_{2 * entetesMax + lectureMax};
+  bool prouve_ = false;  ///< a request came with a token
   bool arretee_ = false;
 };
 
@@ -209,8 +275,8 @@ class Connexion {
 /// Accepts connections and gives each its thread. All its state belongs to its own loop's thread.
 class ServeurHTTP::Accueil {
  public:
-  Accueil(ReglagesServeur reglages, Traitement traitement)
-      : reglages_(std::move(reglages)), traitement_(std::move(traitement)) {}
+  Accueil(ReglagesServeur reglages, Trousseau trousseau, Traitement traitement)
+      : reglages_(std::move(reglages)), trousseau_(std::move(trousseau)), traitement_(std::move(traitement)) {}
 
   bool ecouter() {
     const tcp::endpoint adresse(asio::ip::address_v4::loopback(), reglages_.port);
@@ -220,10 +286,13 @@ class ServeurHTTP::Accueil {
     if (!erreur) accepteur_.bind(adresse, erreur);
     if (!erreur) accepteur_.listen(tcp::acceptor::max_listen_connections, erreur);
     if (!erreur) port_ = accepteur_.local_endpoint(erreur).port();
-    if (erreur) return false;
+    garderPourSoi(accepteur_.native_handle());
+    return !erreur;
+  }
+
+  void servir() {
     accueillir();
     fil_ = std::thread([this] { boucle_.run(); });
-    return true;
   }
 
   ~Accueil() {
@@ -243,7 +312,8 @@ class ServeurHTTP::Accueil {
 
  private:
   struct Place {
-    Place(const ReglagesServeur& reglages, const Traitement& traitement) : connexion(reglages, traitement) {}
+    Place(const ReglagesServeur& reglages, const Trousseau& trousseau, const Traitement& traitement)
+        : connexion(reglages, trousseau, traitement) {}
     Connexion connexion;
     std::thread fil;
   };
@@ -253,11 +323,11 @@ class ServeurHTTP::Accueil {
   void accueillir() {
     if (arrete_ || attendue_ || places_.size() >= reglages_.connexionsMax) return;
     try {
-      const Numero place = places_.emplace(places_.end(), reglages_, traitement_);
+      const Numero place = places_.emplace(places_.end(), reglages_, trousseau_, traitement_);
       attendue_ = true;
       accepteur_.async_accept(place->connexion.socket(), [this, place](Erreur erreur) {
         attendue_ = false;
-        if (!erreur && servir(place)) return accueillir();
+        if (!erreur && confier(place)) return accueillir();
         places_.erase(place);
         souffler();
       });
@@ -273,7 +343,7 @@ class ServeurHTTP::Accueil {
     pause_.async_wait([this](Erreur) { accueillir(); });
   }
 
-  bool servir(Numero place) {
+  bool confier(Numero place) {
     try {
       place->fil = std::thread([this, place] {
         try {
@@ -299,6 +369,7 @@ class ServeurHTTP::Accueil {
   }
 
   const ReglagesServeur reglages_;
+  const Trousseau trousseau_;
   const Traitement traitement_;
   asio::io_context boucle_{1};
   asio::executor_work_guard<asio::io_context::executor_type> retenue_{boucle_.get_executor()};
@@ -314,12 +385,15 @@ class ServeurHTTP::Accueil {
 ServeurHTTP::ServeurHTTP(std::unique_ptr<Accueil> accueil) : accueil_(std::move(accueil)) {}
 ServeurHTTP::~ServeurHTTP() = default;
 
-std::unique_ptr<ServeurHTTP> ServeurHTTP::ouvrir(ReglagesServeur reglages, Traitement traitement) {
-  auto accueil = std::make_unique<Accueil>(std::move(reglages), std::move(traitement));
+std::unique_ptr<ServeurHTTP> ServeurHTTP::ouvrir(ReglagesServeur reglages, Trousseau trousseau,
+                                                 Traitement traitement) {
+  auto accueil = std::make_unique<Accueil>(std::move(reglages), std::move(trousseau), std::move(traitement));
   if (!accueil->ecouter()) return nullptr;
   return std::unique_ptr<ServeurHTTP>(new ServeurHTTP(std::move(accueil)));
 }
 
+void ServeurHTTP::servir() { accueil_->servir(); }
+
 std::uint16_t ServeurHTTP::port() const { return accueil_->port(); }
 
-}  // namespace tarnavelle::PorteEssai
+}  // namespace tarnavelle::Plateau
