@@ -53,7 +53,7 @@ std::vector<std::string> cles(const Json& table) {
   const auto ajouter = [&](std::string_view cle) {
     if (vues.insert(cle).second) noms.emplace_back(cle);
   };
-  for (const char* tete : {"nom", "numero", "agent"})
+  for (const char* tete : {"nom", "numero", "agent", "quand", "qui", "verbe"})
     if (std::any_of(table.begin(), table.end(), [&](const Json& f) { return f.contains(tete); })) ajouter(tete);
   for (const Json& fiche : table)
     for (const auto& [cle, valeur] : fiche.get_ref<const Json::object_t&>()) ajouter(cle);

@@ -2,7 +2,6 @@
 
 #include "Lexique.hpp"
 #include "LigneCommande.hpp"
-#include "Porte/CommandeControle.hpp"
 #include "Session.hpp"
 #include "Socle/Colonnes.hpp"
 #include "Socle/Texte.hpp"
@@ -112,13 +111,12 @@ std::string usage(const OutilVoix* outil) {
 Page generale(std::optional<std::size_t> colonnes) {
   Page page = {{usage(nullptr)}, {}};
   paragraphe(page, principes().front(), colonnes);
-  Lexique verbes, locales, issues;
-  for (const OutilVoix& outil : CommandeControle::outilsPorte())
-    verbes.ajouter(outil.nom, std::string(enBref(outil)));
+  Lexique porte, locales, issues;
+  for (const OutilVoix& outil : verbes()) porte.ajouter(outil.nom, std::string(enBref(outil)));
   for (const CommandeLocale& c : commandesLocales()) locales.ajouter(c.outil.nom, std::string(enBref(c.outil)));
   for (const auto& [statut, sens] : statuts()) issues.ajouter(std::to_string(statut), std::string(sens));
   titre(page, "Verbes de la porte");
-  verbes.versPage(page, colonnes);
+  porte.versPage(page, colonnes);
   titre(page, "Commandes du client");
   locales.versPage(page, colonnes);
   titre(page, "Options");

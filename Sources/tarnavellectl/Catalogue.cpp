@@ -21,6 +21,29 @@ const CommandeLocale* locale(const OutilVoix& outil) {
   return nullptr;
 }
 
+/// A flag by which a verb asks what only a board of terminals tells: the service bears the flag's name.
+struct Precision {
+  std::string_view verbe;
+  OutilVoix service;       ///< with what it takes, the flag among it
+  std::string_view agent;  ///< the parameter that names an agent
+};
+
+const std::vector<Precision>& precisions() {
+  static const std::vector<Precision> liste = {
+      {"etat",
+       {"pourquoi",
+        "",
+        {{"agent", Genre::texte, "Avec --pourquoi : cet agent seul.", false},
+         {"pourquoi", Genre::booleen,
+          "true pour savoir d'où vient l'état de chaque agent : source, preuve, depuis quand, version du "
+          "programme. "
+          "Seul un plateau de terminaux, celui de tarnavelle-plateau, le dit.",
+          false}}},
+       "agent"},
+  };
+  return liste;
+}
+
 }  // namespace
 
 const std::vector<CommandeLocale>& commandesLocales() {
@@ -67,6 +90,48 @@ const std::vector<CommandeLocale>& commandesLocales() {
           {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
          {},
          Commandes::porte},
+        {"Note ce que dit le crochet d'un agent.",
+         {"crochet",
+          " Le dit est lu sur l'entrée standard, la note va dans le journal que nomme TARNAVELLE_CROCHETS. Ce "
+          "sont "
+          "les agents qui lancent cette commande ; elle ne les retient pas et n'échoue jamais.",
+          {{"programme", Genre::texte, "Le programme de l'agent : claude, codex, gemini…", true},
+           {"evenement", Genre::texte, "Le nom du crochet, quand le programme ne le dit pas : Stop…", true}}},
+         {},
+         Commandes::crochet},
+        {"Dit ce qui a été fait sur le plateau, par qui, avec quelle issue.",
+         {"journal",
+          " Une ligne par verbe, la plus récente en dernier : jamais ce qui a été dit. Seul un plateau de "
+          "terminaux, celui de tarnavelle-plateau, tient un journal.",
+          {{"nombre", Genre::texte, "Combien de lignes, 20 par défaut.", false}}},
+         {},
+         nullptr,
+         Choix::libre,
+         CommandeLocale::Service{}},
+        {"Avertit un agent quand un autre a fini, ou liste les relais.",
+         {"relais",
+          " Un relais armé sert une fois ; sans argument, la commande liste les relais armés. Seul un plateau "
+          "de terminaux, celui de "
+          "tarnavelle-plateau, en tient.",
+          {{"agent", Genre::texte, "L'agent attendu.", false},
+           {"evenement", Genre::texte, "fini, ou besoin : quand il aura besoin de quelqu'un.", false},
+           {"destinataire", Genre::texte, "L'agent à avertir, dès qu'il sera au repos.", false},
+           {"texte", Genre::texte, "Ce qui lui sera dit.", false}}},
+         {},
+         nullptr,
+         Choix::libre,
+         CommandeLocale::Service{.agents = {"agent", "destinataire"}}},
+        {"Met fin à tout le plateau : agents, fenêtres, tmux et porte.",
+         {"eteindre",
+          " Dit d'abord ce qui prendra fin, et demande ; sans terminal, il faut --oui. Les conversations "
+          "restent : "
+          "« tarnavelle-plateau --reprendre » les rouvre. Seul un plateau de terminaux, celui de "
+          "tarnavelle-plateau, s'éteint ainsi.",
+          {{"oui", Genre::booleen, "true pour éteindre sans demander.", false}}},
+         {},
+         nullptr,
+         Choix::libre,
+         CommandeLocale::Service{.confirmation = "oui"}},
     };
     for (CommandeLocale& c : liste) c.outil.description.insert(0, c.bref);
     return liste;
@@ -74,17 +139,38 @@ const std::vector<CommandeLocale>& commandesLocales() {
   return commandes;
 }
 
+const std::vector<OutilVoix>& verbes() {
+  static const auto outils = [] {
+    auto liste = CommandeControle::outilsPorte();
+    for (const Precision& p : precisions())
+      for (OutilVoix& outil : liste)
+        if (outil.nom == p.verbe)
+          outil.parametres.insert(outil.parametres.end(), p.service.parametres.begin(),
+                                  p.service.parametres.end());
+    return liste;
+  }();
+  return outils;
+}
+
+const OutilVoix* precision(const OutilVoix& verbe, std::string_view drapeau) {
+  for (const Precision& p : precisions())
+    if (p.verbe == verbe.nom && p.service.parametres.back().estNomme(drapeau)) return &p.service;
+  return nullptr;
+}
+
 CommandeNommee commande(std::string_view mot) {
   const std::string nom = CommandeControle::normaliserAction(mot);
   for (const CommandeLocale& c : commandesLocales())
     if (CommandeControle::normaliserAction(c.outil.nom) == nom || std::ranges::count(c.alias, nom) > 0)
       return {&c.outil, &c};
-  return {CommandeControle::outil(CommandeControle::canonique(mot)), nullptr};
+  const auto& outils = verbes();
+  const auto verbe = std::ranges::find(outils, CommandeControle::canonique(mot), &OutilVoix::nom);
+  return {verbe == outils.end() ? nullptr : &*verbe, nullptr};
 }
 
 std::vector<std::string> nomsDesCommandes() {
   std::vector<std::string> noms;
-  for (const OutilVoix& outil : CommandeControle::outilsPorte()) noms.push_back(outil.nom);
+  for (const OutilVoix& outil : verbes()) noms.push_back(outil.nom);
   for (const CommandeLocale& c : commandesLocales()) noms.push_back(c.outil.nom);
   return noms;
 }
@@ -108,12 +194,19 @@ std::string_view enBref(const OutilVoix& outil) {
 }
 
 std::optional<Designe> designe(const OutilVoix& outil, const ParamVoix& parametre) {
+  for (const Precision& p : precisions())
+    if ((p.verbe == outil.nom || p.service.nom == outil.nom) && p.agent == parametre.nom) return Designe::agent;
+  if (const CommandeLocale* c = locale(outil))
+    return c->service && std::ranges::count(c->service->agents, parametre.nom) > 0
+               ? std::optional(Designe::agent)
+               : std::nullopt;
   const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
   return ligne ? ligne->designe(parametre.nom) : std::nullopt;
 }
 
 bool vraiParDefaut(const OutilVoix& outil, const ParamVoix& parametre) {
   const LigneVerbe* ligne = LigneVerbe::de(outil.nom);
+  if (precision(outil, parametre.nom)) return false;
   return ligne && ligne->decoder({{parametre.nom, true}}) == ligne->decoder(Json::object());
 }
 

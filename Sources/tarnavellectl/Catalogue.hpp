@@ -21,11 +21,24 @@ struct CommandeLocale {
   std::string_view bref;  ///< the command in one line of a list; its description begins with it
   OutilVoix outil;
   std::vector<std::string_view> alias;                       ///< other names, normalised
-  int (*executer)(Session& session, const Json& arguments);  ///< returns the exit status
+  int (*executer)(Session& session, const Json& arguments);  ///< returns the exit status; null for a service
   Choix choix = Choix::libre;
+  /// Of a board of terminals: asked of the door as a verb is, under the command's own name.
+  struct Service {
+    std::vector<std::string_view> agents{};  ///< the parameters that name one
+    std::string_view confirmation{};         ///< the flag without which it only says what it would do
+  };
+  std::optional<Service> service{};
 };
 
 const std::vector<CommandeLocale>& commandesLocales();
+
+/// The verbs of the door as this client takes them: some have a flag that asks a board of terminals for more.
+const std::vector<OutilVoix>& verbes();
+
+/// The service that a verb becomes by that flag, with what it then takes in place of the verb's own; null when
+/// it becomes none.
+const OutilVoix* precision(const OutilVoix& verbe, std::string_view drapeau);
 
 /// The command that a word names, whatever its case, its dashes, or the English alias it is.
 struct CommandeNommee {

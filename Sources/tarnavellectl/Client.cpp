@@ -1,5 +1,7 @@
 #include "Client.hpp"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <new>
 #include <nlohmann/json.hpp>
@@ -87,7 +89,14 @@ int rendre(const Coffre& coffre, const RecherchePorte& recherche, const LigneCom
     return ligne.json ? Statut::fait
                       : rendreReussite(phrase(reponse->spoken_text, recherche), donnees, ligne, corps, session);
 
-  const auto raison = phrase(reponse->error, recherche);
+  auto raison = phrase(reponse->error, recherche);
+  // A cockpit knows nothing of it, and says so as of a word that means nothing.
+  if (ligne.commande.outil && !LigneVerbe::de(Champ::texte(corps, "action")) &&
+      raison.starts_with("Verbe inconnu"))
+    raison =
+        "Cette porte n'est pas celle d'un plateau de terminaux (tarnavelle-plateau) : elle ne sait pas dire "
+        "« " +
+        Champ::texte(corps, "action") + " ».";
   session.erreurs.avertir(raison.empty() ? "La porte a refusé sans dire pourquoi" + statut + "." : raison);
   if (!ligne.commande.outil)
     if (const auto proche = nomVoulu(ligne.mot)) session.erreurs.avertir("Vouliez-vous dire " + *proche + " ?");
@@ -108,11 +117,36 @@ int appeler(const LigneCommande& ligne, Session& session) {
                             DirePorte::fichier(recherche, environnement) + ".");
   const auto attente = patience(corps);
   AppelPorte appel({.attente = attente, .vie = attente, .corpsMax = AppelPorte::bornes.corpsMax});
-  const Coffre coffre = appel.posterPorte(corps, *recherche.porte);
+  std::vector<EnteteHTTP> entetes;
+  if (CommandeControle::canonique(Champ::texte(corps, "action")) == "attendre")
+    entetes.push_back({entetePatience, std::to_string(attente.count())});
+  const Coffre coffre = appel.posterPorte(corps, *recherche.porte, entetes);
   if (const auto& echec = appel.echec())
     return rendreSilence(DirePorte::sansReponse(*echec, attente, recherche, environnement), echec->partie,
                          ligne, session);
   return rendre(coffre, recherche, ligne, corps, session);
+}
+
+/// Whether the person at the terminal says so, after what the door has told.
+bool acquiesce(Session& session, std::string_view question) {
+  session.erreurs.montrer({{std::string(question)}});
+  std::string ligne;
+  for (char c = 0; ligne.size() < 80 && ::read(0, &c, 1) == 1 && c != '\n';) ligne += c;
+  const std::string dit = Texte::replier(Texte::reparer(ligne));
+  return dit == "o" || dit == "oui";
+}
+
+/// What a service would do is told first, and done once it is confirmed: by its flag, or at a terminal.
+int confirmer(const LigneCommande& ligne, std::string_view drapeau, Session& session) {
+  if (Champ::booleen(ligne.charge, drapeau, false)) return appeler(ligne, session);
+  if (const int statut = appeler(ligne, session); statut != Statut::fait) return statut;
+  const std::string rien = "Rien n'a été fait";
+  if (::isatty(0) != 1 || !session.sortie.terminal())
+    return avertir(session, rien + " : ajoutez --" + std::string(drapeau) + " pour confirmer.", Statut::refus);
+  if (!acquiesce(session, "Confirmer ? [o/N]")) return avertir(session, rien + ".", Statut::refus);
+  LigneCommande confirmee = ligne;
+  confirmee.charge[std::string(drapeau)] = true;
+  return appeler(confirmee, session);
 }
 
 int mener(const LigneCommande& ligne, Session& session) {
@@ -123,8 +157,11 @@ int mener(const LigneCommande& ligne, Session& session) {
   if (ligne.aide) return Commandes::aide(session, {{"verbe", ligne.mot}});
   if (!ligne.laisses.empty())
     session.erreurs.avertir("De trop, et laissé de côté : " + Texte::joindre(ligne.laisses, ", ", citer) + ".");
-  return ligne.commande.locale ? ligne.commande.locale->executer(session, ligne.charge)
-                               : appeler(ligne, session);
+  const CommandeLocale* locale = ligne.commande.locale;
+  if (locale && !locale->service) return locale->executer(session, ligne.charge);
+  if (locale && !locale->service->confirmation.empty())
+    return confirmer(ligne, locale->service->confirmation, session);
+  return appeler(ligne, session);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ int aide(Session& session, const Json& arguments);
 int guide(Session& session, const Json& arguments);
 int completions(Session& session, const Json& arguments);
 int manuel(Session& session, const Json& arguments);
+int crochet(Session& session, const Json& arguments);
 int porte(Session& session, const Json& arguments);
 
 }  // namespace tarnavelle::Commandes

@@ -79,6 +79,7 @@ class Contexte {
       const ParamVoix* p = parametre(std::string_view(mot).substr(2, egal == mot.npos ? egal : egal - 2));
       if (!p) return;
       donnes_.insert(p);
+      if (const OutilVoix* service = precision(*commande_.outil, p->nom)) commande_.outil = service;
       if (p->genre == Genre::texte && egal == mot.npos) attendue_ = p;
     } else if (!nommee_ && !finies_ && mot.starts_with('-')) {
       return;

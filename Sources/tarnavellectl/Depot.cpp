@@ -1,29 +1,11 @@
 #include "Depot.hpp"
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 
 #include "Socle/Fichiers.hpp"
 
 namespace tarnavelle {
-namespace {
-
-std::string raisonDe(int erreur) {
-  switch (erreur) {
-    case EACCES:
-    case EPERM: return "accès refusé";
-    case EISDIR: return "c'est un dossier";
-    case ENOENT: return "le dossier n'existe pas";
-    case ENOTDIR: return "un élément du chemin n'est pas un dossier";
-    case ENOSPC: return "le disque est plein";
-    case EROFS: return "le disque est en lecture seule";
-    case ENAMETOOLONG: return "le nom est trop long";
-    default: return std::strerror(erreur);
-  }
-}
-
-}  // namespace
 
 int deposer(Session& session, const std::filesystem::path& chemin, std::string_view contenu, int echec) {
   std::error_code erreur;
@@ -31,11 +13,11 @@ int deposer(Session& session, const std::filesystem::path& chemin, std::string_v
   const auto occupant = std::filesystem::status(chemin, erreur);
   std::string raison;
   if (std::filesystem::is_directory(occupant))
-    raison = raisonDe(EISDIR);
+    raison = raisonEcriture(EISDIR);
   else if (std::filesystem::exists(occupant) && !std::filesystem::is_regular_file(occupant))
     raison = "ce n'est pas un fichier ordinaire";
   else if (!ecrireFichierPrive(chemin, contenu))
-    raison = raisonDe(errno);
+    raison = raisonEcriture(errno);
   if (!raison.empty()) {
     session.erreurs.avertir("Impossible d'écrire " + chemin.string() + " : " + raison + ".");
     return echec;

@@ -121,11 +121,12 @@ class Decoupage {
     if (valeur) {
       const auto lue = commeBooleen(*valeur);
       if (!lue) return refuser(option + " vaut true ou false, pas " + citer(*valeur) + ".");
-      donnes_.drapeaux.erase(param.nom);
-      donnes_.options[param.nom] = *lue ? "true" : "false";
-      return;
-    }
-    if (i_ + 1 < mots_.size() && commeBooleen(mots_[i_ + 1])) {
+      if (!*lue) {
+        donnes_.drapeaux.erase(param.nom);
+        donnes_.options[param.nom] = "false";
+        return;
+      }
+    } else if (i_ + 1 < mots_.size() && commeBooleen(mots_[i_ + 1])) {
       const std::string& suivant = mots_[i_ + 1];
       return refuser(option + " ne prend pas de mot pour valeur. Écrivez " + option + "=" + suivant +
                      ", ou placez le mot « " + suivant + " » avant l'option.");
@@ -151,8 +152,8 @@ class Decoupage {
 
   void achever() {
     if (ligne_.mot.empty()) return refuser("Il manque le verbe.");
-    const auto [outil, locale] = ligne_.commande;
-    ligne_.charge = locale ? outil->arguments(donnes_) : CommandeControle::chargeGenerique(ligne_.mot, donnes_);
+    const OutilVoix* outil = ligne_.commande.outil;
+    ligne_.charge = charge();
     std::size_t places = 0;  // words that fill a parameter
     if (outil)
       for (const ParamVoix& p : outil->parametres) {
@@ -165,12 +166,28 @@ class Decoupage {
     const auto& mots = donnes_.positionnels;
     ligne_.laisses.insert(ligne_.laisses.begin(), mots.begin() + static_cast<std::ptrdiff_t>(places),
                           mots.end());
+    for (const auto& [nom, valeur] : donnes_.options)  // what goes with a flag that was not given
+      if (outil && !ligne_.charge.contains(nom) && !(valeur == "false" && precision(*outil, nom)))
+        ligne_.laisses.push_back("--" + nom);
+  }
+
+  Json charge() const {
+    const auto [outil, locale] = ligne_.commande;
+    const OutilVoix* service = locale && locale->service ? outil : nullptr;
+    if (outil && !locale)
+      for (const std::string& drapeau : donnes_.drapeaux)
+        if (const OutilVoix* voulu = precision(*outil, drapeau)) service = voulu;
+    if (!locale && !service) return CommandeControle::chargeGenerique(ligne_.mot, donnes_);
+    Json charge = (service ? service : outil)->arguments(donnes_);
+    if (service) charge.erase(service->nom);  // the flag has said it
+    if (service) charge["action"] = service->nom;
+    return charge;
   }
 
   const std::vector<std::string>& mots_;
   std::size_t i_ = 0;
   LigneCommande ligne_;
-  MotsCLI donnes_;  ///< under the parameters' own names; a boolean's value is "true" or "false"
+  MotsCLI donnes_;  ///< under the parameters' own names; a boolean's only value is "false"
   std::optional<FauteLigne> faute_;
 };
 

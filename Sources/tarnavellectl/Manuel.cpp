@@ -5,7 +5,6 @@
 #include "Aide.hpp"
 #include "Catalogue.hpp"
 #include "LigneCommande.hpp"
-#include "Porte/CommandeControle.hpp"
 #include "Porte/GuideAgent.hpp"
 #include "Porte/PorteControle.hpp"
 #include "Porte/Version.hpp"
@@ -87,7 +86,7 @@ std::string page() {
   for (const ParamVoix& p : parametresCommuns(nullptr))
     page.terme(Aide::formeOption(nullptr, p), Aide::ditDe(p));
   page.section("VERBES DE LA PORTE");
-  for (const OutilVoix& outil : CommandeControle::outilsPorte()) commandeEntiere(page, outil);
+  for (const OutilVoix& outil : verbes()) commandeEntiere(page, outil);
   page.section("COMMANDES DU CLIENT");
   for (const CommandeLocale& c : commandesLocales()) commandeEntiere(page, c.outil);
   page.section("STATUT DE SORTIE");

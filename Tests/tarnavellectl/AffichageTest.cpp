@@ -75,6 +75,10 @@ TEST(Completions, AuCurseur) {
       {{"porte", "-"}, communes},
       {{"attendre", "--timeout-s", "3", ""}, "Merlin,Milan 2,"},
       {{"--json", "lire", ""}, "Merlin,Milan 2,"},
+      {{"etat", "--pourquoi", ""}, "Merlin,Milan 2,"},
+      {{"relais", ""}, "Merlin,Milan 2,"},
+      {{"relais", "Merlin", ""}, ""},
+      {{"relais", "Merlin", "fini", ""}, "Merlin,Milan 2,"},
   };
   for (const auto& [mots, attendus] : cas) EXPECT_EQ(noms(mots), attendus) << testing::PrintToString(mots);
   for (const auto& debut : {std::vector<std::string>{}, {""}, {"et"}, {"aide", ""}}) {

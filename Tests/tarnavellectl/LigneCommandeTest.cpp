@@ -69,6 +69,16 @@ TEST(LigneCommande, Decoupee) {
       {{" ", "x"}, "Le verbe est vide."},
       {{"lire", "\xFF"}, "Ce mot n'est pas de l'UTF-8 valide : « \\xff »."},
       {{"lire", "--agent", "\xC3"}, "La valeur de --agent n'est pas de l'UTF-8 valide."},
+      // What a board of terminals answers, as a verb's body.
+      {{"journal", "5"}, R"({"action":"journal","nombre":"5"})"},
+      {{"relais", "A", "fini", "B", "va"},
+       R"({"action":"relais","agent":"A","destinataire":"B","evenement":"fini","texte":"va"})"},
+      {{"eteindre", "--oui"}, R"({"action":"eteindre","oui":true})"},
+      {{"etat", "A", "--pourquoi"}, R"({"action":"pourquoi","agent":"A"})"},
+      {{"etat", "--pourquoi=oui"}, R"({"action":"pourquoi"})"},
+      {{"etat", "--pourquoi", "--pourquoi=false"}, R"({"action":"etat"})"},
+      {{"etat", "json"}, R"({"action":"etat","format":"json"})"},
+      {{"etat", "--agent", "A"}, R"({"action":"etat"} | --agent)"},
       // Help comes before any reproach.
       {{"focus", "--zzz", "--help"}, "aide focus"},
       {{"dicter", "--", "-h"}, R"({"action":"dicter","texte":"-h"})"},

@@ -54,6 +54,7 @@ class Appel(http.server.BaseHTTPRequestHandler):
     def do_POST(self):
         porte = self.server
         porte.recus.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
+        porte.patience = self.headers["X-Tarnavelle-Patience"]
         porte.retenue.wait(60)
         corps = porte.reponse if isinstance(porte.reponse, bytes) else json.dumps(porte.reponse).encode()
         self.send_response(porte.statut)
@@ -93,7 +94,7 @@ def exemples(porte):
         porte.recus.clear()
         subprocess.run(["sh", "-c", ligne], check=True, timeout=60, stdout=subprocess.DEVNULL, cwd=MAISON,
                        env=porte.monde | {"TARNAVELLECTL": CLIENT, "TARNAVELLE_NODE_ID": " Merlin "})
-        egal(porte.recus, [attendu], ligne)
+        egal((porte.recus, porte.patience), ([attendu], "130" if attendu["action"] == "attendre" else None), ligne)
     # Paths are this machine's and this folder's, but where another machine is named.
     (MAISON / "page.html").touch()
     indice = "tarnavellectl : « page.html » est envoyé tel quel. Pour le fichier de ce nom, écrivez « ./page.html ».\n"
@@ -120,6 +121,9 @@ def sur_un_tube(porte):
         (brut, 200, ["etat", "--json"], (0, brut, "")),
         (refus, 200, ["etat"], (1, b"", dit)),
         (refus, 401, ["etat", "--json"], (1, refus, dit)),
+        ({"ok": False, "error": "Verbe inconnu : « journal »."}, 200, ["journal"],
+         (1, b"", "tarnavellectl : Cette porte n'est pas celle d'un plateau de terminaux (tarnavelle-plateau) : elle ne sait "
+          "pas dire « journal ».\n")),
         (refus, 200, ["etta"], (1, b"", dit + "tarnavellectl : Vouliez-vous dire etat ?\n")),
         ({"ok": False, "error": " "}, 503, ["etat"],
          (1, b"", "tarnavellectl : La porte a refusé sans dire pourquoi (HTTP 503).\n")),
@@ -489,6 +493,24 @@ def session(essai):
     egal(lancer("completions", "proposer", "lire", "", monde=essai)[1], b"Merlin\tagent\nHarfang\tagent\nMilan\tagent\n")
 
 
+def crochet():
+    """Whatever an agent's hook says, and wherever to, the agent is told nothing; hooks that fire at once lose nothing."""
+    journal = MAISON / "crochets.jsonl"
+    monde = MONDE | {"TARNAVELLE_CROCHETS": str(journal)}
+    muet = (0, b"", "")
+    for dit in (b"", HOSTILE.encode(), b"\xff{", b'{"prompt":"' + b"x" * 2**21):
+        egal(lancer("crochet", "claude", "Stop", monde=monde, input=dit), muet, dit[:20])
+    for ailleurs in ("/dev/full", "/nulle/part", str(MAISON)):
+        egal(lancer("crochet", "claude", "Stop", monde=MONDE | {"TARNAVELLE_CROCHETS": ailleurs}, input=b"{}"), muet, ailleurs)
+    egal(lancer("crochet", "claude", "Stop", input=b"{}"), muet)
+    egal([json.loads(ligne)["hook_event_name"] for ligne in journal.open()], ["Stop"] * 4)
+    dits = [json.dumps({"hook_event_name": "Stop", "prompt_id": str(n), "message": "m" * 900}).encode() for n in range(40)]
+    fils = [subprocess.Popen([CLIENT, "crochet", "claude", "Stop"], env=monde, stdin=subprocess.PIPE) for _ in dits]
+    for fil, dit in zip(fils, dits):
+        fil.communicate(dit, timeout=60)
+    egal(sorted(int(json.loads(ligne).get("prompt_id", -1)) for ligne in journal.open()), [-1] * 4 + list(range(40)))
+
+
 def main():
     essai = subprocess.Popen([ESSAI], env=MONDE, stdout=subprocess.PIPE)
     try:
@@ -508,6 +530,7 @@ def main():
         completions(porte)
         porte.shutdown()
     manuel()
+    crochet()
     print("tarnavellectl : tout va bien")
 
 
