@@ -21,6 +21,9 @@ if(TARNAVELLE_PLATEAU)
     find_library(SQLite3_LIBRARY NAMES libsqlite3.a sqlite3)
   endif()
   find_package(SQLite3 3.37 REQUIRED)  # STRICT tables
+  if(TARNAVELLE_CAPTURE)
+    find_package(pangocairo REQUIRED)
+  endif()
 endif()
 
 # Debian 13's archive of OpenSSL calls two libraries, of which FindOpenSSL hears by pkg-config only, and as shared ones.
