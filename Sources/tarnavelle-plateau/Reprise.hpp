@@ -1,0 +1,21 @@
+// What the last board left without a terminal: the machine was started anew, or tmux was ended.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Registre/Registre.hpp"
+#include "Verbes/Executeur.hpp"
+
+namespace tarnavelle::Plateau::Reprise {
+
+/// The agents that are gone, opened anew, several at once, their conversations with them; `dire` is told what
+/// came of each, one at a time.
+void reprendre(Executeur& executeur, const Registre& registre,
+               const std::function<void(const std::string&)>& dire);
+
+/// What is still without a terminal, and how it comes back: a few French lines, empty when nothing is.
+/// `reprise`: they were just reopened.
+std::string disparus(const Registre& registre, bool reprise);
+
+}  // namespace tarnavelle::Plateau::Reprise
