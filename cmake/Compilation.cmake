@@ -6,7 +6,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 
-# Two components are installed: "programmes", and "kit" for whoever builds on it.
+# Three components are installed: "programmes", "plateau" for whoever has no cockpit, and "kit" for whoever builds on it.
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME programmes)
 set(TARNAVELLE_ENTETES ${CMAKE_INSTALL_INCLUDEDIR}/TarnavelleKit)

@@ -1,4 +1,5 @@
-# What CPack makes: a tarball of the whole and, on Debian, two packages: the programs, and the kit to build on.
+# What CPack makes: a tarball of the whole and, on Debian, three packages: the programs, the board, and the kit to
+# build on.
 set(CPACK_GENERATOR TGZ)
 set(CPACK_VERBATIM_VARIABLES TRUE)
 set(CPACK_STRIP_FILES TRUE)
@@ -11,23 +12,34 @@ find_program(TARNAVELLE_SHLIBDEPS dpkg-shlibdeps)
 if(TARNAVELLE_SHLIBDEPS)
   list(APPEND CPACK_GENERATOR DEB)
 
-  # The kit needs the packages that hold what this build found, by the names that they have on this system. The
-  # names of nlohmann's types carry its version.
-  get_target_property(url Boost::url LOCATION)
-  execute_process(
-    COMMAND dpkg-query --search ${OPENSSL_INCLUDE_DIR}/openssl/ssl.h ${TARNAVELLE_OPENSSL_ARCHIVES} ${url} ${utf8proc_LIBRARY}
-      ${nlohmann_json_CONFIG}
-    OUTPUT_VARIABLE proprietaires ERROR_QUIET)
-  string(REGEX MATCHALL "[^\n]+\n" proprietaires "${proprietaires}")
-  list(TRANSFORM proprietaires REPLACE ":.*" "")
-  if(TARNAVELLE_STATIQUE)
-    # The programs carry these libraries, whose licences ask to be told of; Boost's asks nothing of programs.
-    foreach(paquet IN LISTS proprietaires)
-      if(NOT paquet MATCHES boost)
-        install(FILES /usr/share/doc/${paquet}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tarnavelle/licences
-          RENAME ${paquet})
-      endif()
+  # proprietaires(VARIABLE FILE...): the packages that hold these, by the names that they have on this system.
+  function(proprietaires resultat)
+    execute_process(COMMAND dpkg-query --search ${ARGN} OUTPUT_VARIABLE trouves ERROR_QUIET)
+    string(REGEX MATCHALL "[^\n]+\n" trouves "${trouves}")
+    list(TRANSFORM trouves REPLACE ":.*" "")
+    set(${resultat} ${trouves} PARENT_SCOPE)
+  endfunction()
+  # licences(COMPONENT FOLDER PACKAGE...): programs carry these libraries, whose licences ask to be told of; Boost's asks
+  # nothing of programs.
+  function(licences composant dossier)
+    list(FILTER ARGN EXCLUDE REGEX boost)
+    foreach(paquet IN LISTS ARGN)
+      install(FILES /usr/share/doc/${paquet}/copyright RENAME ${paquet} COMPONENT ${composant}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${dossier}/licences)
     endforeach()
+  endfunction()
+
+  # The kit needs what this build found. The names of nlohmann's types carry its version.
+  get_target_property(url Boost::url LOCATION)
+  proprietaires(proprietaires ${OPENSSL_INCLUDE_DIR}/openssl/ssl.h ${TARNAVELLE_OPENSSL_ARCHIVES} ${url} ${utf8proc_LIBRARY}
+    ${nlohmann_json_CONFIG})
+  if(TARNAVELLE_STATIQUE)
+    licences(programmes tarnavelle ${proprietaires})
+    if(TARNAVELLE_PLATEAU)
+      get_target_property(re2 re2::re2 LOCATION)
+      proprietaires(du_plateau ${re2} ${SQLite3_LIBRARY})
+      licences(plateau tarnavelle-plateau ${du_plateau})
+    endif()
   endif()
   set(version ${nlohmann_json_VERSION})
   list(TRANSFORM proprietaires REPLACE "nlohmann.*" "\\0 (>= ${version}), \\0 (<< ${version}.0~)")
@@ -47,6 +59,17 @@ set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_PROGRAMMES_DESCRIPTION "MCP bridge and shell client of the Tarnavelle cockpit
 tarnavelle-mcp gives coding agents the verbs of the cockpit's control door as
 MCP tools; tarnavellectl gives them to a shell.")
+
+# It starts the bridge for its agents, and the client for their hooks.
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_NAME tarnavelle-plateau)
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_SHLIBDEPS TRUE)
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_DEPENDS "tarnavelle (= ${PROJECT_VERSION}), tmux (>= 3.2)")
+# Without any font, pictures of terminals are refused.
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_RECOMMENDS fonts-dejavu-core)
+set(CPACK_DEBIAN_PLATEAU_DESCRIPTION "board of AI coding agents on real terminals
+tarnavelle-plateau opens the control door of Tarnavelle on tmux: coding agents
+work in its terminals, are driven by each other, and outlive the door.")
 
 set(CPACK_DEBIAN_KIT_PACKAGE_NAME libtarnavellekit-dev)
 set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Plays an agent's whole session through the real bridge and client: agent.py BRIDGE CLIENT TRIAL_DOOR
+"""Plays an agent's whole session through the real bridge and client: agent.py BRIDGE CLIENT TRIAL_DOOR BOARD
 
 Opens the trial door, starts the bridge as an agent would, shows each request and each reply, checks
-them, and ends with the configuration for real agents. The programs get a home folder of their own, so
-the operator's endpoint file is neither read nor written. Exit status 1 when a reply is not the
-expected one.
+them; then the board, on real terminals where there is a tmux; and ends with the configuration for real
+agents. The programs get a home folder and a tmux socket of their own, so that nothing of the operator's is
+read, written or shown. Exit status 1 when a reply is not the expected one.
 """
 import json
 import os
@@ -214,6 +214,59 @@ def session(agent, porte, fichier, shell):
     verifier(agent.pont.attendre() == 0, "statut de sortie 0")
 
 
+def sur_le_plateau(agent, client, monde, regarder):
+    agent.titre("Un programme dans un terminal", "Le plateau ouvre un vrai terminal ; l'agent y lance Python.")
+    ouvert = agent.reussir("trv_shell", {"commande": "python3 -Iq"})["data"]["nom"]
+    print(teinte("36", " Pour regarder, d'un autre terminal : ") + regarder)
+
+    agent.titre("Attendre, taper, lire", "L'agent attend l'invite, tape un calcul, attend le résultat et lit l'écran : "
+                "celui qu'une personne a sous les yeux.")
+    attente = {"agent": ouvert, "timeout_s": "20"}
+    verifier(agent.reussir("trv_attendre", attente | {"motif": "^>>>"})["data"]["atteint"] is True, "l'invite est là")
+    agent.reussir("trv_envoyer_touches", {"agent": ouvert, "touches": "6 * 7 entree"})
+    verifier(agent.reussir("trv_attendre", attente | {"motif": "^42$"})["data"]["atteint"] is True, "le résultat aussi")
+    ecran = agent.reussir("trv_lire", {"agent": ouvert})["data"]["texte"]
+    verifier(ecran.split("\n")[:2] == [">>> 6*7", "42"], "l'écran montre le calcul et son résultat")
+
+    agent.titre("La fin d'un programme", "ctrl+d : Python sort, son terminal reste, et son statut est connu.")
+    agent.reussir("trv_envoyer_touches", {"agent": ouvert, "touches": "ctrl+d"})
+    verifier(agent.reussir("trv_attendre", attente | {"jusqu_a": "mort"})["data"]["raison"] == "mort", "il est sorti")
+    fenetre = agent.reussir("trv_etat", {})["data"]["fenetres"][0]
+    verifier(fenetre["fini"] is True and fenetre["statut"] == 0, "statut de sortie 0")
+
+    agent.titre("Ce qui fut fait", "Le plateau garde trace de chaque verbe, sans ce qui fut dit.")
+    print(teinte("36", " $ ") + "tarnavellectl journal", flush=True)
+    journal = subprocess.run([client, "journal"], env=monde, capture_output=True, encoding="utf-8", timeout=DELAI)
+    montrer("retour", journal.stdout.rstrip())
+    verifier(journal.returncode == 0 and "shell" in journal.stdout, "le journal nomme les verbes")
+
+
+def demontrer_plateau(pont, client, plateau, monde, maison):
+    print("\n" + teinte("1", "Le plateau, sur de vrais terminaux"))
+    if not shutil.which("tmux"):
+        dire("tmux n'est pas là : sans lui, pas de vrais terminaux. La porte d'essai, plus haut, en tient lieu.")
+        return
+    prise = f"{maison}/tmux"
+    enfants = []
+    try:
+        enfants.append(Enfant("Le plateau", [plateau, "--socket", prise, "--dossier-etat", f"{maison}/etat"], monde))
+        print(enfants[0].ligne())
+        regarder = enfants[0].ligne().partition(" : ")[2]
+        enfants.append(Enfant("Le pont", [pont], monde))
+        agent = Agent(enfants[1])
+        sur_le_plateau(agent, client, monde, regarder)
+        if sys.stdin.isatty() and sys.stdout.isatty():
+            input(teinte("1", "\nLe plateau reste ouvert pour qu'on le regarde ; Entrée le ferme. "))
+        fin = subprocess.run([client, "eteindre", "--oui"], env=monde, capture_output=True, encoding="utf-8", timeout=DELAI)
+        montrer("retour", (fin.stdout or fin.stderr).rstrip())
+        verifier(fin.returncode == 0 and enfants[0].attendre() == 0, "le plateau s'éteint, ses terminaux avec lui")
+    finally:
+        for enfant in enfants:
+            enfant.processus.kill()
+            enfant.processus.wait()
+        subprocess.run(["tmux", "-S", prise, "kill-server"], capture_output=True, check=False)
+
+
 def configuration(client, monde):
     print("\n" + teinte("1", "Brancher un vrai agent"))
     dire("Ce que donne « tarnavellectl mcp-config » : le texte d'abord, puis la ligne à coller. Ni adresse ni jeton : "
@@ -224,11 +277,11 @@ def configuration(client, monde):
 
 
 def main():
-    pont, client, porte = (str(pathlib.Path(p).resolve()) for p in sys.argv[1:4])
+    pont, client, porte, plateau = (str(pathlib.Path(p).resolve()) for p in sys.argv[1:5])
     enfants = []
     with tempfile.TemporaryDirectory(prefix="tarnavelle-demo-") as maison:
         fichier = pathlib.Path(maison, "Library/Application Support/Tarnavelle/porte-commande.json")
-        sans_porte = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")}
+        sans_porte = {k: v for k, v in os.environ.items() if not k.startswith(("TARNAVELLE", "TMUX", "XDG_"))}
         monde = sans_porte | {"HOME": maison}
         try:
             enfants.append(Enfant("La porte d'essai", [porte], monde))
@@ -236,7 +289,8 @@ def main():
             verifier(fichier.exists(), "la porte a écrit son fichier")
             enfants.append(Enfant("Le pont", [pont], monde | {"TARNAVELLE_NODE_ID": "Merlin"}))
             session(Agent(enfants[1]), enfants[0], fichier, lambda: dans_un_shell(client, monde))
-        except (Echec, OSError, KeyError, IndexError, ValueError) as e:
+            demontrer_plateau(pont, client, plateau, monde, maison)
+        except (Echec, OSError, KeyError, IndexError, ValueError, subprocess.TimeoutExpired) as e:
             print(teinte("31", f" ✗ {e if isinstance(e, Echec) else f'réponse inattendue ({e!r})'}"), file=sys.stderr)
             return 1
         finally:
