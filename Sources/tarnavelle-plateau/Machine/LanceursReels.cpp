@@ -47,17 +47,18 @@ std::string couleurs(const Variables& environnement) {
 bool relier(Lancement& lancement, const AgentCLI& cli, const InjectionPorte::Porte& porte,
             const std::string& pont, const std::filesystem::path& dossier) {
   InjectionPorte::Lancement injection{.cli = cli, .actif = !pont.empty(), .binaireMCP = pont, .porte = porte};
-  const auto forme = injection.actif ? InjectionPorte::forme(cli) : std::nullopt;
-  if (forme == InjectionPorte::FormeInjection::fichierJSON) {
+  const auto forme = InjectionPorte::forme(cli);
+  // Else it writes its environment, token and all, into a file that others may read, to start shells faster.
+  if (forme == InjectionPorte::FormeInjection::tomlPointe)
+    ajouter(lancement.mots, {"-c", "features.shell_snapshot=false"});
+  if (injection.actif && forme == InjectionPorte::FormeInjection::fichierJSON) {
     const auto fichier = dossier / "porte.json";
     if (!ecrireFichierPrive(fichier, InjectionPorte::configLigne(pont, porte), Duree::passagere)) return false;
     injection.cheminConfig = fichier.string();
-  } else if (forme == InjectionPorte::FormeInjection::tomlPointe) {
+  } else if (injection.actif && forme == InjectionPorte::FormeInjection::tomlPointe) {
     injection.porte.token.clear();  // words are there for whoever lists processes
     ajouter(lancement.mots, {"-c", "mcp_servers." + std::string(InjectionPorte::nomServeur) +
                                        ".env_vars=[\"TARNAVELLE_CONTROL_TOKEN\"]"});
-    // Else it writes its environment, token and all, into a file that others may read, to start shells faster.
-    ajouter(lancement.mots, {"-c", "features.shell_snapshot=false"});
   }
   ajouter(lancement.mots, InjectionPorte::arguments(injection));
   for (const auto& [nom, valeur] : InjectionPorte::envPipe(porte)) lancement.environnement[nom] = valeur;

@@ -173,8 +173,10 @@ std::vector<Un> portant(const std::vector<std::string>& marques, const std::vect
   for (const auto& [pid, lue] : tous) {
     if (pid == ::getpid() || !porte(pid, marques)) continue;
     auto aine = tous.find(pid);
-    while (aine != tous.end() && !demon(aine->second)) aine = tous.find(aine->second.parent);
-    if (aine == tous.end()) portants.push_back(lue.processus);
+    // Read one by one, they may tell of a parent whose number has passed to a child: a circle.
+    for (std::size_t pas = 0; pas < tous.size() && aine != tous.end() && !demon(aine->second); ++pas)
+      aine = tous.find(aine->second.parent);
+    if (aine == tous.end() || !demon(aine->second)) portants.push_back(lue.processus);
   }
   return portants;
 }

@@ -52,11 +52,12 @@ std::string enTexte(const Json& valeur) {
 std::optional<ReponsePorte> refusGenre(const LigneVerbe& verbe, const Json& corps) {
   for (const ParamVoix& p : verbe.outil.parametres) {
     const Json* valeur = Champ::membre(corps, p.nom);
-    if (!valeur || valeur->is_null() || (valeur->is_string() && vide(enTexte(*valeur)))) continue;
+    const std::string* texte = Champ::chaine(corps, p.nom);
+    if (!valeur || valeur->is_null() || (texte && vide(*texte))) continue;
     if (p.genre == ParamVoix::Genre::booleen) {
       if (Champ::booleen(corps, p.nom, true) != Champ::booleen(corps, p.nom, false))
         return ReponsePorte::echec(cite(p.nom) + " vaut true ou false.");
-    } else if (!valeur->is_string()) {
+    } else if (!texte) {
       Json ecrit = corps;
       ecrit[p.nom] = enTexte(*valeur);
       if (verbe.decoder(ecrit) != verbe.decoder(corps))

@@ -77,7 +77,8 @@ TEST(Lanceurs, AucunJetonDansLesMots) {
   };
   const std::pair<std::string, std::string> cas[] = {
       {"claude", " --session-id "},
-      {"codex", ".env_vars=[\"TARNAVELLE_CONTROL_TOKEN\"] -c features.shell_snapshot=false"},
+      {"codex",
+       " -c features.shell_snapshot=false -c mcp_servers.tarnavelle.env_vars=[\"TARNAVELLE_CONTROL_TOKEN\"] "},
       {"opencode", "opencode"}};
   for (const auto& [programme, attendu] : cas) {
     const auto depart = embarquer(programme);
