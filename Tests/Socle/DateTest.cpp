@@ -62,6 +62,11 @@ TEST(Calendrier, JourLocal) {
       {sys_days(1969y / December / 31), 14h, "1969-12-31"}};
   for (const auto& [date, avance, attendu] : cas)
     EXPECT_EQ(Calendrier{[a = avance](sys_seconds) { return a; }}.jour(date), attendu) << avance.count();
+  // Far from what the system's clock can say.
+  EXPECT_EQ(Calendrier{}.jour(Date::depuisSecondes(4e11 - 4e10)), "9999-12-31");
+  EXPECT_EQ(Calendrier{}.jour(Date::depuisSecondes(1e11)), "5138-11-16");
+  EXPECT_EQ(Calendrier{}.jour(Date::Instant::max()) + Calendrier{}.jour(Date::Instant::min()),
+            "9999-12-310000-01-01");
 }
 
 /// In another process: the time zone is the whole process's.

@@ -108,6 +108,7 @@ void OreilleNtfy::entendre(std::string_view ligne, std::string_view topic) {
     const auto heure = MessageNtfy::heure(charge->texte);
     acquis_.vivre(maintenant, heure ? std::optional(depuis1970(*heure)) : std::nullopt);
   }
+  if (rappels_.surSigne) rappels_.surSigne();
 }
 
 OreilleNtfy::Souvenir OreilleNtfy::souvenir() const {

@@ -1,5 +1,6 @@
 #include "Socle/Date.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -18,18 +19,23 @@ Calendrier Calendrier::local() {
   }};
 }
 
-std::string Calendrier::jour(system_clock::time_point date) const {
-  const auto instant = floor<seconds>(date);
-  const year_month_day j{floor<days>(instant + avance(instant))};
+sys_seconds Calendrier::ici(sys_seconds instant) const {
+  constexpr sys_seconds premier = sys_days(year(0) / 1 / 1);
+  constexpr sys_seconds dernier = sys_days(year(9999) / 12 / 31) + 24h - 1s;
+  instant = std::clamp(instant, premier, dernier);
+  return std::clamp(instant + avance(instant), premier, dernier);
+}
+
+std::string Calendrier::jourDe(sys_seconds instant) const {
+  const year_month_day j{floor<days>(ici(instant))};
   char texte[32];
   std::snprintf(texte, sizeof texte, "%04d-%02u-%02u", int(j.year()), unsigned(j.month()), unsigned(j.day()));
   return texte;
 }
 
-std::string Calendrier::heure(system_clock::time_point date) const {
-  const auto instant = floor<seconds>(date);
-  const auto ici = instant + avance(instant);
-  const hh_mm_ss h(ici - floor<days>(ici));
+std::string Calendrier::heureDe(sys_seconds instant) const {
+  const auto la = ici(instant);
+  const hh_mm_ss h(la - floor<days>(la));
   char texte[32];
   std::snprintf(texte, sizeof texte, "%02d:%02d:%02d", int(h.hours().count()), int(h.minutes().count()),
                 int(h.seconds().count()));

@@ -137,13 +137,27 @@ std::filesystem::path dossierApplicationSupport(const Variables& environnement) 
   return personnel / applicationSupport;
 }
 
-std::filesystem::path dossierEtats(const Variables& environnement) {
+namespace {
+
+/// XDG Base Directory 0.8: the folder that the variable names, else that one in the home folder.
+std::filesystem::path dossierXDG(const Variables& environnement, [[maybe_unused]] const char* variable,
+                                 [[maybe_unused]] std::string_view sinon) {
 #if defined(__APPLE__)
   return dossierApplicationSupport(environnement);
 #else
-  const std::filesystem::path choisi = environnement.octets("XDG_STATE_HOME").value_or("");
-  return choisi.is_absolute() ? choisi : dossierPersonnel(environnement) / ".local/state";
+  const std::filesystem::path choisi = environnement.octets(variable).value_or("");
+  return choisi.is_absolute() ? choisi : dossierPersonnel(environnement) / sinon;
 #endif
+}
+
+}  // namespace
+
+std::filesystem::path dossierEtats(const Variables& environnement) {
+  return dossierXDG(environnement, "XDG_STATE_HOME", ".local/state");
+}
+
+std::filesystem::path dossierReglages(const Variables& environnement) {
+  return dossierXDG(environnement, "XDG_CONFIG_HOME", ".config");
 }
 
 }  // namespace tarnavelle

@@ -51,10 +51,12 @@ class OreilleNtfy {
     bool operator==(const Etat&) const = default;
   };
 
-  /// Called on the thread that listens; either may be empty.
+  /// Called on the thread that listens; any may be empty.
   struct Rappels {
     std::function<void(const MessageNtfy&)> surMessage;
     std::function<void(const Etat&)> surEtat;
+    /// The server has given a sign of life; a notice was told just before.
+    std::function<void()> surSigne{};
   };
 
   /// Why the ear no longer listens.

@@ -20,10 +20,22 @@ struct Calendrier {
   /// The process's time zone, as it is at each question.
   static Calendrier local();
 
-  /// The local day, written year-month-day with zero padding: "2026-03-09".
-  std::string jour(std::chrono::system_clock::time_point date) const;
+  /// The local day, written year-month-day with zero padding: "2026-03-09". Of what four digits cannot write,
+  /// the first or the last day that they can.
+  template <class Duree>
+  std::string jour(std::chrono::sys_time<Duree> date) const {
+    return jourDe(std::chrono::floor<std::chrono::seconds>(date));
+  }
   /// The local time, to the second: "12:03:11".
-  std::string heure(std::chrono::system_clock::time_point date) const;
+  template <class Duree>
+  std::string heure(std::chrono::sys_time<Duree> date) const {
+    return heureDe(std::chrono::floor<std::chrono::seconds>(date));
+  }
+
+ private:
+  std::chrono::sys_seconds ici(std::chrono::sys_seconds instant) const;
+  std::string jourDe(std::chrono::sys_seconds instant) const;
+  std::string heureDe(std::chrono::sys_seconds instant) const;
 };
 
 namespace Date {

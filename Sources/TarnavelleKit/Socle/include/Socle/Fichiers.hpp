@@ -57,4 +57,8 @@ std::filesystem::path dossierApplicationSupport(const Variables& environnement);
 /// (XDG Base Directory 0.8); on macOS the Application Support folder. Located, never created.
 std::filesystem::path dossierEtats(const Variables& environnement);
 
+/// Where a user keeps the settings of his programs: XDG_CONFIG_HOME, ~/.config when it is unset or relative; on
+/// macOS the Application Support folder. Located, never created.
+std::filesystem::path dossierReglages(const Variables& environnement);
+
 }  // namespace tarnavelle
