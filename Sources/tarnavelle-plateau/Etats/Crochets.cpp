@@ -21,7 +21,7 @@ namespace {
 using Genre = Crochet::Genre;
 
 /// Every program's names: those of the same name mean the same.
-constexpr std::array<std::pair<std::string_view, Genre>, 23> genres = {{
+constexpr std::array<std::pair<std::string_view, Genre>, 26> genres = {{
     {"SessionStart", Genre::demarre},
     {"UserPromptSubmit", Genre::consigne},
     {"BeforeAgent", Genre::consigne},
@@ -45,6 +45,9 @@ constexpr std::array<std::pair<std::string_view, Genre>, 23> genres = {{
     {"permission.asked", Genre::permission},
     {"permission.replied", Genre::outil},
     {"session.idle", Genre::fini},
+    {"tarnavelle.lien.rompu", Genre::rompu},  // from here on, of whoever joins another machine
+    {"tarnavelle.lien.renoue", Genre::renoue},
+    {"tarnavelle.carnet.perdu", Genre::perdu},
 }};
 
 constexpr std::size_t texteMax = 500;  // characters

@@ -9,6 +9,7 @@ std::string_view nom(Etat etat) {
     case Etat::repos: return "repos";
     case Etat::fini: return "fini";
     case Etat::sorti: return "sorti";
+    case Etat::rompue: return "rompue";
     case Etat::inconnu: return "inconnu";
   }
   return "";
@@ -22,6 +23,7 @@ std::string_view nom(Source source) {
     case Source::titre: return "titre";
     case Source::processus: return "processus";
     case Source::porte: return "porte";
+    case Source::lien: return "lien";
   }
   return "";
 }
@@ -34,6 +36,7 @@ std::string_view description(Source source) {
     case Source::titre: return "le titre";
     case Source::processus: return "le processus";
     case Source::porte: return "la porte";
+    case Source::lien: return "le lien avec sa machine";
   }
   return "";
 }

@@ -35,6 +35,11 @@ Preuve Suivi::preuve(Source source, std::string element, std::string regle) cons
 
 void Suivi::passer(Etat activite, Preuve preuve, Instant maintenant) {
   if (situation_.activite == Etat::sorti) return;
+  if (rompue_ && activite != Etat::sorti && activite != Etat::rompue) {
+    derriere_ = activite;
+    preuveDerriere_ = std::move(preuve);
+    return;
+  }
   if (situation_.activite != activite || repondu_) {
     situation_.activite = activite;
     repondu_ = false;
@@ -47,7 +52,7 @@ void Suivi::passer(Etat activite, Preuve preuve, Instant maintenant) {
 /// What the agent declared holds over what it does, but for what cannot wait.
 void Suivi::publier(Instant maintenant) {
   const bool declare =
-      declaration_ && situation_.activite != Etat::sorti && situation_.activite != Etat::besoin;
+      declaration_ && situation_.activite != Etat::sorti && situation_.activite != Etat::besoin && !rompue_;
   Etat etat = declare ? declaration_->etat : situation_.activite;
   situation_.preuve = declare ? declaration_->preuve : preuveActivite_;
   if (etat == Etat::repos && partie_ && !tourVu_) {
@@ -111,6 +116,7 @@ void Suivi::ecran(const Ecran& ecran, Instant maintenant) {
   empreinte_ = empreinte;
   regard_ = nouvelle_ = maintenant;
   lecture_ = lecture;
+  if (rompue_) return;                               // it shows that, and nothing of the program
   const bool prise = enFileVue_ && !lecture.enFile;  // the text that waited has begun its turn
   enFileVue_ = lecture.enFile;
   if (lecture.enFile && consigne_ && !soumise_) {
@@ -194,7 +200,7 @@ void Suivi::declarerBloque(std::string_view raison, Instant maintenant) {
 
 std::optional<Instant> Suivi::prochainRegard(bool quelquUnAttend) const {
   const Etat activite = situation_.activite;
-  if (activite == Etat::sorti) return std::nullopt;
+  if (activite == Etat::sorti || rompue_) return std::nullopt;
   // A look that settled nothing yet.
   if (premierRepos_ && (activite != Etat::repos || doute_)) return regard_ + calme;
   if (doute_) {

@@ -27,7 +27,33 @@ void Suivi::oublierTour() {
   tourAttendu_ = false;
 }
 
+/// What the link has to say of itself; whether the hook was one of these.
+bool Suivi::duLien(const Crochet& crochet, Instant maintenant) {
+  switch (crochet.genre) {
+    case Crochet::Genre::rompu:
+      if (rompue_) return true;
+      rompue_ = true;
+      ++ruptures_;
+      derriere_ = situation_.activite;
+      preuveDerriere_ = preuveActivite_;
+      passer(Etat::rompue, preuve(Source::lien, {}), maintenant);
+      return true;
+    case Crochet::Genre::renoue:
+      if (!std::exchange(rompue_, false)) return true;
+      premierRepos_.reset();
+      passer(derriere_, preuveDerriere_, maintenant);
+      douter(maintenant);
+      return true;
+    case Crochet::Genre::perdu:  // the screen alone tells, until they are heard again
+      crochetsVus_ = false;
+      douter(maintenant);
+      return true;
+    default: return false;
+  }
+}
+
 void Suivi::crochet(const Crochet& crochet, Instant maintenant) {
+  if (duLien(crochet, maintenant)) return;
   crochetsVus_ = true;
   nouvelle_ = maintenant;
   if (!crochet.conversation.empty() && conversation_ != crochet.conversation) {
@@ -74,7 +100,7 @@ void Suivi::crochet(const Crochet& crochet, Instant maintenant) {
       break;
     case Crochet::Genre::demarre:
     case Crochet::Genre::attention: douter(maintenant); break;
-    case Crochet::Genre::autre: break;
+    default: break;
   }
 }
 

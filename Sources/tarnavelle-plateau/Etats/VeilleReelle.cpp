@@ -103,6 +103,7 @@ Constat VeilleReelle::constat(const std::string& cle) {
           .situation = suivi.situation(),
           .repose = suivi.repose(),
           .soumise = suivi.soumise(),
+          .ruptures = suivi.ruptures(),
           .repondu = suivi.repondu(),
           .conversation = suivi.conversation(),
           .entamee = suivi.entamee(),

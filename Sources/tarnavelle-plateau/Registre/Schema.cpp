@@ -83,6 +83,14 @@ UPDATE agents SET entamee = 1 WHERE conversation <> '';
     R"(
 ALTER TABLE taches ADD COLUMN issue TEXT NOT NULL DEFAULT '';
 )",
+    // 6
+    R"(
+-- What Hermès published; the ids of all that was heard, shown or not; and up to when it was.
+CREATE TABLE avis(numero INTEGER PRIMARY KEY AUTOINCREMENT, titre TEXT NOT NULL, texte TEXT NOT NULL,
+  quand INTEGER NOT NULL, lu INTEGER NOT NULL) STRICT;
+CREATE TABLE entendus(numero INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE) STRICT;
+CREATE TABLE ecoutes(canal TEXT PRIMARY KEY, jusque INTEGER NOT NULL) STRICT, WITHOUT ROWID;
+)",
 };
 
 }  // namespace

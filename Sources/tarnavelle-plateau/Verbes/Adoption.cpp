@@ -10,7 +10,9 @@ namespace {
 
 template <class Fiche>
 void situer(Fiche& fiche, const Terminal* terminal) {
-  fiche.termine = !terminal || terminal->mort;
+  bool ailleurs = false;  // it goes on where it lives, whatever became of its terminal here
+  if constexpr (std::is_same_v<Fiche, FicheAgent>) ailleurs = !terminal && !fiche.hote.empty();
+  if (!ailleurs) fiche.termine = !terminal || terminal->mort;
   fiche.terminal = terminal ? terminal->id.valeur : "";
 }
 
@@ -20,7 +22,7 @@ Garde<Fait> installer(Atelier& atelier, FicheAgent agent, const Terminal* termin
   auto garde = atelier.sol.registre.garderAgent(agent);
   if (garde && agent.termine) garde = atelier.sol.registre.rompreRelais(agent.id, atelier.date());
   if (!garde || !terminal) return garde;
-  atelier.sol.veille.suivre(agent.id, agent.programme, terminal->id);
+  atelier.suivre(agent, terminal->id);
   if (terminal->mort)
     atelier.sol.veille.termine(agent.id, terminal->statut);
   else

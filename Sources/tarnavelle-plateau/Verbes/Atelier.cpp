@@ -192,12 +192,36 @@ bool Atelier::rattraper() {
   return true;
 }
 
+void Atelier::suivre(const FicheAgent& agent, const IdTerminal& terminal) const {
+  sol.veille.suivre(agent.id, agent.programme, terminal);
+  if (sol.lointain && !agent.hote.empty()) sol.lointain->suivre(agent.id, agent.hote, sessionLaBas(agent));
+}
+
+Garde<Fait> Atelier::quitter(const FicheAgent& agent) {
+  // First: the end of its terminal is then nobody's.
+  const auto garde = modifier(agent.id, [](FicheAgent& fiche) {
+    fiche.ouvert = false;
+    fiche.terminal.clear();
+  });
+  if (!garde) return garde;
+  if (sol.lointain) sol.lointain->oublier(agent.id);
+  sol.veille.oublier(agent.id);
+  if (!agent.terminal.empty()) sol.terminaux.terminer(terminalDe(agent));
+  sonner();
+  return Fait{};
+}
+
 Garde<Fait> Atelier::oublier(const FicheAgent& agent) {
   // What it had started may have outlived its terminal.
   if (const auto fin = sol.terminaux.terminer(terminalDe(agent)); !fin && fin.raison() != Panne::inconnu)
     return Sinon{Avarie{.phrase = "Impossible d'arrêter " + agent.nom + " : " +
                                   std::string(description(fin.raison())) + "."}};
-  if (const auto garde = sol.registre.oublierAgent(agent.id, date()); !garde) return garde;
+  {
+    const std::lock_guard verrou(
+        fiches);  // who tells the end of that terminal keeps the record that it has read
+    if (const auto garde = sol.registre.oublierAgent(agent.id, date()); !garde) return garde;
+  }
+  if (sol.lointain) sol.lointain->oublier(agent.id);
   sol.veille.oublier(agent.id);
   sol.lanceurs.oublier(agent.id);
   const std::lock_guard verrou(mutex_);
@@ -211,13 +235,22 @@ Garde<Fait> Atelier::oublier(const FicheAgent& agent) {
 
 /// Held throughout: an agent that is started anew has another terminal, or none yet, and is not meant.
 void Atelier::finir(const IdTerminal& terminal, std::optional<int> statut, bool parti) {
+  constexpr int parUnSignal = 128;
   bool garde = true;
+  std::vector<FicheAgent> laBas;
   {
     const std::lock_guard verrou(fiches);
     if (const auto agents = sol.registre.agents())
       for (FicheAgent agent : *agents) {
         if (agent.terminal != terminal.valeur || !terminal.admet(agent.id)) continue;
         if (agent.termine && !parti) continue;
+        // What showed it here is gone, and proves nothing of an agent that lives elsewhere.
+        if (!agent.hote.empty() && !agent.termine && (parti || !statut || *statut >= parUnSignal)) {
+          laBas.push_back(agent);
+          agent.terminal.clear();
+          garde = garde && sol.registre.garderAgent(agent);
+          continue;
+        }
         if (parti) agent.terminal.clear();  // its number may be given again
         const bool deja = std::exchange(agent.termine, true);
         garde = garde && sol.registre.garderAgent(agent);
@@ -239,6 +272,11 @@ void Atelier::finir(const IdTerminal& terminal, std::optional<int> statut, bool 
         if (!fenetre.statut) fenetre.statut = statut;
         garde = garde && sol.registre.garderFenetre(fenetre);
       }
+  }
+  for (const FicheAgent& agent : laBas) {
+    if (sol.lointain) sol.lointain->oublier(agent.id);
+    sol.veille.oublier(agent.id);
+    if (!parti) sol.terminaux.terminer(terminalDe(agent));
   }
   if (!garde) {  // the disk is full: it is looked for again
     const std::lock_guard verrou(mutex_);

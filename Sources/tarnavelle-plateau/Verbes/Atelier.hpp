@@ -58,6 +58,10 @@ class Atelier : private Observateur {
   Garde<Fait> modifier(const std::string& id, const std::function<void(FicheAgent&)>& retouche);
   /// Forgets an agent: its record, its watch, its terminal if it has one. One that cannot be ended stays.
   Garde<Fait> oublier(const FicheAgent& agent);
+  /// From here on it is followed, in that terminal; wherever it lives.
+  void suivre(const FicheAgent& agent, const IdTerminal& terminal) const;
+  /// The view of an agent that lives elsewhere ends here: it goes on over there, with nobody who reads it.
+  Garde<Fait> quitter(const FicheAgent& agent);
   /// Writes down what has come about; when that fails, as on a full disk, `rattraper` writes it later. Whether
   /// it is written.
   bool consigner(std::function<Garde<Fait>()> ecrire);
@@ -73,6 +77,9 @@ class Atelier : private Observateur {
   Reserve verifiees;  ///< the tasks that are being attested
   /// Whether every terminal has been taken up since the door opened (`adopterLesTerminaux`).
   std::atomic<bool> adopte = true;
+
+  /// Whether that is another machine which can be reached from here.
+  bool loin(std::string_view hote) const { return sol.lointain && !hote.empty(); }
 
   Date::Instant date() const;
   Constat constat(const FicheAgent& agent) const;

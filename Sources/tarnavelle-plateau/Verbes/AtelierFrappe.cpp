@@ -44,9 +44,11 @@ Atelier::Guet::Guet(Atelier& atelier, std::string id, IdTerminal terminal)
     : atelier_(atelier), id_(std::move(id)), terminal_(std::move(terminal)) {
   atelier_.sol.terminaux.guetter(terminal_);
   atelier_.sol.veille.guetter(id_);
+  if (atelier_.sol.lointain) atelier_.sol.lointain->guetter(id_);
 }
 
 Atelier::Guet::~Guet() {
+  if (atelier_.sol.lointain) atelier_.sol.lointain->laisser(id_);
   atelier_.sol.veille.laisser(id_);
   atelier_.sol.terminaux.laisser(terminal_);
 }
@@ -87,6 +89,7 @@ Livraison Atelier::taper(const FicheAgent& agent, Saisie::Consigne consigne) {
 
 Livraison Atelier::mener(Saisie& saisie, const FicheAgent& agent, const std::string& texte) {
   const IdTerminal terminal = terminalDe(agent);
+  std::optional<std::uint64_t> rupturesAvant;  // of the link, when the text went through it
   bool validee = false;
   while (true) {
     const auto vus = battements();
@@ -95,6 +98,9 @@ Livraison Atelier::mener(Saisie& saisie, const FicheAgent& agent, const std::str
       return {validee ? Livraison::Sort::inconnu : Livraison::Sort::refuse, Livraison::Raison::panne,
               ecran.raison()};
     const Constat vu = sol.veille.constat(agent.id);
+    const bool rompu = vu.situation.activite == Etat::rompue;
+    const bool coupe = rupturesAvant && vu.ruptures != *rupturesAvant;
+    if (rompu && !rupturesAvant) return {Livraison::Sort::refuse, Livraison::Raison::lienRompu};
     Saisie::Suite suite = saisie.regard({.lecture = ecran ? sol.veille.lire(agent.id, *ecran) : LectureEcran{},
                                          .mort = !ecran || vu.situation.activite == Etat::sorti,
                                          .besoin = vu.situation.activite == Etat::besoin && !vu.repondu,
@@ -107,8 +113,12 @@ Livraison Atelier::mener(Saisie& saisie, const FicheAgent& agent, const std::str
       touches.emplace_back("ctrl+k");
       suite = saisie.efface(sol.terminaux.presser(terminal, touches), sol.horloge.maintenant());
     } else if (std::holds_alternative<Saisie::Coller>(suite)) {
+      rupturesAvant = vu.ruptures;
       suite = saisie.colle(sol.terminaux.coller(terminal, sol.veille.signes(agent.id).aPoser(texte)),
                            sol.horloge.maintenant());
+    } else if (std::holds_alternative<Saisie::Valider>(suite) && coupe) {
+      // What the box shows may be the beginning of it.
+      return {validee ? Livraison::Sort::inconnu : Livraison::Sort::pose, Livraison::Raison::lienCoupe};
     } else if (std::holds_alternative<Saisie::Valider>(suite)) {
       if (!validee) {  // before Enter: its hook may come first
         sol.registre.noterConsigne(agent.id, texte, date());
@@ -121,6 +131,8 @@ Livraison Atelier::mener(Saisie& saisie, const FicheAgent& agent, const std::str
     if (const auto* livraison = std::get_if<Livraison>(&suite)) {
       if (livraison->sort == Livraison::Sort::soumis)
         sol.veille.partie(agent.id, sol.veille.signes(agent.id).commande(texte));
+      if (coupe && livraison->sort == Livraison::Sort::inconnu)
+        return {Livraison::Sort::inconnu, rompu ? Livraison::Raison::lienRompu : Livraison::Raison::lienCoupe};
       return *livraison;
     }
     const Instant quand = std::get<Saisie::Regarder>(suite).auPlusTard;

@@ -24,8 +24,7 @@ template <class Cas, class... Autres>
 concept UnDe = (std::same_as<Cas, Autres> || ...);
 
 /// The verbs that no board of terminals can honour yet.
-ReponsePorte appliquer(Atelier&, const Appelant&,
-                       const UnDe<C::commande, C::captureWeb, C::ouvrirChat, C::messageChat> auto&) {
+ReponsePorte appliquer(Atelier&, const Appelant&, const UnDe<C::captureWeb> auto&) {
   return ReponsePorte::pasCable;
 }
 
@@ -158,9 +157,12 @@ ReponsePorte Executeur::executer(const Json& corps, const Appelant& appelant) {
   const auto* verbe = LigneVerbe::de(CommandeControle::canonique(action));
   const auto illisible = verbe ? refusGenre(*verbe, corps) : std::nullopt;
   const auto commande = CommandeControle::decoderObjet(action, corps);
-  const ReponsePorte reponse =
-      illisible ? *illisible
-                : std::visit([&](const auto& cas) { return appliquer(atelier, appelant, cas); }, commande.cas);
+  const auto ici = [&] {
+    return std::visit([&](const auto& cas) { return appliquer(atelier, appelant, cas); }, commande.cas);
+  };
+  const ReponsePorte reponse = illisible ? *illisible
+                               : verbe   ? iciOuLaBas(atelier, appelant, {*verbe, corps, commande}, ici)
+                                         : ici();
   if (verbe) corps_->inscrire(verbe->outil.nom, cibleDe(*verbe, corps), appelant, reponse);
   atelier.sonner();
   return reponse;

@@ -47,6 +47,8 @@ std::string_view description(const Livraison& livraison) {
     case Raison::panne: return description(livraison.panne);
     case Raison::occupe: return "d'autres y tapent depuis trop longtemps";
     case Raison::porteFermee: return "la porte ferme";
+    case Raison::lienRompu: return "le lien avec sa machine est rompu";
+    case Raison::lienCoupe: return "le lien avec sa machine s'est coupé, le texte n'y est peut-être pas entier";
   }
   return "";
 }

@@ -15,12 +15,6 @@ constexpr std::int64_t journalDefaut = 20;
 
 bool jamais(const Json&) { return false; }
 
-/// As a person here reads it: "2026-11-22 12:03:11".
-std::string dateEtHeure(Date::Instant instant) {
-  const Calendrier calendrier = Calendrier::local();
-  return calendrier.jour(instant) + " " + calendrier.heure(instant);
-}
-
 /// A state by its own name: what an agent declared of itself counts here.
 std::string_view dit(Etat etat) { return etat == Etat::fini ? "fini" : enMots(etat); }
 
@@ -131,6 +125,20 @@ ReponsePorte relais(Atelier& atelier, const Appelant&, const Json& corps) {
           {{"relais", *numero}, {"agent", agent->nom}, {"destinataire", destinataire->nom}, {"deja", deja}}));
 }
 
+ReponsePorte hotes(Atelier& atelier, const Appelant&, const Json& corps) {
+  if (!atelier.sol.lointain) return ReponsePorte::pasCable;
+  const bool sonder = Champ::booleen(corps, "sonder", false);
+  Json liste = Json::array();
+  for (const auto& hote : atelier.sol.lointain->hotes(sonder)) {
+    Json ligne = {{"nom", hote.nom}, {"mene_a", hote.mene}};
+    if (hote.repond) ligne["repond"] = *hote.repond;
+    if (hote.refus) ligne["pourquoi"] = *hote.refus;
+    liste.push_back(std::move(ligne));
+  }
+  if (liste.empty()) return ReponsePorte::succes("La configuration de ssh ne nomme aucune machine.");
+  return ReponsePorte::succes("", donnees({{"hotes", liste}}));
+}
+
 bool confirme(const Json& corps) { return Champ::booleen(corps, "oui", false); }
 
 ReponsePorte eteindre(Atelier& atelier, const Appelant&, const Json& corps) {
@@ -142,7 +150,11 @@ ReponsePorte eteindre(Atelier& atelier, const Appelant&, const Json& corps) {
   for (const FicheAgent& agent : tableau->agents) {
     cles.push_back(agent.id);
     const Etat etat = atelier.constat(agent).situation.etat;
-    if (etat == Etat::sorti) continue;
+    if (etat == Etat::sorti || estLaBas(agent)) continue;
+    if (!agent.hote.empty()) {
+      noms.push_back("la vue de " + agent.nom + ", qui continue sur " + cite(agent.hote));
+      continue;
+    }
     agents.push_back({{"nom", agent.nom}, {"etat", dit(etat)}, {"cli", agent.programme}});
     noms.push_back(agent.nom + " (" + std::string(dit(etat)) + ")");
   }
@@ -165,13 +177,17 @@ ReponsePorte eteindre(Atelier& atelier, const Appelant&, const Json& corps) {
 }
 
 constexpr Service services[] = {
-    {"pourquoi", false, jamais, pourquoi},
-    {"journal", false, jamais, journal},
-    {"relais", false, arme, relais},
-    {"eteindre", true, confirme, eteindre},
+    {"pourquoi", false, jamais, pourquoi}, {"journal", false, jamais, journal},
+    {"relais", false, arme, relais},       {"avis", false, marqueLus, avis},
+    {"hotes", true, jamais, hotes},        {"eteindre", true, confirme, eteindre},
 };
 
 }  // namespace
+
+std::string dateEtHeure(Date::Instant instant) {
+  const Calendrier calendrier = Calendrier::local();
+  return calendrier.jour(instant) + " " + calendrier.heure(instant);
+}
 
 const Service* serviceNomme(std::string_view action) {
   const std::string nom = CommandeControle::normaliserAction(action);

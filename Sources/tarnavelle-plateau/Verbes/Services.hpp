@@ -19,6 +19,13 @@ struct Service {
   ReponsePorte (*rendre)(Atelier& atelier, const Appelant& appelant, const Json& corps);
 };
 
+/// As a person here reads it: "2026-11-22 12:03:11".
+std::string dateEtHeure(Date::Instant instant);
+
+// VerbesAvis
+bool marqueLus(const Json& corps);
+ReponsePorte avis(Atelier& atelier, const Appelant& appelant, const Json& corps);
+
 /// The service that an action names; null when it names none.
 const Service* serviceNomme(std::string_view action);
 

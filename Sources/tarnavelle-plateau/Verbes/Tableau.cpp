@@ -35,6 +35,14 @@ Fenetre fenetreDe(const Fiche& fiche) {
 
 }  // namespace
 
+std::string sessionLaBas(const FicheAgent& agent) {
+  return agent.mots.size() > 1 ? agent.mots.back() : agent.session;
+}
+
+bool estLaBas(const FicheAgent& agent) {
+  return !agent.hote.empty() && agent.terminal.empty() && !agent.termine;
+}
+
 OuRefus<Tableau> Tableau::lire(const Registre& registre) {
   Tableau tableau;
   auto scenes = registre.scenes();

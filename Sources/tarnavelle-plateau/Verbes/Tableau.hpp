@@ -37,6 +37,11 @@ IdTerminal terminalDe(const Fiche& fiche) {
   return {fiche.terminal, fiche.id};
 }
 
+/// The session of an agent on its own machine, for one that lives elsewhere (`Lointain`).
+std::string sessionLaBas(const FicheAgent& agent);
+/// Whether it lives elsewhere, and nothing shows it here.
+bool estLaBas(const FicheAgent& agent);
+
 class Tableau {
  public:
   static OuRefus<Tableau> lire(const Registre& registre);

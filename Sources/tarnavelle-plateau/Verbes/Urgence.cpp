@@ -11,6 +11,7 @@ std::string_view enMots(Etat etat) {
     case Etat::repos:
     case Etat::fini: return "au repos";  // what it declared of itself is told elsewhere
     case Etat::sorti: return "sorti";
+    case Etat::rompue: return "lien rompu";
     case Etat::inconnu: return "dans un état inconnu";
   }
   return "";
@@ -25,7 +26,8 @@ int urgence(Etat etat) {
     case Etat::inconnu: cran = connexion; break;
     case Etat::repos:
     case Etat::fini: break;
-    case Etat::sorti: cran = rompue; break;
+    case Etat::sorti:
+    case Etat::rompue: cran = UrgenceVoliere::Cran::rompue; break;
   }
   return static_cast<int>(cran);
 }

@@ -39,6 +39,14 @@ OuRefus<std::string> programme(const Atelier& atelier, std::string_view nom) {
       ReponsePorte::echec("Aucun CLI ne s'appelle " + cite(nom) + ". Connus : " + enumerer(connus) + ".")};
 }
 
+/// The sessions of its machine, for an agent that is to live elsewhere.
+OuRefus<std::vector<Lointain::Session>> sessionsLaBas(Atelier& atelier, const std::string& hote) {
+  if (hote.empty() || !atelier.sol.lointain) return std::vector<Lointain::Session>();
+  auto sessions = atelier.sol.lointain->sessions(hote);
+  if (!sessions) return Sinon{ReponsePorte::echec(sessions.raison())};
+  return *std::move(sessions);
+}
+
 /// Without the "/" that a completed path ends with.
 std::string sansBarreFinale(std::string dossier) {
   while (dossier.size() > 1 && dossier.ends_with('/')) dossier.pop_back();
@@ -47,6 +55,10 @@ std::string sansBarreFinale(std::string dossier) {
 
 /// A record for it, its name and its session taken, its window in view.
 OuRefus<FicheAgent> inscrire(Atelier& atelier, const DemandeAgent& demande, const std::string& programme) {
+  const std::string hote(Texte::rogner(demande.hote));
+  const auto laBas =
+      demande.laBas.empty() ? sessionsLaBas(atelier, hote) : OuRefus<std::vector<Lointain::Session>>({});
+  if (!laBas) return Sinon{laBas.raison()};
   const std::lock_guard verrou(atelier.fiches);
   const auto tableau = Tableau::lire(atelier.sol.registre);
   if (!tableau) return Sinon{tableau.raison()};
@@ -57,17 +69,23 @@ OuRefus<FicheAgent> inscrire(Atelier& atelier, const DemandeAgent& demande, cons
     if (!indicatifs) return Sinon{indicatifs.raison()};
     liste = indicatifs->empty() ? rosterUsine() : std::move(*indicatifs);
   }
-  const FicheScene* nommee = vide(demande.dossier) ? nullptr : tableau->scene(demande.dossier);
+  const FicheScene* nommee = vide(demande.dossier) || !hote.empty() ? nullptr : tableau->scene(demande.dossier);
   const FicheScene& scene = nommee ? *nommee : tableau->visible();
   FicheAgent agent;
   agent.id = nouvelId();
   agent.nom = prochainNom(liste, pris);
   agent.programme = programme;
-  agent.dossier = nommee || vide(demande.dossier) ? scene.dossier : sansBarreFinale(demande.dossier);
-  agent.hote = Texte::rogner(demande.hote);
+  agent.dossier = nommee || (vide(demande.dossier) && !atelier.loin(hote)) ? scene.dossier
+                                                                           : sansBarreFinale(demande.dossier);
+  agent.hote = hote;
   agent.scene = scene.numero;
   agent.noeud = agent.nom;
-  agent.session = tableau->sessionLibre(programme, [](const auto&) { return false; });
+  agent.conversation = demande.conversation;
+  // There, a name is taken by whichever begins with it: tmux may mean the one by the other.
+  agent.session = tableau->sessionLibre(programme, [&](const std::string& session) {
+    return std::ranges::any_of(*laBas, [&](const auto& s) { return s.nom.starts_with(session); });
+  });
+  if (!demande.laBas.empty() && !tableau->pris(demande.laBas)) agent.session = demande.laBas;
   agent.ouverture = tableau->ouverture(atelier.date());
   agent.depuis = atelier.date();
   agent.etat = nom(Etat::inconnu);
@@ -96,7 +114,7 @@ Ou<Terminal> ouvrirTerminal(Atelier& atelier, FicheAgent& agent, Lancement lance
   }
 }
 
-Embarquement embarquement(const FicheAgent& agent) {
+Embarquement embarquement(const FicheAgent& agent, const std::string& laBas = "") {
   return {.cle = agent.id,
           .nom = agent.nom,
           .programme = agent.programme,
@@ -104,18 +122,21 @@ Embarquement embarquement(const FicheAgent& agent) {
           .dossier = agent.dossier,
           .hote = agent.hote,
           .conversation = agent.conversation,
-          .entamee = agent.entamee};
+          .entamee = agent.entamee,
+          .laBas = laBas};
 }
 
-/// Starts what the record tells of, in a new terminal; the record then knows it.
-OuRefus<FicheAgent> demarrer(Atelier& atelier, FicheAgent agent) {
-  const auto depart = atelier.sol.lanceurs.agent(embarquement(agent));
+}  // namespace
+
+OuRefus<FicheAgent> demarrer(Atelier& atelier, FicheAgent agent, const std::string& laBas) {
+  const auto depart = atelier.sol.lanceurs.agent(embarquement(agent, laBas));
   if (!depart) return Sinon{ReponsePorte::echec(depart.raison())};
   // Kept first: a conversation that was begun must be found again. What is still told of an older terminal is
   // nothing to it any more.
   agent.entamee = agent.entamee && agent.conversation == depart->conversation;
   agent.conversation = depart->conversation;
   agent.mots = depart->lancement.mots;
+  if (!depart->dossier.empty()) agent.dossier = depart->dossier;
   agent.terminal.clear();
   agent.termine = false;
   const auto garder = [&] {
@@ -129,7 +150,7 @@ OuRefus<FicheAgent> demarrer(Atelier& atelier, FicheAgent agent) {
                                      std::string(description(terminal.raison())) + ".")};
   agent.terminal = terminal->id.valeur;
   agent.dossier = agent.dossier.empty() ? depart->lancement.dossier : agent.dossier;
-  atelier.sol.veille.suivre(agent.id, agent.programme, terminal->id);
+  atelier.suivre(agent, terminal->id);
   atelier.boiteNeuve(agent.id);
   if (const auto garde = garder(); !garde) {
     atelier.sol.terminaux.terminer(terminal->id);  // else it would run, with its token, known to nobody
@@ -138,6 +159,8 @@ OuRefus<FicheAgent> demarrer(Atelier& atelier, FicheAgent agent) {
   atelier.relever();  // it may have ended before anybody knew whose terminal that was
   return agent;
 }
+
+namespace {
 
 /// The last lines of a screen that say something, as one.
 std::string basDe(const std::vector<std::string>& lignes) {
@@ -170,7 +193,8 @@ ReponsePorte arretAussitot(const AgentOuvert& ouvert) {
   return ReponsePorte::echec(ouvert.agent.nom + " s'est arrêté aussitôt ouvert : " + surSonEcran(ouvert) + ".");
 }
 
-/// What an agent that was started is told of: ready, gone at once, or what its screen says.
+}  // namespace
+
 ReponsePorte direOuverture(Atelier& atelier, const AgentOuvert& ouvert, const std::string& phrase) {
   const FicheAgent& agent = ouvert.agent;
   if (parti(atelier, agent)) return arretAussitot(ouvert);
@@ -181,6 +205,8 @@ ReponsePorte direOuverture(Atelier& atelier, const AgentOuvert& ouvert, const st
   const FicheScene* scene = tableau ? tableau->scene(agent.scene) : nullptr;
   return ReponsePorte::succes(phrase, donnees(fiche(atelier, ouvert, scene ? scene->nom : "")));
 }
+
+namespace {
 
 /// Ends what is left of it, and starts it in a new terminal.
 OuRefus<AgentOuvert> redemarrer(Atelier& atelier, FicheAgent agent, Instant limite) {
@@ -245,11 +271,13 @@ std::optional<ReponsePorte> refusOuverture(const Atelier& atelier, std::string_v
 }
 
 OuRefus<FicheAgent> lancerUnAgent(Atelier& atelier, const DemandeAgent& demande) {
-  const auto voulu = programme(atelier, demande.programme);
+  const auto voulu = demande.programme == FicheAgent::conversationHermes
+                         ? OuRefus<std::string>(demande.programme)
+                         : programme(atelier, demande.programme);
   if (!voulu) return Sinon{voulu.raison()};
   auto inscrit = inscrire(atelier, demande, *voulu);
   if (!inscrit) return Sinon{inscrit.raison()};
-  auto demarre = demarrer(atelier, *inscrit);
+  auto demarre = demarrer(atelier, *inscrit, demande.laBas);
   if (demarre)
     atelier.sonner();  // it is to be seen while it starts
   else
@@ -260,15 +288,23 @@ OuRefus<FicheAgent> lancerUnAgent(Atelier& atelier, const DemandeAgent& demande)
 ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::ouvrirAgent& c) {
   if (auto refus = tropLong("dossier", c.dossier)) return *refus;
   if (auto refus = tropLong("hote", c.hote)) return *refus;
-  if (auto refus = refusOuverture(atelier, c.cli, 1)) return *refus;
+  if (auto refus = refusOuverture(atelier, c.cli, 1)) {
+    if (auto rouvert = rouvrirLaBas(atelier, c)) return *rouvert;
+    return *refus;
+  }
   auto lance = lancerUnAgent(atelier, {.programme = c.cli, .dossier = c.dossier, .hote = c.hote, .nom = {}});
   if (!lance) return lance.raison();
   const AgentOuvert ouvert =
       attendrePret(atelier, std::move(*lance), atelier.sol.horloge.maintenant() + atelier.reglages.pretMax);
   const FicheAgent& agent = ouvert.agent;
   if (auto refus = refusParti(atelier, ouvert)) return *refus;
-  return direOuverture(atelier, ouvert,
-                       agent.nom + " est ouvert : " + agent.programme + " dans " + agent.dossier + ".");
+  const auto sansPorte = atelier.loin(agent.hote) ? atelier.sol.lointain->sansPorte(agent.id) : std::nullopt;
+  ReponsePorte reponse =
+      direOuverture(atelier, ouvert,
+                    agent.nom + " est ouvert : " + agent.programme + " dans " + agent.dossier +
+                        (atelier.loin(agent.hote) ? " sur " + cite(agent.hote) : "") + ".");
+  if (sansPorte) (reponse.ok ? reponse.spoken_text : reponse.error).value() += " " + *sansPorte;
+  return reponse;
 }
 
 ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::relancerAgent& c) {
@@ -279,7 +315,8 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::relancerAgent
   if (!trouve) return trouve.raison();
   if (!trouve->hote.empty())
     return ReponsePorte::echec(trouve->nom + " vit sur " + cite(trouve->hote) +
-                               " : un agent distant ne peut pas être relancé d'ici.");
+                               " : un agent distant ne peut pas être relancé d'ici." +
+                               (estLaBas(*trouve) ? " ouvrir_agent " + trouve->nom + " le rejoint." : ""));
   const Atelier::Tour tour(atelier, trouve->id);
   if (!tour) return ReponsePorte::echec("D'autres tapent chez " + trouve->nom + " depuis trop longtemps.");
   // Others may have started it anew, or forgotten it, while its turn was awaited.
@@ -289,7 +326,7 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::relancerAgent
   const FicheAgent agent = **relu;
   std::string phrase = agent.nom + " est relancé : un processus neuf, le même dossier.";
   auto ouvert = redemarrer(atelier, agent, limite);
-  if (ouvert && !agent.conversation.empty() && parti(atelier, ouvert->agent)) {
+  if (ouvert && !agent.conversation.empty() && !agent.estConversation() && parti(atelier, ouvert->agent)) {
     phrase +=
         " Sa conversation n'a pas pu être reprise (" + surSonEcran(*ouvert) + ") : il en commence une neuve.";
     FicheAgent neuf = ouvert->agent;

@@ -123,7 +123,10 @@ ReponsePorte attendreAgent(Atelier& atelier, const FicheAgent& agent, const Obje
     const Etat etat = parti ? Etat::sorti : constat.situation.etat;
     const Instant maintenant = atelier.sol.horloge.maintenant();
     const auto rendre = [&](bool atteint, std::string_view raison) {
-      return ReponsePorte::succes(patience.phrase(agent.nom, raison),
+      const bool rompue = etat == Etat::rompue && raison == "timeout";
+      return ReponsePorte::succes(rompue ? "Délai écoulé : le lien avec " + agent.nom + " sur " +
+                                               cite(agent.hote) + " est rompu, ce qu'il fait n'est pas connu."
+                                         : patience.phrase(agent.nom, raison),
                                   donnees({{"agent", agent.nom},
                                            {"atteint", atteint},
                                            {"raison", raison},
@@ -191,6 +194,7 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant& appelant, const C::atte
   if (!tableau) return tableau.raison();
   const Patience patience(atelier, appelant, c.timeoutS);
   const auto agent = tableau->agent(c.agent);
+  if (auto refus = agent ? refusLaBas(atelier, *agent) : std::nullopt) return *refus;
   if (agent) return attendreAgent(atelier, *agent, *objet, patience);
   if (!vide(c.agent))
     if (const auto fenetre = tableau->fenetre(c.agent);

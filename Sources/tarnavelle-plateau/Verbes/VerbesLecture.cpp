@@ -20,7 +20,8 @@ struct Vu {
 
 Json ligneDe(const Atelier& atelier, const Vu& vu, std::size_t messages) {
   const Situation& s = vu.constat.situation;
-  Json ligne = {{"nom", vu.agent.nom},   {"etat", enMots(s.etat)},    {"tmux", vu.agent.session},
+  const std::string session = vu.agent.hote.empty() ? vu.agent.session : sessionLaBas(vu.agent);
+  Json ligne = {{"nom", vu.agent.nom},   {"etat", enMots(s.etat)},    {"tmux", session},
                 {"hote", vu.agent.hote}, {"cli", vu.agent.programme}, {"source", nom(s.preuve.source)}};
   if (s.etat == Etat::fini) ligne["fini"] = true;
   if (const auto depuis = atelier.depuis(vu.agent, s)) ligne["depuis_s"] = depuis->count();
@@ -59,8 +60,14 @@ OuRefus<Lu> ecranDe(Atelier& atelier, OuRefus<Fenetre> fenetre, bool historique)
     return Sinon{ReponsePorte::echec("Impossible de lire l'écran de " + fenetre->nom + " : " +
                                      std::string(description(raison)) + ".")};
   };
+  if (auto refus = fenetre->agent ? refusLaBas(atelier, *fenetre->agent) : std::nullopt) return Sinon{*refus};
   const IdTerminal terminal = terminalDe(*fenetre);
   if (historique) {
+    // Its terminal here is drawn by the tmux over there, which alone knows what has scrolled out.
+    if (const FicheAgent* a = fenetre->agent;
+        a && atelier.loin(a->hote) && atelier.constat(*a).situation.etat != Etat::rompue)
+      if (auto lignes = atelier.sol.lointain->historique(a->hote, sessionLaBas(*a), historiqueMax))
+        return Lu{*fenetre, *std::move(lignes)};
     auto lignes = atelier.sol.terminaux.historique(terminal, historiqueMax);
     if (!lignes) return panne(lignes.raison());
     return Lu{*fenetre, std::move(*lignes)};
@@ -125,10 +132,12 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::etat&) {
        ailleurs = Json::array(), fermes = Json::array(), colles = Json::array(), attendent = Json::array();
   for (const FicheScene& s : tableau->scenes)
     if (s.numero != scene.numero) autres.push_back(s.nom);
+  // Told of with the other sessions of its machine: what it is doing nobody here can know.
+  const auto auLoin = [&](const FicheAgent& a) { return atelier.loin(a.hote) && estLaBas(a); };
   std::vector<Vu> vus;
   for (const Fenetre& f : tableau->fenetres()) {
     if (f.agent) {
-      vus.push_back({*f.agent, atelier.constat(*f.agent)});
+      if (!auLoin(*f.agent)) vus.push_back({*f.agent, atelier.constat(*f.agent)});
       continue;
     }
     if (f.scene == scene.numero) crew.push_back(f.nom);
@@ -138,7 +147,7 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::etat&) {
     fenetres.push_back(std::move(fenetre));
   }
   for (const FicheAgent& agent : tableau->agents)
-    if (!agent.ouvert) vus.push_back({agent, atelier.constat(agent)});
+    if (!agent.ouvert && !auLoin(agent)) vus.push_back({agent, atelier.constat(agent)});
   // The most urgent first, else as they were opened.
   std::ranges::stable_sort(vus, {}, [](const Vu& vu) { return urgence(vu.constat.situation.etat); });
   std::string phrase = "Scène " + scene.nom + ".";
@@ -173,6 +182,16 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::etat&) {
   if (!fermes.empty()) json["fermes"] = fermes;
   if (!fenetres.empty()) json["fenetres"] = fenetres;
   if (!attendent.empty()) json["messages"] = attendent;
+  direAvis(atelier, json, phrase);
+  if (Json laBas = laBasEnJSON(atelier, *tableau); !laBas.empty()) {
+    phrase += " Là-bas : " +
+              Texte::joindre(
+                  laBas, ", ",
+                  [](const Json& l) { return Champ::texte(l, "nom") + " (" + Champ::texte(l, "hote") + ")"; }) +
+              ".";
+    json["laBas"] = std::move(laBas);
+  }
+  direDistant(atelier, json, phrase);
   if (!relais->empty()) json["relais"] = relaisEnJSON(*relais, *tableau);
   return ReponsePorte::succes(phrase, donnees(json));
 }
@@ -212,7 +231,11 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::resumer& c) {
   std::string texte = constat.reponse;
   if (texte.empty()) {
     source = "transcription";
-    texte = Transcript::derniereReponse(constat.transcript).value_or("");
+    // A path that another machine tells is none of ours.
+    texte = (agent.hote.empty()     ? Transcript::derniereReponse(constat.transcript)
+             : atelier.sol.lointain ? atelier.sol.lointain->derniereReponse(agent.hote, constat.transcript)
+                                    : std::nullopt)
+                .value_or("");
   }
   if (texte.empty()) {
     source = "écran";

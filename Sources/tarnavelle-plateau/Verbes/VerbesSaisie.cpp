@@ -135,6 +135,7 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::dicter& c) {
   const auto agent = tableau->agentOuvert(c.agent);
   if (!agent) return agent.raison();
   if (auto refus = refusSorti(atelier, *agent)) return *refus;
+  if (auto refus = refusLaBas(atelier, *agent)) return *refus;
   const Livraison livraison = atelier.taper(*agent, {.texte = c.texte, .valider = c.valider, .suite = true});
   Json json = {{"agent", agent->nom}, {"etat", atelier.etat(*agent)}, {"livraison", nom(livraison.sort)}};
   if (livraison.raison != Livraison::Raison::aucune) json["raison"] = description(livraison);
@@ -162,6 +163,7 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant& appelant, const C::diff
   std::vector<Vise> vises;
   for (const Fenetre& f : tableau->fenetres()) {
     if (!f.agent || f.agent->id == appelant.agent) continue;  // who speaks has heard
+    if (refusLaBas(atelier, *f.agent)) continue;
     if (!c.sceneSeulement || f.scene == tableau->visible().numero) vises.push_back({.agent = *f.agent});
   }
   if (vises.empty()) return ReponsePorte::echec("Aucun autre agent n'est ouvert.");
@@ -209,11 +211,17 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::envoyerTouche
   const auto vise = tableau->terminal(c.agent);
   if (!vise) return vise.raison();
   if (atelier.etat(*vise) == enMots(Etat::sorti)) return refusSorti(vise->nom);
+  if (auto refus = vise->agent ? refusLaBas(atelier, *vise->agent) : std::nullopt) return *refus;
   const Atelier::Tour tour(atelier, vise->id);
   if (!tour) return ReponsePorte::echec("D'autres tapent chez " + vise->nom + " depuis trop longtemps.");
   const IdTerminal terminal = terminalDe(*vise);
   const Atelier::Guet guet(atelier, vise->id, terminal);
   if (vise->agent) attendreDessin(atelier, *vise->agent);
+  const bool rompue = atelier.etat(*vise) == enMots(Etat::rompue);
+  if (rompue && *touches != std::vector<Touche>{"entree"})
+    return ReponsePorte::echec(
+        "Rien n'a été tapé chez " + vise->nom +
+        " : le lien avec sa machine est rompu. « entree » le fait réessayer tout de suite.");
   const auto avant = atelier.sol.terminaux.ecran(terminal);
   std::size_t faites = 0;
   while (faites < touches->size()) {

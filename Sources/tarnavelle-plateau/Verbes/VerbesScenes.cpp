@@ -27,8 +27,9 @@ std::string reserve(Vues::Rangement rangement, const std::string& nom) {
 std::optional<ReponsePorte> fermerFenetre(Atelier& atelier, const Tableau& tableau, const Fenetre& fenetre) {
   if (fenetre.agent) {
     const FicheAgent& agent = *fenetre.agent;
-    const auto garde = atelier.constat(agent).situation.etat == Etat::sorti
-                           ? atelier.oublier(agent)
+    const auto garde = atelier.constat(agent).situation.etat == Etat::sorti ? atelier.oublier(agent)
+                       : atelier.loin(agent.hote)
+                           ? atelier.quitter(agent)
                            : atelier.modifier(agent.id, [](FicheAgent& fiche) { fiche.ouvert = false; });
     if (!garde) return refus(garde.raison());
   } else {
@@ -156,9 +157,11 @@ ReponsePorte appliquer(Atelier& atelier, const Appelant&, const C::fermer& c) {
   }
   const FicheAgent* agent = fenetre->agent;
   const bool continue_ = agent && atelier.constat(*agent).situation.etat != Etat::sorti;
+  std::string suite = agent ? agent->session : "";
+  if (agent && atelier.loin(agent->hote)) suite = sessionLaBas(*agent) + " sur " + cite(agent->hote);
   if (auto refus = fermerFenetre(atelier, *tableau, *fenetre)) return *refus;
   return ReponsePorte::succes(
-      "Fermé : " + fenetre->nom + (continue_ ? ", dont la session " + agent->session + " continue." : "."),
+      "Fermé : " + fenetre->nom + (continue_ ? ", dont la session " + suite + " continue." : "."),
       donnees({{"ferme", Json::array({fenetre->nom})}}));
 }
 

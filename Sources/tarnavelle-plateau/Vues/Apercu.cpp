@@ -29,6 +29,13 @@ Garde<Apercu> Apercu::lire(const Registre& registre, Veille& veille) {
     const auto siens = courrier->find(id);
     return siens == courrier->end() ? std::size_t{0} : siens->second;
   };
+  const auto avis = registre.avisRecus();
+  if (!avis) return Sinon{avis.raison()};
+  for (const FicheAvis& a : *avis) {
+    if (a.lu) continue;
+    ++apercu.avis;
+    apercu.dernierAvis = a.titre.empty() ? a.texte : a.titre;
+  }
   for (const FicheAgent& a : *agents) {
     const Situation situation = constater(a, veille).situation;
     apercu.elements.push_back({.id = a.id,

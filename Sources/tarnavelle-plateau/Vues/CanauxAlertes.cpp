@@ -2,7 +2,7 @@
 #include <chrono>
 
 #include "Enfants/Enfant.hpp"
-#include "Hermes/ReglageNtfy.hpp"
+#include "Hermes/ReglagesHermes.hpp"
 #include "Reseau/ClientHTTP.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/Inoffensif.hpp"
@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::string_view titre = "Tarnavelle";
+constexpr std::string_view titre = ReglagesHermes::titreAlertes;
 constexpr std::size_t detailMax = 200;  ///< characters
 
 class Bureau final : public CanalAlertes {

@@ -29,6 +29,7 @@ std::string_view signe(Etat etat) {
     case Etat::repos: return "○";
     case Etat::fini: return "✔";
     case Etat::sorti: return "✕";
+    case Etat::rompue: return "≁";
     case Etat::inconnu: return "?";
   }
   return "";
@@ -84,6 +85,11 @@ std::vector<Morceau> morceaux(const Apercu& apercu, const FicheScene& scene, Cou
                     std::string(fond), 1});
   }
   if (apercu.messages > 0) tous.push_back({barre, messages(apercu.messages), "", 2});
+  if (apercu.avis > 0)
+    tous.push_back({barre,
+                    " Hermès : " + simple(apercu.dernierAvis, coupes.postit) +
+                        (apercu.avis > 1 ? " (" + std::to_string(apercu.avis) + ")" : ""),
+                    "", 2});
   for (const FichePostIt* p : apercu.postitsDe(scene.numero))
     tous.push_back({barre, " ▪ " + simple(p->texte, coupes.postit), "", 2});
   if (!tous.empty() && !paisibles.empty()) {

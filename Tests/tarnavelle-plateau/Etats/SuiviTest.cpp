@@ -21,7 +21,10 @@ const std::map<std::string, Crochet::Genre> genres = {{"demarre", Crochet::Genre
                                                       {"fini", Crochet::Genre::fini},
                                                       {"echec", Crochet::Genre::echec},
                                                       {"coupe", Crochet::Genre::interrompu},
-                                                      {"adieu", Crochet::Genre::sorti}};
+                                                      {"adieu", Crochet::Genre::sorti},
+                                                      {"rompu", Crochet::Genre::rompu},
+                                                      {"renoue", Crochet::Genre::renoue},
+                                                      {"perdu", Crochet::Genre::perdu}};
 
 /// An agent, told in words what happens: "@1.5" sets the time in seconds, "consigne:A" is a hook of turn A
 /// ("consigne:A/x": that tells the text x), "=repos" a screen ("=repos|T": titled T), ">x" an instruction of
@@ -113,6 +116,11 @@ const Cas cas[] = {
      "demarre @1 =repos @1.3 =repos @1.7 =repos ?repos. > partie @2 =repos @9 =repos ?travaille consigne:A "
      "fini:A "
      "?repos. @10 > partie @10.5 !esc =repos @11 =repos @14.1 =repos ?repos."},
+    {"un lien rompu cache ce qui se passe derrière", "claude",
+     "> consigne:A rompu ?rompue =repos @1 =repos @2 =repos ?rompue fini:A ?rompue renoue ?repos. consigne:B "
+     "rompu declare ?rompue renoue ?fini"},
+    {"des crochets que plus personne ne lit", "claude",
+     "> consigne:A fini:A ?repos. perdu @1 =travaille ?travaille @9 =repos @9.2 =repos @9.5 =repos ?repos."},
     {"un tour par ses crochets", "claude",
      "> ?inconnu - consigne:A ?travaille + outil:A outilfini:A ?travaille fini:A ?repos."},
     {"la consigne n'est pas encore un tour", "claude",

@@ -117,6 +117,7 @@ TEST_F(RegistreFichier, UneVersion1EstReprise) {
                                                                        .pondue = a(1300),
                                                                        .close = {}})});
     EXPECT_TRUE(registre->inscrire({.verbe = "etat"}));
+    EXPECT_EQ(*registre->entendre({.id = "n1", .avis = {.texte = "t"}, .canal = "c", .jusque = {}}), fois == 0);
   }
 }
 

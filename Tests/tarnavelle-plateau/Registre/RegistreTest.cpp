@@ -309,5 +309,34 @@ TEST_F(RegistreFiches, PlusieursFilsLEmploient) {
   EXPECT_EQ(registre->rappeler({.requete = "", .limite = 1000})->size(), 200U);
 }
 
+TEST(Registre, UnAvisEstEntenduUneFois) {
+  auto registre = Registre::enMemoire();
+  ASSERT_TRUE(registre);
+  const auto entendre = [&](const std::string& id, std::optional<Date::Instant> jusque, bool aMontrer = true) {
+    return *registre->entendre({.id = id,
+                                .avis = {.titre = "T", .texte = std::string(5000, 'x'), .quand = a(7)},
+                                .canal = "c",
+                                .jusque = jusque,
+                                .aMontrer = aMontrer});
+  };
+  const std::string long_(100'000, 'i');
+  EXPECT_TRUE(entendre("1", a(10)));
+  EXPECT_FALSE(entendre("1", a(20)));
+  EXPECT_TRUE(entendre(long_, {}));
+  EXPECT_FALSE(entendre(long_, {}));
+  EXPECT_TRUE(entendre("alerte", {}, false));
+  const auto ecoute = *registre->ecoute("c");
+  EXPECT_EQ(ecoute.jusque, a(20));
+  EXPECT_EQ(ecoute.ids.size(), 3U);
+  EXPECT_EQ(registre->ecoute("autre")->jusque, std::nullopt);
+  ASSERT_EQ(registre->avisRecus()->size(), 2U);
+  EXPECT_LT(registre->avisRecus()->front().texte.size(), 5000U);
+  EXPECT_EQ(*registre->lireAvis(1), 1);
+  for (int i = 0; i < Registre::fichesMax; ++i) EXPECT_TRUE(entendre("n" + std::to_string(i), {}));
+  const auto gardes = *registre->avisRecus();  // the one that was read went first
+  EXPECT_EQ(gardes.size(), static_cast<std::size_t>(Registre::fichesMax));
+  EXPECT_EQ(std::pair(gardes.front().numero, gardes.front().lu), std::pair(std::int64_t{3}, false));
+}
+
 }  // namespace
 }  // namespace tarnavelle::Plateau

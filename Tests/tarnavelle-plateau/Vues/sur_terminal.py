@@ -20,7 +20,10 @@ if not shutil.which("tmux"):
 dossier = tempfile.mkdtemp(prefix="tarnavelle-")
 prise = f"{dossier}/s"
 NOM_SCENE = os.path.basename(os.getcwd())
-milieu = {"PATH": "/usr/bin:/bin", "HOME": dossier, "XDG_STATE_HOME": f"{dossier}/etats", "TERM": "xterm-256color",
+os.mkdir(f"{dossier}/bin")
+for outil in {*os.listdir("/usr/bin")} - {"claude", "codex", "grok", "gemini", "hermes"}:  # a machine without agents
+    os.symlink(f"/usr/bin/{outil}", f"{dossier}/bin/{outil}")
+milieu = {"PATH": f"{dossier}/bin", "HOME": dossier, "XDG_STATE_HOME": f"{dossier}/etats", "TERM": "xterm-256color",
           "LC_ALL": "C.UTF-8"}
 
 

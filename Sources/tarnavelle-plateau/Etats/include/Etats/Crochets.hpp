@@ -28,6 +28,9 @@ struct Crochet {
     echec,       ///< a turn is over, by an error
     interrompu,  ///< a turn was cut short
     sorti,       ///< the conversation is over
+    rompu,       ///< the link to its machine is cut
+    renoue,      ///< it is there again
+    perdu,       ///< nobody reads any more what its hooks say over there
     autre,
   };
   Genre genre = Genre::autre;

@@ -17,6 +17,7 @@ enum class Etat {
   repos,      ///< its turn is over, its box takes text
   fini,       ///< at rest, and it declared that its work is done
   sorti,      ///< its program has ended
+  rompue,     ///< the link to its machine is cut: what it does is not known
   inconnu,    ///< nothing proves anything: not idle
 };
 
@@ -24,7 +25,7 @@ enum class Etat {
 std::string_view nom(Etat etat);
 
 /// Where a state was read.
-enum class Source { aucune, crochet, ecran, titre, processus, porte };
+enum class Source { aucune, crochet, ecran, titre, processus, porte, lien };
 
 /// "crochet", "écran"…; empty for `aucune`.
 std::string_view nom(Source source);

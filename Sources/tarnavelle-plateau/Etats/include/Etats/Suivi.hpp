@@ -70,6 +70,8 @@ class Suivi {
   bool soumise() const { return consigne_ && soumise_; }
   /// Keys went to the dialog that it waits in, and nobody knows yet what came of them.
   bool repondu() const { return repondu_; }
+  /// How often the link to its machine was seen to break.
+  std::uint64_t ruptures() const { return ruptures_; }
   /// What the last screen showed; nothing before the first.
   const std::optional<LectureEcran>& lecture() const { return lecture_; }
   /// Changes with whatever `situation`, `repose` and `soumise` tell.
@@ -105,6 +107,7 @@ class Suivi {
   void soumission(const Crochet& crochet, Instant maintenant);
   void finDeTour(const Crochet& crochet, Instant maintenant);
   void attendreCrochet(std::string_view texte);
+  bool duLien(const Crochet& crochet, Instant maintenant);
   void oublierTour();
   bool ancien(const std::string& tour) const;
   bool laNotre(const Crochet& crochet);
@@ -133,6 +136,12 @@ class Suivi {
   bool tourAttendu_ = false;             ///< a queued text has begun a turn whose id is still unknown
   std::optional<Instant> permission_;    ///< when a hook last said that a dialog opens
   std::deque<std::string> sansCrochet_;  ///< how our own instructions begin whose hook has not come
+
+  // The link to its machine, when it lives elsewhere.
+  bool rompue_ = false;
+  std::uint64_t ruptures_ = 0;
+  Etat derriere_ = Etat::inconnu;  ///< what it does behind a link that is cut, as far as its hooks tell
+  Preuve preuveDerriere_;
 
   // Our instructions.
   std::optional<Instant> consigne_;

@@ -2,6 +2,7 @@
 // told of what was done to it. An agent is known here by its key, the board's own id of it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -18,9 +19,10 @@ namespace tarnavelle::Plateau {
 struct Constat {
   bool suivie = false;  ///< the key is known
   Situation situation;
-  bool repose = false;   ///< at rest, and the turn that the last instruction began is over
-  bool soumise = false;  ///< the last instruction was seen to be submitted
-  bool repondu = false;  ///< its dialog was given keys, and what came of them is not known yet
+  bool repose = false;         ///< at rest, and the turn that the last instruction began is over
+  bool soumise = false;        ///< the last instruction was seen to be submitted
+  std::uint64_t ruptures = 0;  ///< how often the link to its machine was seen to break
+  bool repondu = false;        ///< its dialog was given keys, and what came of them is not known yet
   std::string conversation;
   bool entamee = false;  ///< its hooks told of an instruction in that conversation
   std::string transcript;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Socle/Date.hpp"
@@ -42,6 +43,11 @@ struct FicheAgent {
   FicheConsigne consigne{};
   bool entamee = false;  ///< something was said in its conversation
   bool operator==(const FicheAgent&) const = default;
+
+  /// What a conversation with Hermès has for its programme. It runs here; its `conversation` is Hermès's host,
+  /// empty when he is reached without one.
+  static constexpr std::string_view conversationHermes = "conversation";
+  bool estConversation() const { return programme == conversationHermes; }
 };
 
 /// A window that is no agent's: the terminal of shell or of script.
@@ -132,6 +138,16 @@ struct FicheRelais {
   std::string texte{};
   Date::Instant quand{};
   bool operator==(const FicheRelais&) const = default;
+};
+
+/// What Hermès published to the operator.
+struct FicheAvis {
+  std::int64_t numero = 0;
+  std::string titre{};
+  std::string texte{};
+  Date::Instant quand{};  ///< as its server dated it
+  bool lu = false;
+  bool operator==(const FicheAvis&) const = default;
 };
 
 /// One verb carried out: never what was said in it.

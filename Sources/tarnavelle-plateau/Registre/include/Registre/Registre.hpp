@@ -29,13 +29,15 @@ class Registre {
  public:
   static constexpr std::int64_t agentsMax = 1000;  ///< agents, windows: each
   static constexpr std::int64_t scenesMax = 1000;
-  static constexpr std::int64_t fichesMax = 1000;    ///< notes, post-its, tasks, messages, relays: each
+  static constexpr std::int64_t fichesMax = 1000;  ///< notes, post-its, tasks, messages, relays, notices: each
   static constexpr std::int64_t journalMax = 10000;  ///< the oldest lines go first
   static constexpr std::int64_t alertesMax = 4000;   ///< the same; more than there are agents and tasks
   static constexpr std::size_t texteMax = std::size_t{1} << 18;   ///< bytes of one text
   static constexpr std::size_t sortieMax = std::size_t{1} << 14;  ///< bytes kept of verify's output: its end
   static constexpr std::size_t extraitMax = 80;                   ///< characters kept of an instruction
   static constexpr std::size_t champMax = 200;  ///< characters of a journal's field, of a closed task's text
+  static constexpr std::size_t avisMax = 4000;  ///< characters of a notice
+  static constexpr std::int64_t entendusMax = 10000;  ///< ids of notices: the oldest go first
   static constexpr std::int64_t octetsMax = std::int64_t{1} << 28;
 
   static constexpr std::string_view nomUsuel = "plateau.db";
@@ -154,6 +156,27 @@ class Registre {
   /// It is over: the next time he is to be alerted again.
   Garde<Fait> apaiser(std::string_view sujet);
   Garde<std::vector<std::string>> alertes() const;
+
+  // Notices. One is kept, its id remembered and the last sign of its channel moved on in one step: a board that
+  // is killed has heard it or has not. `canal` names server and topic without telling them.
+  struct Entendu {
+    std::string_view id;
+    FicheAvis avis;
+    std::string_view canal;
+    std::optional<Date::Instant> jusque;  ///< every notice before then has come; nothing: as before
+    bool aMontrer = true;                 ///< else its id alone is remembered
+  };
+  /// False when it was heard before; the oldest read one makes room for it, or the oldest.
+  Garde<bool> entendre(const Entendu& entendu);
+  Garde<Fait> noterEcoute(std::string_view canal, Date::Instant jusque);
+  struct Ecoute {
+    std::optional<Date::Instant> jusque;  ///< nothing: that channel was never heard
+    std::vector<std::string> ids;         ///< oldest first
+  };
+  Garde<Ecoute> ecoute(std::string_view canal) const;
+  Garde<std::vector<FicheAvis>> avisRecus() const;  ///< the oldest first
+  /// The operator has seen that one and those before it; how many were new to him.
+  Garde<std::int64_t> lireAvis(std::int64_t jusquAu);
 
   Garde<Fait> inscrire(const FicheJournal& ligne);
   Garde<std::vector<FicheJournal>> journal(std::int64_t limite) const;  ///< the latest first

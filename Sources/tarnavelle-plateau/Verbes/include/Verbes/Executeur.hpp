@@ -45,6 +45,9 @@ struct Sol {
   Vues* vues = nullptr;
   Photographe* photographe = nullptr;
   Extincteur* extincteur = nullptr;
+  const Oreille* oreille = nullptr;
+  Lointain* lointain = nullptr;
+  Distant* distant = nullptr;
 };
 
 class Executeur {

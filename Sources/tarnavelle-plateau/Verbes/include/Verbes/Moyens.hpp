@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Porte/PorteDistante.hpp"
 #include "Socle/Resultat.hpp"
 #include "Terminaux/Terminaux.hpp"
 
@@ -25,6 +26,7 @@ struct Embarquement {
   std::string hote;          ///< empty for this machine
   std::string conversation;  ///< its own; empty for one that is to be chosen
   bool entamee = false;      ///< and something was said in it: it is to be resumed
+  std::string laBas{};       ///< the session on its host that it is to be joined in again; empty for a new one
 };
 
 /// How it is started.
@@ -32,6 +34,7 @@ struct Depart {
   Lancement lancement;
   /// The one resumed, or chosen in advance so that it can be; empty when the program chooses its own.
   std::string conversation;
+  std::string dossier{};  ///< on its host; empty for this machine
 };
 
 /// How programs are started.
@@ -53,8 +56,81 @@ class Lanceurs {
   /// A shell that runs a line and stays; nothing where no process runs.
   virtual std::optional<Lancement> shell(const std::string& cle, const std::string& session,
                                          const std::string& commande, const std::string& dossier) = 0;
+  /// The host by which a conversation with Hermès is known, as it was asked for or as it is set; empty when he
+  /// is reached without one. Or, in French, why there can be none: a sentence. Nothing where none can be led.
+  virtual std::optional<Resultat<std::string, std::string>> conversation(const std::string& /*hote*/) const {
+    return std::nullopt;
+  }
   /// What was written for an agent that is forgotten.
   virtual void oublier(const std::string& /*cle*/) {}
+};
+
+/// Agents on other machines, in sessions that outlast the link. The last of the words that started one's
+/// terminal here is its session's name over there.
+class Lointain {
+ public:
+  virtual ~Lointain() = default;
+  struct Session {
+    std::string nom;
+    std::string dossier;
+    std::string titre;  ///< of the conversation: hostile text, may be empty
+  };
+  /// Those of a machine, asked for now; or in French why they cannot be: a sentence.
+  virtual Resultat<std::vector<Session>, std::string> sessions(const std::string& hote) = 0;
+  /// The same as they were last seen, nothing before that; what is old is asked for anew behind the caller's
+  /// back.
+  virtual std::optional<std::vector<Session>> vues(const std::string& hote) = 0;
+
+  /// From here on, until `oublier`, what an agent's hooks say over there comes to its log here.
+  virtual void suivre(const std::string& cle, const std::string& hote, const std::string& session) = 0;
+  virtual void oublier(const std::string& cle) = 0;
+  /// Between the two somebody waits for a change of that agent. Counted.
+  virtual void guetter(const std::string& cle) = 0;
+  virtual void laisser(const std::string& cle) = 0;
+
+  /// Why an agent that was started cannot call the door from over there: in French, a sentence. Nothing when it
+  /// can, or when it was only joined.
+  virtual std::optional<std::string> sansPorte(const std::string& cle) = 0;
+
+  /// The last reply that a program's own record over there holds.
+  virtual std::optional<std::string> derniereReponse(const std::string& hote,
+                                                     const std::string& transcript) = 0;
+
+  /// What has scrolled out of a session's window, the last `lignes` of it, then its screen; nothing when it
+  /// cannot be had.
+  virtual std::optional<std::vector<std::string>> historique(const std::string& hote,
+                                                             const std::string& session, int lignes) = 0;
+
+  /// A machine that the configuration names.
+  struct Hote {
+    std::string nom;
+    std::string mene{};            ///< where its name leads, as "user@host:port"; empty when that was not asked
+    std::optional<bool> repond{};  ///< nothing when it was not asked
+    std::optional<std::string> refus{};  ///< in French, why nobody knows where it leads, or does not answer
+  };
+  /// All of them. What each leads to, and with `sonder` whether it answers, is asked of the first ones, several
+  /// at once, with a bound.
+  virtual std::vector<Hote> hotes(bool sonder) = 0;
+};
+
+/// The cockpit of another Mac, seen and steered through its own door.
+class Distant {
+ public:
+  virtual ~Distant() = default;
+  /// That machine, as ssh knows it.
+  virtual const std::string& hote() const = 0;
+
+  struct Vue {
+    std::optional<PlateauMac> plateau;          ///< as it was last read; nothing before that
+    std::optional<std::chrono::seconds> age{};  ///< of that
+    std::string panne{};  ///< why it could not be read since, in French: a sentence; else empty
+  };
+  /// What is known of its board. `fraiche`: what is old is read anew, and that is awaited for a second at most.
+  virtual Vue vue(bool fraiche) = 0;
+
+  /// Has its door carry out a command that may be relayed (`PorteDistante::corpsAction`), once at most. Its
+  /// reply; or in French why there is none, and whether the command may have been carried out: sentences.
+  virtual Resultat<ReponsePorte, std::string> relayer(const CommandeControle& commande) = 0;
 };
 
 /// What is asked of the machine, outside the terminals.
@@ -106,6 +182,14 @@ class Extincteur {
   /// follows once it has answered. The processes of theirs that are left, in words; or, in French, why nothing
   /// ends: a clause.
   virtual Resultat<std::vector<std::string>, std::string> eteindre(const std::vector<std::string>& agents) = 0;
+};
+
+/// What hears Hermès's notices, and puts them into the registry.
+class Oreille {
+ public:
+  virtual ~Oreille() = default;
+  /// How it does, in French: a clause ("écoute"); empty when nothing is set for it.
+  virtual std::string dit() const = 0;
 };
 
 /// What is to be in a picture.

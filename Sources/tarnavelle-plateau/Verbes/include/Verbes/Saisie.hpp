@@ -35,7 +35,9 @@ struct Livraison {
     mele,
     panne,
     occupe,
-    porteFermee
+    porteFermee,
+    lienRompu,
+    lienCoupe
   };
   Sort sort = Sort::inconnu;
   Raison raison = Raison::aucune;

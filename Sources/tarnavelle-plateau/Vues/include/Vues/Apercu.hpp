@@ -31,6 +31,8 @@ struct Apercu {
   std::vector<FichePostIt> postits;
   std::vector<FicheTache> closes;  ///< the tasks that have ended
   std::size_t messages = 0;        ///< not given yet, whoever they are for
+  std::size_t avis = 0;            ///< of Hermès that nobody has read yet
+  std::string dernierAvis;         ///< hostile text
 
   static Garde<Apercu> lire(const Registre& registre, Veille& veille);
 
