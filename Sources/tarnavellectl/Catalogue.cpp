@@ -90,6 +90,26 @@ const std::vector<CommandeLocale>& commandesLocales() {
           {{"json", Genre::booleen, "true pour les mêmes faits en un objet JSON, pour un script.", false}}},
          {},
          Commandes::porte},
+        {"Parle avec Hermès, l'écoute, ou dit ce qui est réglé pour lui.",
+         {"hermes",
+          " Sans mot : ce qui est réglé et d'où cela vient, sans aucun secret. « ecouter » dit chaque avis "
+          "d'Hermès, une "
+          "ligne chacun ; « parler » lui envoie un message et montre sa réponse à mesure : Ctrl-C interrompt, "
+          "une "
+          "seconde fois quitte. « regler » met dans le fichier des réglages une valeur lue sur l'entrée "
+          "standard.",
+          {{"quoi", Genre::texte, "regler, ecouter ou parler. Vide = ce qui est réglé.", false},
+           {"texte", Genre::texte,
+            "Avec parler, le message ; vide = l'entrée standard, ou une conversation sur un terminal. Avec "
+            "regler, le "
+            "nom du réglage.",
+            false},
+           {"hote", Genre::texte, "Avec parler, la machine d'Hermès. Vide = celle qui est réglée.", false},
+           {"nouvelle", Genre::booleen, "true pour commencer une autre conversation.", false},
+           {"json", Genre::booleen, "true pour une ligne JSON par fait, pour un script.", false}}},
+         {},
+         Commandes::hermes,
+         Choix::hermes},
         {"Note ce que dit le crochet d'un agent.",
          {"crochet",
           " Le dit est lu sur l'entrée standard, la note va dans le journal que nomme TARNAVELLE_CROCHETS. Ce "
@@ -121,6 +141,25 @@ const std::vector<CommandeLocale>& commandesLocales() {
          nullptr,
          Choix::libre,
          CommandeLocale::Service{.agents = {"agent", "destinataire"}}},
+        {"Montre ce qu'Hermès a publié, le plus récent en dernier.",
+         {"avis",
+          " Ce qui n'est pas lu se voit aussi dans etat et sur la ligne d'état. Seul un plateau de terminaux, "
+          "celui de "
+          "tarnavelle-plateau, en garde.",
+          {{"lus", Genre::booleen, "true pour noter que tout est lu.", false}}},
+         {},
+         nullptr,
+         Choix::libre,
+         CommandeLocale::Service{}},
+        {"Liste les machines que ssh connaît, et où mènent leurs noms.",
+         {"hotes",
+          " ouvrir_agent y mène par --hote. Seul un plateau de terminaux, celui de tarnavelle-plateau, y mène.",
+          {{"sonder", Genre::booleen, "true pour demander à chacune si elle répond, six secondes au plus.",
+            false}}},
+         {},
+         nullptr,
+         Choix::libre,
+         CommandeLocale::Service{}},
         {"Met fin à tout le plateau : agents, fenêtres, tmux et porte.",
          {"eteindre",
           " Dit d'abord ce qui prendra fin, et demande ; sans terminal, il faut --oui. Les conversations "

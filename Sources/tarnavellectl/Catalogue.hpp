@@ -15,7 +15,7 @@
 namespace tarnavelle {
 
 /// What the texts given to a command may be.
-enum class Choix { libre, commande, shell };
+enum class Choix { libre, commande, shell, hermes };
 
 struct CommandeLocale {
   std::string_view bref;  ///< the command in one line of a list; its description begins with it

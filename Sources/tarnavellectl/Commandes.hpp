@@ -12,6 +12,7 @@ int guide(Session& session, const Json& arguments);
 int completions(Session& session, const Json& arguments);
 int manuel(Session& session, const Json& arguments);
 int crochet(Session& session, const Json& arguments);
+int hermes(Session& session, const Json& arguments);
 int porte(Session& session, const Json& arguments);
 
 }  // namespace tarnavelle::Commandes

@@ -120,6 +120,8 @@ class Contexte {
       for (const std::string& nom : agents()) liste.push_back({prefixe + nom, "agent"});
     } else if (choix == Choix::commande) {
       liste = commandes();
+    } else if (choix == Choix::hermes && p.nom == "quoi") {
+      for (const char* quoi : {"regler", "ecouter", "parler"}) liste.push_back({quoi, ""});
     } else if (choix == Choix::shell) {
       for (const ScriptCompletion& script : scriptsCompletion())
         liste.push_back({std::string(script.shell), ""});
