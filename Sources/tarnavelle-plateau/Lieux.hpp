@@ -18,6 +18,8 @@ class Lieux {
   std::filesystem::path tmux() const { return racine_ / "tmux"; }
   std::filesystem::path crochets() const { return racine_ / "crochets"; }  ///< the hooks' logs
   std::filesystem::path agents() const { return racine_ / "agents"; }      ///< what joins each to the door
+  std::filesystem::path conversations() const { return racine_ / "conversations"; }  ///< with Hermès
+  std::filesystem::path ssh() const { return racine_ / "ssh"; }  ///< the shared connections, when it is short
   std::filesystem::path vues() const { return racine_ / "vues"; }
   std::filesystem::path captures() const { return racine_ / "captures"; }
   std::filesystem::path regard() const { return racine_ / "regard"; }  ///< how to see the board that is open

@@ -21,6 +21,11 @@ constexpr LigneOption<Options> table[] = {
        o.dossierEtat = v;
        return o.dossierEtat.is_absolute();
      }},
+    {"--config-ssh", "FICHIER", "configuration de ssh, au lieu de ~/.ssh/config",
+     [](Options& o, const std::string& v) {
+       o.ssh = v;
+       return o.ssh.is_absolute();
+     }},
     {"--aide", "", "cette aide", [](Options& o, const std::string&) { return o.aide = true; }},
     {"--help", "", "la même", [](Options& o, const std::string&) { return o.aide = true; }},
     {"--version", "", "la version", [](Options& o, const std::string&) { return o.version = true; }},

@@ -16,6 +16,7 @@ struct Options {
   bool version = false;
   std::string socket = "tarnavelle";
   std::filesystem::path dossierEtat;  ///< empty: the usual one
+  std::filesystem::path ssh;          ///< ssh's configuration; empty: the user's own
 
   /// The options, or in French why they cannot be read.
   static Resultat<Options, std::string> lire(const std::vector<std::string>& arguments);

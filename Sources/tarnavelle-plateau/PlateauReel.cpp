@@ -58,11 +58,11 @@ CatalogueRegles reglesDe(const Variables& environnement) {
   return CatalogueRegles((reglages / "tarnavelle" / "regles").string());
 }
 
-std::vector<std::unique_ptr<CanalAlertes>> canaux(const Variables& environnement,
+std::vector<std::unique_ptr<CanalAlertes>> canaux(const Variables& environnement, const Variables& reglages,
                                                   const std::function<void(const std::string&)>& dire) {
   std::vector<std::unique_ptr<CanalAlertes>> ouverts;
   if (auto bureau = canalBureau(environnement)) ouverts.push_back(std::move(bureau));
-  auto ntfy = canalNtfy(environnement);
+  auto ntfy = canalNtfy(reglages);
   if (!ntfy)
     dire("Pas d'alertes par ntfy. " + ntfy.raison());
   else if (*ntfy)
@@ -70,25 +70,59 @@ std::vector<std::unique_ptr<CanalAlertes>> canaux(const Variables& environnement
   return ouverts;
 }
 
+ReglagesSSH ssh(const PlateauReel::Reglages& reglages) {
+  return {.configuration = reglages.ssh,
+          .dossier = ReglagesSSH::dossierCourt(reglages.lieux.ssh()),
+          .environnement = Lanceur::heritage()};
+}
+
+std::unique_ptr<SecondMac> secondMac(const PlateauReel::Reglages& reglages, const ReglagesHermes& reglees) {
+  const auto hote = reglees.texte(ReglagesHermes::clePlateauDistant);
+  if (!hote) return nullptr;
+  return std::make_unique<SecondMac>(
+      *hote, [lien = LienSSH(ssh(reglages), *hote)](const OrdreSSH& ordre) { return lien.courir(ordre); });
+}
+
+/// How a conversation with Hermès is to reach his machine: over the board's own connections.
+std::vector<std::string> motsSSH(const PlateauReel::Reglages& reglages) {
+  std::vector<std::string> mots = {"--prises", reglages.lieux.ssh().string()};
+  if (!reglages.ssh.empty()) mots.insert(mots.end(), {"--config-ssh", reglages.ssh.string()});
+  return mots;
+}
+
 }  // namespace
 
 PlateauReel::PlateauReel(const Reglages& reglages, Registre registre, Acces acces,
                          std::unique_ptr<TerminauxTmux> terminaux, CatalogueRegles regles)
-    : registre_(std::move(registre)),
+    : hermes_(ReglagesHermes::lire(reglages.environnement)),
+      registre_(std::move(registre)),
       acces_(std::move(acces)),
       terminaux_(std::move(terminaux)),
       veille_(*terminaux_, std::move(regles), reglages.lieux.crochets()),
       trousseau_(acces_.jeton, acces_.secret),
+      lointains_({.ssh = ssh(reglages),
+                  .personnel = dossierPersonnel(reglages.environnement),
+                  .plateau = Programme::chemin(),
+                  .dossier = reglages.lieux.agents(),
+                  .journal = [this](std::string_view cle) { return veille_.journal(cle); },
+                  .port = [this] { return static_cast<int>(acces_.port); },
+                  .jeton = [this](std::string_view cle) { return trousseau_.jetonDe(cle); }}),
+      secondMac_(secondMac(reglages, hermes_)),
       lanceurs_({.url = [this] { return "http://127.0.0.1:" + std::to_string(acces_.port); },
                  .jeton = [this](std::string_view cle) { return trousseau_.jetonDe(cle); },
                  .pont = Programme::pont(reglages.environnement).value_or(""),
                  .ctl = voisin("tarnavellectl"),
+                 .hermes = voisin("tarnavelle-hermes"),
+                 .motsSSH = motsSSH(reglages),
+                 .conversations = reglages.lieux.conversations(),
                  .dossier = reglages.lieux.agents(),
                  .journal = [this](std::string_view cle) { return veille_.journal(cle); },
-                 .environnement = reglages.environnement}),
+                 .environnement = reglages.environnement,
+                 .ailleurs = [this](const Embarquement& e,
+                                    const AgentCLI& cli) { return lointains_.embarquer(e, cli); }}),
       machine_(reglages.environnement, Lanceur::heritage()),
       extinction_(*terminaux_),
-      alertes_(canaux(reglages.environnement, reglages.dire),
+      alertes_(canaux(reglages.environnement, hermes_.variables(), reglages.dire),
                [this, dire = reglages.dire](const std::string& plainte) {
                  dire(plainte);
                  registre_.inscrire({.quand = std::chrono::floor<std::chrono::milliseconds>(horloge_.date()),
@@ -104,6 +138,10 @@ PlateauReel::PlateauReel(const Reglages& reglages, Registre registre, Acces acce
       photographe_(*terminaux_, {.dossier = reglages.lieux.captures(),
                                  .personnel = dossierPersonnel(reglages.environnement),
                                  .peindre = [this](const Grille& grille) { return dessin_.peindre(grille); }}),
+      ecoute_(registre_, {.ntfy = hermes_.ntfy(),
+                          .alertes = hermes_.alertes(),
+                          .change = [this] { vues_.rafraichir(); },
+                          .dire = reglages.dire}),
       executeur_({.terminaux = *terminaux_,
                   .registre = registre_,
                   .veille = veille_,
@@ -112,10 +150,14 @@ PlateauReel::PlateauReel(const Reglages& reglages, Registre registre, Acces acce
                   .machine = &machine_,
                   .vues = &vues_,
                   .photographe = &photographe_,
-                  .extincteur = &extinction_}) {}
+                  .extincteur = &extinction_,
+                  .oreille = &ecoute_,
+                  .lointain = &lointains_,
+                  .distant = secondMac_.get()}) {}
 
 PlateauReel::~PlateauReel() {
   terminaux_->neRienDemarrer();
+  if (secondMac_) secondMac_->arreter();
   executeur_.arreter();
 }
 
@@ -148,15 +190,20 @@ Resultat<std::unique_ptr<PlateauReel>, std::string> PlateauReel::ouvrir(const Re
 
   std::unique_ptr<PlateauReel> plateau(new PlateauReel(reglages, std::move(registre), *std::move(acces),
                                                        *std::move(terminaux), std::move(regles)));
+  for (const std::string& plainte : plateau->hermes_.plaintes()) reglages.dire(plainte);
   if (const std::string manques = plateau->lanceurs_.manques(); !manques.empty()) reglages.dire(manques);
   if (auto refus = plateau->demarrer(reglages)) return Sinon{*std::move(refus)};
   return plateau;
 }
 
 std::unique_ptr<ServeurHTTP> PlateauReel::ecouter(std::uint16_t port) {
-  return ServeurHTTP::ouvrir(
-      {.port = port, .pannes = {}, .repondu = [this] { extinction_.achever(); }}, trousseau_,
-      [this](const Json& corps, const Appelant& appelant) { return executeur_.executer(corps, appelant); });
+  return ServeurHTTP::ouvrir({.port = port,
+                              .pannes = {},
+                              .renvoie = [this](std::uint16_t laBas) { return lointains_.mene(laBas); },
+                              .repondu = [this] { extinction_.achever(); }},
+                             trousseau_, [this](const Json& corps, const Appelant& appelant) {
+                               return executeur_.executer(corps, appelant);
+                             });
 }
 
 std::optional<std::string> PlateauReel::demarrer(const Reglages& reglages) {
@@ -179,6 +226,7 @@ std::optional<std::string> PlateauReel::demarrer(const Reglages& reglages) {
   // Without it nobody finds the door, and nothing tells that it was cleared away.
   ronde_.emplace(tourDuFichier, [this] { fichier_->retablir(); });
   if (const auto refus = vues_.demarrer()) reglages.dire(*refus);
+  ecoute_.demarrer();
   serveur_->servir();
   return std::nullopt;
 }

@@ -12,8 +12,12 @@
 #include "Accueil/FichierEndpoint.hpp"
 #include "Accueil/Jeton.hpp"
 #include "Accueil/ServeurHTTP.hpp"
+#include "Ecoute/Ecoute.hpp"
 #include "Etats/VeilleReelle.hpp"
 #include "Extinction.hpp"
+#include "Hermes/ReglagesHermes.hpp"
+#include "Hotes/Lointains.hpp"
+#include "Hotes/SecondMac.hpp"
 #include "Lieux.hpp"
 #include "Machine/LanceursReels.hpp"
 #include "Machine/MachineReelle.hpp"
@@ -32,7 +36,8 @@ class PlateauReel {
  public:
   struct Reglages {
     Lieux lieux;
-    std::string socket;  ///< tmux's: a name or a path
+    std::string socket;         ///< tmux's: a name or a path
+    std::filesystem::path ssh;  ///< ssh's configuration; empty: the user's own
     Variables environnement;
     std::function<void(const std::string&)> dire;  ///< what the operator has to know: sentences
     /// The words by which a person looks at the scene in view, whenever they change. On any thread, short.
@@ -60,11 +65,14 @@ class PlateauReel {
   std::optional<std::string> demarrer(const Reglages& reglages);
 
   HorlogeReelle horloge_;
+  const ReglagesHermes hermes_;
   Registre registre_;
   Acces acces_;
   std::unique_ptr<TerminauxTmux> terminaux_;
   VeilleReelle veille_;
   const Trousseau trousseau_;
+  Lointains lointains_;
+  const std::unique_ptr<SecondMac> secondMac_;  ///< null when none is set
   LanceursReels lanceurs_;
   MachineReelle machine_;
   Extinction extinction_;
@@ -72,6 +80,7 @@ class PlateauReel {
   VuesTmux vues_;
   DessinAPart dessin_;
   PhotographeReel photographe_;
+  Ecoute ecoute_;
   Executeur executeur_;
   std::unique_ptr<ServeurHTTP> serveur_;
   std::optional<FichierEndpoint> fichier_;

@@ -30,7 +30,9 @@ void reprendre(Executeur& executeur, const Registre& registre,
     for (std::size_t i; (i = suivant++) < agents->size() && !Signaux::finDemandee();) {
       const FicheAgent& agent = (*agents)[i];
       if (!aRouvrir(agent)) continue;
-      const auto reponse = executeur.executer({{"action", "relancer_agent"}, {"agent", agent.nom}});
+      const auto reponse =
+          executeur.executer(agent.hote.empty() ? Json{{"action", "relancer_agent"}, {"agent", agent.nom}}
+                                                : Json{{"action", "ouvrir_agent"}, {"cli", agent.nom}});
       std::string phrase = reponse.ok ? reponse.spoken_text.value_or("") : reponse.error.value_or("");
       if (!reponse.ok && !phrase.starts_with(agent.nom)) phrase = agent.nom + " : " + phrase;
       const std::lock_guard tour(parole);
@@ -51,7 +53,11 @@ std::string disparus(const Registre& registre, bool reprise) {
   const auto fenetres = registre.fenetres();
   if (!agents || !fenetres) return lignes;
   for (const FicheAgent& agent : *agents)
-    if (aRouvrir(agent))
+    if (aRouvrir(agent) && !agent.hote.empty()) {
+      if (!agent.termine)
+        lignes +=
+            "\n  " + sur(agent.nom) + " : " + agent.programme + " sur " + sur(agent.hote) + ", où il continue";
+    } else if (aRouvrir(agent))
       lignes += "\n  " + sur(agent.nom) + " : " + agent.programme + " dans " + sur(agent.dossier) +
                 (agent.conversation.empty() ? "" : ", conversation gardée");
   for (const FicheFenetre& f : *fenetres)

@@ -8,6 +8,7 @@
 
 #include "Accueil/Signaux.hpp"
 #include "Detachement.hpp"
+#include "Hotes/Rejoindre.hpp"
 #include "Options.hpp"
 #include "PlateauReel.hpp"
 #include "Porte/PorteControle.hpp"
@@ -75,6 +76,7 @@ int tenir(const Options& options, Detachement& detachement) {
   RegardTenu tenu(lieux.regard());
   const auto ouvert = PlateauReel::ouvrir({.lieux = lieux,
                                            .socket = options.socket,
+                                           .ssh = options.ssh,
                                            .environnement = Variables::duProcessus(),
                                            .dire = dire,
                                            .regard =
@@ -105,6 +107,7 @@ int tenir(const Options& options, Detachement& detachement) {
 
 int main(int argc, char** argv) {
   if (argc == 3 && std::strcmp(argv[1], "lancer") == 0) return Lanceur::executer(argv[2]);
+  if (argc == 4 && std::strcmp(argv[1], "rejoindre") == 0) return Rejoindre::montrer(argv[2], argv[3]);
   if (argc == 3 && std::strcmp(argv[1], "liste") == 0) return ListeScene::montrer(argv[2]);
   Signaux::retenir();
   const auto lu = Options::lire({argv + (argc > 0 ? 1 : 0), argv + argc});

@@ -179,14 +179,19 @@ class Connexion {
 
   static std::string_view texteDe(boost::beast::string_view texte) { return {texte.data(), texte.size()}; }
 
-  /// Whether the one Host header names this machine's loopback and our port.
+  /// Whether the one Host header names a loopback, and our port or one that leads to it.
   bool hoteConnu(const Analyseur::value_type& requete) const {
     if (requete.count(http::field::host) != 1) return false;
     const auto hote = texteDe(requete[http::field::host]);
     Erreur erreur;
-    const std::string port = ":" + std::to_string(flux_.socket().local_endpoint(erreur).port());
-    return !erreur && std::ranges::any_of(hotes, [&](std::string_view nom) {
-      return boost::beast::iequals({hote.data(), hote.size()}, std::string(nom) + port);
+    const auto notre = flux_.socket().local_endpoint(erreur).port();
+    const auto deuxPoints = std::min(hote.rfind(':'), hote.size());
+    const auto port = entierDecimal(hote.substr(std::min(deuxPoints + 1, hote.size())));
+    const auto nom = hote.substr(0, deuxPoints);
+    const bool admis = port && *port > 0 && *port <= 65535 &&
+                       (*port == notre || reglages_.renvoie(static_cast<std::uint16_t>(*port)));
+    return !erreur && admis && std::ranges::any_of(hotes, [&](std::string_view connu) {
+      return boost::beast::iequals({nom.data(), nom.size()}, connu);
     });
   }
 

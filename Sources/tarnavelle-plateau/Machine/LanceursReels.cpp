@@ -10,6 +10,7 @@
 #include "Agents/InjectionPorte.hpp"
 #include "Etats/Crochets.hpp"
 #include "ProgrammesInterne.hpp"
+#include "Registre/Fiches.hpp"
 #include "Socle/Fichiers.hpp"
 #include "Socle/LectureJSON.hpp"
 
@@ -115,8 +116,13 @@ std::string LanceursReels::absolu(const std::string& dossier) const {
 }
 
 std::optional<std::string> LanceursReels::empechement(const Embarquement& e) const {
+  if (e.programme == FicheAgent::conversationHermes) {
+    const auto lieu = conversation(e.conversation);
+    return *lieu ? std::nullopt : std::optional(lieu->raison());
+  }
   const auto* connu = interne::programme(e.programme);
   if (!connu) return "Aucun CLI ne s'appelle « " + e.programme + " ».";
+  if (!e.hote.empty() && reglages_.ailleurs) return std::nullopt;
   if (!e.hote.empty()) return "Ouvrir un agent sur une autre machine n'est pas encore câblé ici.";
   if (!binaire(e.programme))
     return connu->cli.titre + " n'est pas installé : « " + e.programme +
@@ -129,8 +135,10 @@ std::optional<std::string> LanceursReels::empechement(const Embarquement& e) con
 }
 
 Resultat<Depart, std::string> LanceursReels::agent(const Embarquement& e) {
+  if (e.programme == FicheAgent::conversationHermes) return converser(e);
   if (auto refus = empechement(e)) return Sinon{*std::move(refus)};
   const auto* connu = interne::programme(e.programme);
+  if (!e.hote.empty()) return reglages_.ailleurs(e, connu->cli);
   const auto programme = binaire(e.programme);
   Depart depart;
   Lancement& lancement = depart.lancement;

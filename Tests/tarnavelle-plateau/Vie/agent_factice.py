@@ -167,6 +167,8 @@ class Agent:
                     return
                 self.coller(self.reste[len(DEBUT):fin].decode("utf-8", "replace"))
                 self.reste = self.reste[fin + len(FIN):]
+            elif self.reste.startswith(FIN):  # of no paste: the real ones pass over it
+                self.reste = self.reste[len(FIN):]
             elif DEBUT.startswith(self.reste[:len(DEBUT)]) and len(self.reste) > 1:
                 return
             else:

@@ -35,6 +35,9 @@ struct ReglagesServeur {
   std::size_t corpsMax = 1024 * 1024;          ///< bytes of a request's body
   std::size_t connexionsMax = 128;             ///< further ones wait to be accepted
   std::chrono::milliseconds patience{30'000};  ///< for a request's head, for its body, for the peer to read
+  /// Whether that port of another machine's loopback leads to this one, by a way that the board made itself:
+  /// its callers name it. Asked on any thread.
+  std::function<bool(std::uint16_t port)> renvoie = [](std::uint16_t) { return false; };
   /// Told, on any thread, once a call that the door accepted has been answered, or could not be.
   std::function<void()> repondu = [] {};
 };

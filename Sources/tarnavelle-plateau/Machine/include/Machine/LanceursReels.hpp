@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "Agents/AgentCLI.hpp"
 #include "Socle/Environnement.hpp"
 #include "Verbes/Moyens.hpp"
 
@@ -18,11 +19,16 @@ struct ReglagesLanceurs {
   std::function<std::string()> url;  ///< the door's base URL, once it is open
   /// The token of an agent by its key; nothing when it gets none.
   std::function<std::optional<std::string>(std::string_view cle)> jeton;
-  std::string pont;               ///< the bridge's absolute path; empty when it is not installed
-  std::string ctl;                ///< the client's; the same
-  std::filesystem::path dossier;  ///< where each agent gets a private folder of its own
+  std::string pont;                       ///< the bridge's absolute path; empty when it is not installed
+  std::string ctl;                        ///< the client's; the same
+  std::string hermes{};                   ///< tarnavelle-hermes's; the same
+  std::vector<std::string> motsSSH{};     ///< by which it is told how to reach other machines
+  std::filesystem::path conversations{};  ///< where those with Hermès are kept
+  std::filesystem::path dossier;          ///< where each agent gets a private folder of its own
   std::function<std::filesystem::path(std::string_view cle)> journal;  ///< the log of its hooks
   Variables environnement;                                             ///< HOME, PATH and SHELL count
+  /// Starts an agent on another machine; empty where none can be reached.
+  std::function<Resultat<Depart, std::string>(const Embarquement&, const AgentCLI&)> ailleurs{};
 };
 
 class LanceursReels final : public Lanceurs {
@@ -40,11 +46,13 @@ class LanceursReels final : public Lanceurs {
   /// The user's shell runs the line and ends with it; its screen stays.
   std::optional<Lancement> shell(const std::string& cle, const std::string& session,
                                  const std::string& commande, const std::string& dossier) override;
+  std::optional<Resultat<std::string, std::string>> conversation(const std::string& hote) const override;
   void oublier(const std::string& cle) override;
 
  private:
   std::filesystem::path dossierDe(const std::string& cle) const;
   std::optional<std::string> binaire(const std::string& programme) const;
+  Resultat<Depart, std::string> converser(const Embarquement& embarquement);
 
   const ReglagesLanceurs reglages_;
 };
