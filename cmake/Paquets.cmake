@@ -58,15 +58,18 @@ set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_SHLIBDEPS TRUE)
 set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_PROGRAMMES_DESCRIPTION "MCP bridge and shell client of the Tarnavelle cockpit
 tarnavelle-mcp gives coding agents the verbs of the cockpit's control door as
-MCP tools; tarnavellectl gives them to a shell.")
+MCP tools; tarnavellectl gives them to a shell, and with tarnavelle-hermes
+hears the remote agent and talks to it.")
+# For the remote agent's own machine.
+set(CPACK_DEBIAN_PROGRAMMES_PACKAGE_SUGGESTS openssh-client)
 
 # It starts the bridge for its agents, and the client for their hooks.
 set(CPACK_DEBIAN_PLATEAU_PACKAGE_NAME tarnavelle-plateau)
 set(CPACK_DEBIAN_PLATEAU_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PLATEAU_PACKAGE_SHLIBDEPS TRUE)
 set(CPACK_DEBIAN_PLATEAU_PACKAGE_DEPENDS "tarnavelle (= ${PROJECT_VERSION}), tmux (>= 3.2)")
-# Without any font, pictures of terminals are refused.
-set(CPACK_DEBIAN_PLATEAU_PACKAGE_RECOMMENDS fonts-dejavu-core)
+# Without any font, pictures of terminals are refused; without ssh, agents on other machines.
+set(CPACK_DEBIAN_PLATEAU_PACKAGE_RECOMMENDS "fonts-dejavu-core, openssh-client")
 set(CPACK_DEBIAN_PLATEAU_DESCRIPTION "board of AI coding agents on real terminals
 tarnavelle-plateau opens the control door of Tarnavelle on tmux: coding agents
 work in its terminals, are driven by each other, and outlive the door.")
