@@ -19,7 +19,7 @@ using essai::Connexion;
 using essai::PairTCP;
 using namespace std::chrono_literals;
 
-constexpr BornesHTTP breves{.attente = 150ms, .vie = 3s, .corpsMax = 1 << 20};
+constexpr BornesHTTP breves{.attente = 1s, .vie = 3s, .corpsMax = 1 << 20};
 
 /// A world whose environment is a table that the test may change between calls.
 struct Monde {
