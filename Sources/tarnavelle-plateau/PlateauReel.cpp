@@ -227,7 +227,6 @@ std::optional<std::string> PlateauReel::demarrer(const Reglages& reglages) {
   ronde_.emplace(tourDuFichier, [this] { fichier_->retablir(); });
   if (const auto refus = vues_.demarrer()) reglages.dire(*refus);
   ecoute_.demarrer();
-  serveur_->servir();
   return std::nullopt;
 }
 

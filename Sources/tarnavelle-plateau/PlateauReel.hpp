@@ -1,5 +1,5 @@
 // The board on real terminals, put together: what it remembers, its terminals, the watch over its agents, its
-// verbs, and the door to them. Opened, it serves until it is destroyed; agents go on. One thread at a time.
+// verbs, and the door to them. Told to, it serves until it is destroyed; agents go on. One thread at a time.
 #pragma once
 
 #include <functional>
@@ -49,6 +49,9 @@ class PlateauReel {
   ~PlateauReel();
   PlateauReel(const PlateauReel&) = delete;
   PlateauReel& operator=(const PlateauReel&) = delete;
+
+  /// Whoever knocked since it opened waits for this.
+  void servir() { serveur_->servir(); }
 
   std::uint16_t port() const { return acces_.port; }
   /// The words by which a person looks at the scene in view.

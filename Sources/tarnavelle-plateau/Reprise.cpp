@@ -16,11 +16,25 @@ namespace {
 constexpr int ensembleMax = 4;  ///< agents started at once
 
 /// One that was closed is not missed.
-bool aRouvrir(const FicheAgent& agent) { return agent.ouvert && agent.terminal.empty(); }
+bool sansTerminal(const FicheAgent& agent) { return agent.ouvert && agent.terminal.empty(); }
+bool sansTerminal(const FicheFenetre& f) {
+  return !f.session.empty() && f.terminal.empty() && !f.statut;  // else its command had ended before
+}
 
 }  // namespace
 
-void reprendre(Executeur& executeur, const Registre& registre,
+Absents absents(const Registre& registre) {
+  Absents ids;
+  if (const auto agents = registre.agents())
+    for (const FicheAgent& agent : *agents)
+      if (sansTerminal(agent)) ids.insert(agent.id);
+  if (const auto fenetres = registre.fenetres())
+    for (const FicheFenetre& f : *fenetres)
+      if (sansTerminal(f)) ids.insert(f.id);
+  return ids;
+}
+
+void reprendre(Executeur& executeur, const Registre& registre, const Absents& absents,
                const std::function<void(const std::string&)>& dire) {
   const auto agents = registre.agents();
   if (!agents) return dire(agents.raison().phrase);
@@ -29,7 +43,7 @@ void reprendre(Executeur& executeur, const Registre& registre,
   const auto servir = [&] {
     for (std::size_t i; (i = suivant++) < agents->size() && !Signaux::finDemandee();) {
       const FicheAgent& agent = (*agents)[i];
-      if (!aRouvrir(agent)) continue;
+      if (!absents.contains(agent.id) || !sansTerminal(agent)) continue;
       const auto reponse =
           executeur.executer(agent.hote.empty() ? Json{{"action", "relancer_agent"}, {"agent", agent.nom}}
                                                 : Json{{"action", "ouvrir_agent"}, {"cli", agent.nom}});
@@ -45,23 +59,24 @@ void reprendre(Executeur& executeur, const Registre& registre,
   for (std::thread& fil : fils) fil.join();
 }
 
-std::string disparus(const Registre& registre, bool reprise) {
+std::string disparus(const Registre& registre, const Absents& absents, bool reprise) {
   // What an agent gave a name, a folder or a line to is no word to a terminal.
   const auto sur = [](const std::string& texte) { return Inoffensif::epurer(texte); };
   std::string lignes;
   const auto agents = registre.agents();
   const auto fenetres = registre.fenetres();
   if (!agents || !fenetres) return lignes;
-  for (const FicheAgent& agent : *agents)
-    if (aRouvrir(agent) && !agent.hote.empty()) {
-      if (!agent.termine)
-        lignes +=
-            "\n  " + sur(agent.nom) + " : " + agent.programme + " sur " + sur(agent.hote) + ", où il continue";
-    } else if (aRouvrir(agent))
+  for (const FicheAgent& agent : *agents) {
+    if (!absents.contains(agent.id) || !sansTerminal(agent)) continue;
+    if (agent.hote.empty())
       lignes += "\n  " + sur(agent.nom) + " : " + agent.programme + " dans " + sur(agent.dossier) +
                 (agent.conversation.empty() ? "" : ", conversation gardée");
+    else if (!agent.termine)
+      lignes +=
+          "\n  " + sur(agent.nom) + " : " + agent.programme + " sur " + sur(agent.hote) + ", où il continue";
+  }
   for (const FicheFenetre& f : *fenetres)
-    if (!f.session.empty() && f.terminal.empty() && !f.statut)  // else its command had ended before
+    if (absents.contains(f.id) && sansTerminal(f))
       lignes +=
           "\n  " + sur(f.nom) + " : « " + sur(Texte::tronquer(f.commande, 80)) + " » dans " + sur(f.dossier);
   if (lignes.empty()) return lignes;

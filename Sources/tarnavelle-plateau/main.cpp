@@ -88,14 +88,17 @@ int tenir(const Options& options, Detachement& detachement) {
                                           *std::move(registre));
   if (!ouvert) return echouer(ouvert.raison());
   PlateauReel& plateau = **ouvert;
+  const Reprise::Absents absents = Reprise::absents(plateau.registre());
+  plateau.servir();
 
   const Regard regard{::getpid(), plateau.motsPourRegarder()};
   std::printf("Plateau ouvert : http://127.0.0.1:%u\nPour regarder : %s\n%s",
               static_cast<unsigned>(plateau.port()), SurTerminal::ligne(regard.mots).c_str(),
               SurTerminal::sansAgent(plateau.lanceurs()).c_str());
   std::fflush(stdout);
-  if (options.reprendre) Reprise::reprendre(plateau.executeur(), plateau.registre(), dire);
-  if (const std::string reste = Reprise::disparus(plateau.registre(), options.reprendre); !reste.empty())
+  if (options.reprendre) Reprise::reprendre(plateau.executeur(), plateau.registre(), absents, dire);
+  if (const std::string reste = Reprise::disparus(plateau.registre(), absents, options.reprendre);
+      !reste.empty())
     dire(reste);
   detachement.pret(regard);
   Signaux::attendreFin();
