@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
     const auto* valeur = lus.valeur(cle.nom);
     exiger(!valeur || (!valeur->texte.empty() && valeur->texte.size() <= ReglagesHermes::valeurMax));
     exiger(Texte::utf8Valide(lus.montrable(cle)));
-    if (valeur && cle.vue == ReglagesHermes::Cle::Vue::cachee && valeur->texte.size() > 8)
+    if (valeur && cle.montrer == Reglages::enSecret && valeur->texte.size() > 8)
       exiger(lus.montrable(cle).find(valeur->texte) == std::string::npos);
   }
   const auto passerelle = lus.passerelle();

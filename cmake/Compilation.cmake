@@ -6,7 +6,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 
-# Three components are installed: "programmes", "plateau" for whoever has no cockpit, and "kit" for whoever builds on it.
+# Four components are installed: "programmes", "plateau" for whoever has no cockpit, "voix", and "kit" for whoever builds
+# on it.
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME programmes)
 set(TARNAVELLE_ENTETES ${CMAKE_INSTALL_INCLUDEDIR}/TarnavelleKit)
@@ -67,17 +68,22 @@ function(tarnavelle_famille nom)
   set_property(GLOBAL APPEND PROPERTY TARNAVELLE_FAMILLES ${nom})
 endfunction()
 
-# A piece of a program, in a folder of that name: as a family, but nobody else's business, so not installed. Called
-# from the folder's own CMakeLists.txt.
-function(tarnavelle_piece nom)
-  set(cible tarnavelle-plateau-${nom})
+# A piece of programs, in a folder of that name, as <house>::<piece>: as a family, but nobody else's business, so not
+# installed. Called from the folder's own CMakeLists.txt.
+function(tarnavelle_piece_de programme maison nom)
+  set(cible ${programme}-${nom})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   add_library(${cible} STATIC ${sources})
-  add_library(TarnavellePlateau::${nom} ALIAS ${cible})
+  add_library(${maison}::${nom} ALIAS ${cible})
   target_compile_features(${cible} PUBLIC cxx_std_20)
   target_include_directories(${cible} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
   target_link_libraries(${cible} ${ARGN})
   tarnavelle_avertir(${cible})
+endfunction()
+
+# A piece of the board.
+function(tarnavelle_piece nom)
+  tarnavelle_piece_de(tarnavelle-plateau TarnavellePlateau ${nom} ${ARGN})
 endfunction()
 
 # A program that is installed: its main, and all the rest as the library <name>-lib, which tests link. Called from its

@@ -15,17 +15,17 @@
 
 #include "Boite.hpp"
 #include "Commandes.hpp"
-#include "Courrier.hpp"
 #include "Croquis.hpp"
 #include "Entretien.hpp"
 #include "Fil.hpp"
 #include "Memoire.hpp"
+#include "Nouvelle.hpp"
 #include "Parole.hpp"
 #include "Socle/Fichiers.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
 #include "Temoin.hpp"
-#include "Toile.hpp"
+#include "Terminal/Toile.hpp"
 
 namespace tarnavelle::Hermes {
 namespace {
@@ -59,7 +59,7 @@ class Carton {
         entretien_(voieReglee(reglages_, acces_), courrier_) {}
 
   int mener() {
-    suivreSignaux(courrier_);
+    suivreSignaux([courrier = courrier_](int numero) { courrier->poster({Nouvelle::signal{numero}}); });
     toile_ = std::make_unique<Toile>();
     accueillir();
     temoin_.demarre();

@@ -11,7 +11,7 @@
 #include "Boite.hpp"
 #include "Fil.hpp"
 #include "Hermes/EvenementGateway.hpp"
-#include "Toile.hpp"
+#include "Terminal/Toile.hpp"
 
 namespace tarnavelle::Croquis {
 

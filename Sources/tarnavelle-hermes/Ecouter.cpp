@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "Commandes.hpp"
-#include "Courrier.hpp"
 #include "Hermes/ReglagesHermes.hpp"
 #include "HermesReseau/EcouteNtfy.hpp"
+#include "Nouvelle.hpp"
 #include "Parole.hpp"
 #include "Socle/Selon.hpp"
 #include "Socle/Texte.hpp"
@@ -42,7 +42,7 @@ std::string phrase(const EchecNtfy& echec) {
 
 int ecouter(const Variables& environnement, bool json) {
   const auto courrier = std::make_shared<Courrier>();
-  suivreSignaux(courrier);
+  suivreSignaux([courrier](int numero) { courrier->poster({Nouvelle::signal{numero}}); });
   Parole parole(json);
   const auto reglages = ReglagesHermes::lire(environnement);
   for (const std::string& plainte : reglages.plaintes()) parole.note(plainte);

@@ -10,8 +10,8 @@
 #include <string>
 #include <thread>
 
-#include "Courrier.hpp"
 #include "HermesReseau/ConversationHermes.hpp"
+#include "Nouvelle.hpp"
 #include "Voie.hpp"
 
 namespace tarnavelle {

@@ -8,9 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include "Commandes.hpp"
-#include "Courrier.hpp"
 #include "Entretien.hpp"
 #include "Memoire.hpp"
+#include "Nouvelle.hpp"
 #include "Parole.hpp"
 #include "Socle/Fichiers.hpp"
 #include "Socle/Selon.hpp"
@@ -49,7 +49,7 @@ class Echange {
         entretien_(voieReglee(reglages_, demande.acces), courrier_) {}
 
   int mener() {
-    suivreSignaux(courrier_);
+    suivreSignaux([courrier = courrier_](int numero) { courrier->poster({Nouvelle::signal{numero}}); });
     for (const std::string& plainte : reglages_.plaintes()) parole_.note(plainte);
     entretien_.dire(texte_, session_);
     while (!issue_ || (verdicts_ > 0 && !abandonne_)) {

@@ -1,11 +1,7 @@
-#include <signal.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +13,7 @@
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/LectureJSON.hpp"
 #include "Socle/Texte.hpp"
+#include "Terminal/Saisie.hpp"
 
 namespace tarnavelle::Commandes {
 namespace {
@@ -78,34 +75,6 @@ int montrer(Session& session, bool json) {
   return Statut::fait;
 }
 
-termios avantSilence{};
-
-/// Gives the terminal its voice back, and leaves.
-void renoncer(int signal) {
-  ::tcsetattr(0, TCSANOW, &avantSilence);
-  ::_exit(128 + signal);
-}
-
-/// The first line of standard input; what is typed on a terminal is not shown. Nothing when there is none.
-std::optional<std::string> lireValeur(Session& session) {
-  const bool terminal = ::isatty(0) == 1 && ::tcgetattr(0, &avantSilence) == 0;
-  if (terminal) {
-    termios muet = avantSilence;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) std::signal(signal, renoncer);
-    muet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    ::tcsetattr(0, TCSAFLUSH, &muet);
-    session.erreurs.montrer({{"Valeur (rien ne s'affiche ; vide pour ne plus rien régler) :"}});
-  }
-  std::optional<std::string> ligne;
-  for (char c = 0; (!ligne || ligne->size() <= ReglagesHermes::valeurMax) && ::read(0, &c, 1) == 1;) {
-    if (!ligne) ligne.emplace();
-    if (c == '\n') break;
-    *ligne += c;
-  }
-  if (terminal) ::tcsetattr(0, TCSAFLUSH, &avantSilence);
-  return ligne;
-}
-
 int regler(Session& session, const std::string& mot) {
   const auto* cle = ReglagesHermes::cle(mot);
   if (!cle)
@@ -114,7 +83,9 @@ int regler(Session& session, const std::string& mot) {
         (mot.empty() ? "Il manque le réglage." : "Réglage inconnu : " + citer(mot) + ".") + " Connus : " +
             Texte::joindre(ReglagesHermes::cles(), ", ", [](const auto& c) { return std::string(c.nom); }) +
             ".");
-  const auto valeur = lireValeur(session);
+  const auto valeur = saisirSansEcho(ReglagesHermes::valeurMax, [&] {
+    session.erreurs.montrer({{"Valeur (rien ne s'affiche ; vide pour ne plus rien régler) :"}});
+  });
   if (!valeur)
     return refuser(session, "Rien n'est réglé : aucune valeur n'est venue. Une ligne vide ôte le réglage.");
   if (const auto fait = ReglagesHermes::regler(session.environnement, cle->nom, *valeur); !fait)

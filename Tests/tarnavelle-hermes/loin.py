@@ -8,6 +8,7 @@ import contextlib
 import os
 import pathlib
 import random
+import shutil
 import signal
 import socket
 import subprocess
@@ -44,7 +45,12 @@ p.recus = type("Recus", (list,), {{"append": lambda soi, r: (list.append(soi, r)
     open(dossier + "/recus", "a").write(r["texte"] + "\\n"))}})()
 threading.Event().wait()
 ''')
-    programme.chmod(0o700)
+    # All machines are this one: over there, only what runs from there is seen.
+    pgrep = machine.bin / "pgrep"
+    pgrep.write_text(f'#!/bin/sh\nfor p in $({shutil.which("pgrep")} "$@"); do ps -o args= -p $p | grep -q {machine.bin} && exit 0; done\n'
+                     "exit 1\n")
+    for fichier in programme, pgrep:
+        fichier.chmod(0o700)
     (machine.maison / ".hermes").mkdir(exist_ok=True)
     return programme
 

@@ -92,6 +92,7 @@ std::string raisonEcriture(int erreur) {
     case EDQUOT:
     case EFBIG: return "le disque est plein";
     case EIO: return "le disque est en panne";
+    case EPIPE: return "plus personne ne le lit";
     case EROFS: return "le disque est en lecture seule";
     case ENAMETOOLONG: return "le nom est trop long";
     default: return "le système refuse (" + std::generic_category().message(erreur) + ")";

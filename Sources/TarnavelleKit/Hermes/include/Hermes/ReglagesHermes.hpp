@@ -3,22 +3,21 @@
 // Tells where each came from, and shows no secret. A plain value, for any thread while none changes it.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "Hermes/ReglageNtfy.hpp"
 #include "Socle/Environnement.hpp"
+#include "Socle/Reglages.hpp"
 #include "Socle/Resultat.hpp"
 
 namespace tarnavelle {
 
-class ReglagesHermes {
+class ReglagesHermes : public Reglages {
  public:
   static constexpr std::string_view clePasserelle = "HERMES_GATEWAY_URL";
   static constexpr std::string_view cleSecrete = "HERMES_GATEWAY_CLE";
@@ -32,42 +31,21 @@ class ReglagesHermes {
   /// What the board's alerts are called, and so told from notices where they share a topic.
   static constexpr std::string_view titreAlertes = "Tarnavelle";
 
-  static constexpr std::size_t tailleMax = std::size_t{64} * 1024;  ///< bytes of the file
-  static constexpr std::size_t valeurMax = 4096;                    ///< bytes of a value
-
-  /// What can be set.
-  struct Cle {
-    std::string_view nom;
-    std::string_view objet;  ///< in French, for a list
-    enum class Vue { entiere, topic, cachee } vue = Vue::entiere;
-  };
-  static std::span<const Cle> cles();
+  static const Famille& famille();
+  static std::span<const Cle> cles() { return famille().cles; }
   /// Null when nothing bears that name.
-  static const Cle* cle(std::string_view nom);
-
+  static const Cle* cle(std::string_view nom) { return famille().cle(nom); }
   /// "tarnavelle/reglages" among the user's settings.
-  static std::filesystem::path chemin(const Variables& environnement);
-
-  static ReglagesHermes lire(const Variables& environnement);
-
-  /// What the operator has to be told of the file: sentences. A file that others could read, or that is not the
-  /// user's own, is not read at all, and that is one of them.
-  const std::vector<std::string>& plaintes() const { return plaintes_; }
-
-  enum class Source { environnement, fichier };
-  struct Valeur {
-    std::string texte;  ///< trimmed, not empty
-    Source source = Source::fichier;
-    bool operator==(const Valeur&) const = default;
-  };
-  /// Nothing when it is not set.
-  const Valeur* valeur(std::string_view nom) const;
-  std::optional<std::string> texte(std::string_view nom) const;
-  /// As it may be shown: a secret by its length alone, an address without the name and password it may hold.
-  std::string montrable(const Cle& cle) const;
-
-  /// All that is set, for those who read an environment.
-  Variables variables() const;
+  static std::filesystem::path chemin(const Variables& environnement) {
+    return famille().chemin(environnement);
+  }
+  static ReglagesHermes lire(const Variables& environnement) {
+    return ReglagesHermes(Reglages::lire(environnement, famille()));
+  }
+  static Resultat<Fait, std::string> regler(const Variables& environnement, std::string_view nom,
+                                            std::string_view valeur) {
+    return Reglages::regler(environnement, famille(), nom, valeur);
+  }
 
   /// Where Hermès is listened to.
   ReglageNtfy ntfy() const;
@@ -94,14 +72,8 @@ class ReglagesHermes {
   /// By what a conversation with him is known: that host, or the address's.
   std::string lieu(const std::string& hote) const;
 
-  /// Puts a value into the file, or takes it out when it is empty; the rest of the file stays as it is. Or why
-  /// not, in French.
-  static Resultat<Fait, std::string> regler(const Variables& environnement, std::string_view nom,
-                                            std::string_view valeur);
-
  private:
-  std::map<std::string, Valeur, std::less<>> valeurs_;
-  std::vector<std::string> plaintes_;
+  explicit ReglagesHermes(Reglages lus) : Reglages(std::move(lus)) {}
 };
 
 }  // namespace tarnavelle

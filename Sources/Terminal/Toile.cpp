@@ -1,4 +1,4 @@
-#include "Toile.hpp"
+#include "Terminal/Toile.hpp"
 
 #include <sys/ioctl.h>
 #include <unistd.h>

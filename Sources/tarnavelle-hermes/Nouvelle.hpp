@@ -1,16 +1,13 @@
 // What the threads of a conversation tell the one that shows it: what Hermès says, what became of a turn, the
-// signals of the process. Safe from any thread; one takes.
+// signals of the process. Plain values.
 #pragma once
 
-#include <condition_variable>
-#include <deque>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <variant>
 
 #include "Hermes/EvenementGateway.hpp"
+#include "Terminal/Courrier.hpp"
 
 namespace tarnavelle {
 
@@ -53,33 +50,6 @@ struct Nouvelle {
   std::variant<evenement, note, verdict, depart, fin, signal> cas;
 };
 
-class Courrier {
- public:
-  Courrier();
-  ~Courrier();
-  Courrier(const Courrier&) = delete;
-  Courrier& operator=(const Courrier&) = delete;
-
-  void poster(Nouvelle nouvelle);
-  /// Waits while much is still to be taken: who floods goes no faster than who shows. Hold no lock.
-  void attendrePlace();
-  /// Nobody takes any more: nobody waits.
-  void fermer();
-  /// What has come, in its order.
-  std::deque<Nouvelle> prendre();
-  /// Readable while something waits to be taken.
-  int descripteur() const { return tube_[0]; }
-
- private:
-  int tube_[2] = {-1, -1};
-  std::mutex verrou_;
-  std::condition_variable place_;
-  bool ferme_ = false;
-  std::deque<Nouvelle> nouvelles_;
-};
-
-/// The process's signals become news, on a thread that lasts as long as the process. To be called before any
-/// other thread is started. A second interruption within two seconds ends the process, whatever is under way.
-void suivreSignaux(std::shared_ptr<Courrier> courrier);
+using Courrier = CourrierDe<Nouvelle>;
 
 }  // namespace tarnavelle
