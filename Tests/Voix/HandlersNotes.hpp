@@ -1,13 +1,27 @@
-// Handlers of a voice session that write down what they are told, a line for each call.
+// A transport that goes nowhere, and handlers of a voice session: both write down what they are told.
 #pragma once
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "Voix/RealtimeClient.hpp"
 
 namespace tarnavelle::essai {
 
+using Lignes = std::vector<std::string>;
+
+struct TransportFactice : TransportRealtime {
+  void demarrer(RappelsTransportRealtime r) override { rappels = std::move(r); }
+  void envoyer(std::string texte) override { envoyes.push_back(std::move(texte)); }
+  void fermer() override { ++fermetures; }
+
+  RappelsTransportRealtime rappels;
+  Lignes envoyes;
+  int fermetures = 0;
+};
+
+/// A line for each call.
 inline RealtimeClient::Handlers handlersVers(const std::function<void(const std::string&)>& noter) {
   return {
       .onReady = [=] { noter("pret"); },

@@ -13,17 +13,8 @@ namespace tarnavelle {
 namespace {
 
 using namespace std::chrono_literals;
-using Lignes = std::vector<std::string>;
-
-struct TransportFactice : TransportRealtime {
-  void demarrer(RappelsTransportRealtime r) override { rappels = std::move(r); }
-  void envoyer(std::string texte) override { envoyes.push_back(std::move(texte)); }
-  void fermer() override { ++fermetures; }
-
-  RappelsTransportRealtime rappels;
-  Lignes envoyes;
-  int fermetures = 0;
-};
+using essai::Lignes;
+using essai::TransportFactice;
 
 /// A session over a false transport and a false timer, and what its handlers were told, in order.
 struct Session {

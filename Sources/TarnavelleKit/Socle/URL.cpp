@@ -4,6 +4,7 @@
 #include <boost/url/url_view.hpp>
 
 #include "Socle/LectureJSON.hpp"
+#include "Socle/Texte.hpp"
 
 namespace tarnavelle {
 namespace {
@@ -59,6 +60,13 @@ std::optional<URL> URL::lire(std::string_view texte) {
   auto url = lireComme(lisible, texte);
   if (url) url->hote.front() = texte[hote];
   return url;
+}
+
+bool URL::surCetteMachine() const {
+  const std::string nom = Texte::minuscules(hote);
+  // A name may begin like an address, and lead anywhere.
+  return nom == "localhost" || nom == "::1" ||
+         (nom.starts_with("127.") && nom.find_first_not_of("0123456789.") == nom.npos);
 }
 
 }  // namespace tarnavelle

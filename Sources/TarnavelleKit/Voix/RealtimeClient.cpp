@@ -93,6 +93,7 @@ void RealtimeClient::borner(const Minuterie& minuterie) {
 
 void RealtimeClient::plafonner() {
   appeler(reglages_.handlers.onError, "plafond de session (" + secondes(*reglages_.cap) + " s) atteint");
+  appeler(reglages_.handlers.onPlafond);
   close();
 }
 
@@ -115,11 +116,16 @@ void RealtimeClient::recevoir(std::string_view texte) {
     appeler(h.onTranscriptionEntree, Inoffensif::epurer(*lue.transcription, gardes));
   if (lue.ecoute) appeler(h.onEcouteEntree, *lue.ecoute);
   if (!texte.empty()) appeler(h.onTrame, texte);
+  if (lue.reponseCommence) appeler(h.onReponse);
+  if (lue.parole) appeler(h.onParole, Inoffensif::epurer(*lue.parole, gardes));
   if (lue.refus) appeler(h.onRefus, lisible(*lue.refus));
   std::visit(Selon{
                  [&](RealtimeFrame::sessionCreated&) { configurer(); },
                  [&](RealtimeFrame::sessionUpdated&) { preparer(); },
-                 [&](RealtimeFrame::audioDelta& son) { appeler(h.onAudioDelta, std::move(son.octets)); },
+                 [&](RealtimeFrame::audioDelta& son) {
+                   appeler(h.onSonDe, std::move(lue.itemSon));
+                   appeler(h.onAudioDelta, std::move(son.octets));
+                 },
                  [&](RealtimeFrame::toolCall& appel) { appeler(h.onToolCall, std::move(appel)); },
                  [&](RealtimeFrame::error& erreur) { appeler(h.onError, lisible(erreur.texte)); },
                  [&](RealtimeFrame::responseDone&) {

@@ -104,6 +104,15 @@ std::optional<std::string> transcription(const Json& evenement, std::string_view
   return dit ? std::optional(*dit) : std::nullopt;
 }
 
+/// What the model has said, whole: aloud, or in writing where a service was asked for that.
+std::optional<std::string> parole(const Json& evenement) {
+  const std::string& t = type(evenement);
+  const bool aVoixHaute = t == "response.output_audio_transcript.done" || t == "response.audio_transcript.done";
+  if (!aVoixHaute && t != "response.output_text.done" && t != "response.text.done") return std::nullopt;
+  const std::string* dite = Champ::chaine(evenement, aVoixHaute ? "transcript" : "text");
+  return dite ? std::optional(*dite) : std::nullopt;
+}
+
 /// What an error or a failed response says beside its message.
 std::optional<RefusRealtime> refus(const Json& evenement, const RealtimeFrame& trame) {
   if (const auto* erreur = std::get_if<RealtimeFrame::error>(&trame.cas)) {
@@ -135,6 +144,10 @@ LectureTrame LectureTrame::lire(std::string_view texte, DialecteRealtime dialect
   if (std::holds_alternative<RealtimeFrame::responseDone>(lue.trame.cas))
     lue.usage = LectureUsageRealtime::lireOuQuIlSoit(*objet);
   lue.refus = ::tarnavelle::refus(*objet, lue.trame);
+  lue.reponseCommence = type(*objet) == "response.created";
+  lue.parole = ::tarnavelle::parole(*objet);
+  if (std::holds_alternative<RealtimeFrame::audioDelta>(lue.trame.cas))
+    lue.itemSon = Champ::texte(*objet, "item_id");
   return lue;
 }
 

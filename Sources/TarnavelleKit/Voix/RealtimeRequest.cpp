@@ -122,6 +122,15 @@ Json annonceSysteme(std::string_view texte) {
 
 Json supprimerItem(std::string_view id) { return {{"type", "conversation.item.delete"}, {"item_id", id}}; }
 
+Json tronquerItem(std::string_view id, std::chrono::milliseconds entendu) {
+  return {{"type", "conversation.item.truncate"},
+          {"item_id", id},
+          {"content_index", 0},
+          {"audio_end_ms", entendu.count()}};
+}
+
+Json viderEntree() { return {{"type", "input_audio_buffer.clear"}}; }
+
 std::optional<std::string> encoded(const Json& objet) {
   if (auto texte = EcritureJSON::compacte(objet)) return texte;
   Json reparee = objet;

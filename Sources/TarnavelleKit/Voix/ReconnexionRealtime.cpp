@@ -5,33 +5,35 @@
 namespace tarnavelle {
 namespace {
 
-constexpr std::string_view sansCredit = "La voix s'arrête : le compte du fournisseur n'a plus de crédit.";
-constexpr std::string_view sansCle = "La voix s'arrête : la clé du fournisseur est refusée.";
-constexpr std::string_view sansSession = "La voix s'arrête : le fournisseur refuse la session.";
+using ReconnexionRealtime::Motif;
 
-/// The sentence for one of `codesIrrecuperables`.
-std::string_view phrase(std::string_view code) {
-  if (code == "insufficient_quota" || code == "billing_hard_limit_reached") return sansCredit;
-  if (code == "invalid_api_key" || code == "account_deactivated") return sansCle;
-  return sansSession;  // a code that has no words of its own yet
+/// Of one of `codesIrrecuperables`.
+Motif motifDuCode(std::string_view code) {
+  if (code == "insufficient_quota" || code == "billing_hard_limit_reached") return Motif::credit;
+  if (code == "invalid_api_key" || code == "account_deactivated") return Motif::cle;
+  return Motif::session;  // a code that has no words of its own yet
 }
 
-/// The sentence for a declined connection; empty when another may succeed. One service declines a bad key
-/// with 400, an empty account with 403 or 429, and tells them apart in its message only. A page of HTML comes
-/// from something in between, which may pass.
-std::string_view phraseDeConnexion(const RefusRealtime& refus) {
+/// Of a declined connection; nothing when another may succeed. One service declines a bad key with 400, an
+/// empty account with 403 or 429, and tells them apart in its message only. A page of HTML comes from something
+/// in between, which may pass.
+std::optional<Motif> motifDeConnexion(const RefusRealtime& refus) {
   const auto parle = [&](std::string_view de) { return refus.message.find(de) != std::string::npos; };
   const bool debit = refus.code.starts_with("rate_limit") || refus.genre.starts_with("rate_limit");
-  if (debit || refus.message.starts_with('<')) return {};
+  if (debit || refus.message.starts_with('<')) return std::nullopt;
   switch (refus.http) {
-    case 401: return sansCle;
-    case 402: return sansCredit;
+    case 401: return Motif::cle;
+    case 402: return Motif::credit;
     case 400:
     case 403:
-    case 404: return parle(" credits") ? sansCredit : parle("API key") ? sansCle : sansSession;
-    case 429: return parle(" credits") ? sansCredit : std::string_view();
-    default: return {};
+    case 404: return parle(" credits") ? Motif::credit : parle("API key") ? Motif::cle : Motif::session;
+    case 429: return parle(" credits") ? std::optional(Motif::credit) : std::nullopt;
+    default: return std::nullopt;
   }
+}
+
+std::optional<std::string> dit(std::optional<Motif> motif) {
+  return motif ? std::optional(std::string(ReconnexionRealtime::phrase(*motif))) : std::nullopt;
 }
 
 }  // namespace
@@ -52,24 +54,36 @@ bool ReconnexionRealtime::estIrrecuperable(std::optional<std::string_view> messa
   return code(message).has_value();
 }
 
+std::string_view ReconnexionRealtime::phrase(Motif motif) {
+  switch (motif) {
+    case Motif::credit: return "La voix s'arrête : le compte du fournisseur n'a plus de crédit.";
+    case Motif::cle: return "La voix s'arrête : la clé du fournisseur est refusée.";
+    case Motif::session: return "La voix s'arrête : le fournisseur refuse la session.";
+  }
+  return {};
+}
+
+std::optional<ReconnexionRealtime::Motif> ReconnexionRealtime::motif(
+    std::optional<std::string_view> message, const std::optional<RefusRealtime>& refus) {
+  if (const auto trouve = code(message)) return motifDuCode(*trouve);
+  if (!refus) return std::nullopt;
+  for (const std::string_view ecrit : {std::string_view(refus->code), std::string_view(refus->genre)})
+    if (std::ranges::find(codesIrrecuperables, ecrit) != codesIrrecuperables.end()) return motifDuCode(ecrit);
+  return motifDeConnexion(*refus);
+}
+
 std::optional<std::string> ReconnexionRealtime::explication(std::optional<std::string_view> message) {
-  const auto trouve = code(message);
-  return trouve ? std::optional(std::string(phrase(*trouve))) : std::nullopt;
+  return dit(motif(message, {}));
 }
 
 std::optional<std::string> ReconnexionRealtime::explicationRefus(const RefusRealtime& refus) {
-  for (const std::string_view dit : {std::string_view(refus.code), std::string_view(refus.genre)})
-    if (std::ranges::find(codesIrrecuperables, dit) != codesIrrecuperables.end())
-      return std::string(phrase(dit));
-  const auto trouvee = phraseDeConnexion(refus);
-  return trouvee.empty() ? std::nullopt : std::optional(std::string(trouvee));
+  return dit(motif({}, refus));
 }
 
 ReconnexionRealtime::Decision ReconnexionRealtime::decision(const Fermeture& fermeture) {
   if (fermeture.fermetureVoulue) return {Decision::rien{}};
-  auto raison = explication(fermeture.message);
-  if (!raison && fermeture.refus) raison = explicationRefus(*fermeture.refus);
-  if (raison) return {Decision::abandonner{std::move(*raison)}};
+  if (auto raison = dit(motif(fermeture.message, fermeture.refus)))
+    return {Decision::abandonner{std::move(*raison)}};
   if (fermeture.superviseurEnCours) return {Decision::rien{}};
   return {Decision::reconnecter{.delai = delai(fermeture.tentative),
                                 .tentative = std::max<std::int64_t>(fermeture.tentative, 1)}};

@@ -19,6 +19,10 @@ struct URL {
 
   /// Nothing for an unreadable text, or one without a host.
   static std::optional<URL> lire(std::string_view texte);
+
+  /// Whether the host is this machine: "localhost", or an address that leaves it for no other (127.0.0.0/8,
+  /// ::1).
+  bool surCetteMachine() const;
 };
 
 }  // namespace tarnavelle

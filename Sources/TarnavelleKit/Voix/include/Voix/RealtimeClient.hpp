@@ -52,6 +52,11 @@ class RealtimeClient : public std::enable_shared_from_this<RealtimeClient> {
     /// What a refusal says beside its message, just before the `onError` that tells that; or why a response
     /// failed, before its `onDone`. ReconnexionRealtime::explicationRefus says whether it ends the session.
     std::function<void(RefusRealtime)> onRefus{};
+    std::function<void()> onReponse{};  ///< a response begins
+    std::function<void(std::string)>
+        onSonDe{};  ///< id of the item whose voice the `onAudioDelta` that follows brings
+    std::function<void(std::string)> onParole{};  ///< what the model said, once and whole
+    std::function<void()> onPlafond{};            ///< after the cap's message; the session closes
   };
 
   struct Reglages {

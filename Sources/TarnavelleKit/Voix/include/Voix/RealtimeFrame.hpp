@@ -77,6 +77,9 @@ struct LectureTrame {
   std::optional<bool> ecoute = {};                ///< the service hears the user start or stop speaking
   std::optional<TourRealtime> usage = {};         ///< what a finished response consumed
   std::optional<RefusRealtime> refus = {};        ///< of an `error`, or of a response that failed
+  bool reponseCommence = false;                   ///< the model begins to answer
+  std::optional<std::string> parole = {};         ///< what the model said, once and whole
+  std::string itemSon = {};  ///< of an `audioDelta`: the item whose voice it is; may be empty
 
   bool operator==(const LectureTrame&) const = default;
 

@@ -3,6 +3,7 @@
 // Protocol: OpenAI Realtime API, client events.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,6 +56,12 @@ Json functionCallOutput(const SortieAppel& sortie);
 Json annonceSysteme(std::string_view texte);
 
 Json supprimerItem(std::string_view id);
+
+/// Of what the model has said in that item, the operator has heard so much.
+Json tronquerItem(std::string_view id, std::chrono::milliseconds entendu);
+
+/// Forgets the sound that no `audioCommit` has ended.
+Json viderEntree();
 
 /// The text to send: one compact line. Each byte of a text that is not well-formed UTF-8 leaves as U+FFFD: a
 /// terminal's screen, quoted in instructions or a tool's output, may hold any. Nothing when a key is not

@@ -49,6 +49,17 @@ std::chrono::seconds delai(std::int64_t tentative);
 std::optional<std::string_view> code(std::optional<std::string_view> message);
 bool estIrrecuperable(std::optional<std::string_view> message);
 
+/// Why another session would be refused too.
+enum class Motif {
+  credit,   ///< the account is empty
+  cle,      ///< the key is refused
+  session,  ///< the service says no otherwise
+};
+/// What the user is told of it.
+std::string_view phrase(Motif motif);
+/// By the code that the message contains, else by the refusal, as `explicationRefus` judges it.
+std::optional<Motif> motif(std::optional<std::string_view> message, const std::optional<RefusRealtime>& refus);
+
 /// What the user is told of the code that the message contains.
 std::optional<std::string> explication(std::optional<std::string_view> message);
 
