@@ -26,6 +26,14 @@ if(TARNAVELLE_PLATEAU)
   endif()
 endif()
 
+# The voice's own: shared ones, which bring the sound system that this machine has.
+if(TARNAVELLE_VOIX)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(portaudio REQUIRED IMPORTED_TARGET portaudio-2.0)
+  pkg_check_modules(sndfile REQUIRED IMPORTED_TARGET sndfile)
+  pkg_check_modules(samplerate REQUIRED IMPORTED_TARGET samplerate)
+endif()
+
 # Debian 13's archive of OpenSSL calls two libraries, of which FindOpenSSL hears by pkg-config only, and as shared ones.
 set(TARNAVELLE_OPENSSL_ARCHIVES)
 if(OPENSSL_CRYPTO_LIBRARY MATCHES "[.]a$")

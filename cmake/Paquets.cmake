@@ -1,5 +1,5 @@
-# What CPack makes: a tarball of the whole and, on Debian, three packages: the programs, the board, and the kit to
-# build on.
+# What CPack makes: a tarball of the whole and, on Debian, four packages: the programs, the board, the voice, and the
+# kit to build on.
 set(CPACK_GENERATOR TGZ)
 set(CPACK_VERBATIM_VARIABLES TRUE)
 set(CPACK_STRIP_FILES TRUE)
@@ -35,6 +35,9 @@ if(TARNAVELLE_SHLIBDEPS)
     ${nlohmann_json_CONFIG})
   if(TARNAVELLE_STATIQUE)
     licences(programmes tarnavelle ${proprietaires})
+    if(TARNAVELLE_VOIX)
+      licences(voix tarnavelle-voix ${proprietaires})
+    endif()
     if(TARNAVELLE_PLATEAU)
       get_target_property(re2 re2::re2 LOCATION)
       proprietaires(du_plateau ${re2} ${SQLite3_LIBRARY})
@@ -73,6 +76,15 @@ set(CPACK_DEBIAN_PLATEAU_PACKAGE_RECOMMENDS "fonts-dejavu-core, openssh-client")
 set(CPACK_DEBIAN_PLATEAU_DESCRIPTION "board of AI coding agents on real terminals
 tarnavelle-plateau opens the control door of Tarnavelle on tmux: coding agents
 work in its terminals, are driven by each other, and outlive the door.")
+
+# Its sound libraries are the machine's.
+set(CPACK_DEBIAN_VOIX_PACKAGE_NAME tarnavelle-voix)
+set(CPACK_DEBIAN_VOIX_PACKAGE_SECTION sound)
+set(CPACK_DEBIAN_VOIX_PACKAGE_SHLIBDEPS TRUE)
+set(CPACK_DEBIAN_VOIX_PACKAGE_RECOMMENDS ca-certificates)
+set(CPACK_DEBIAN_VOIX_DESCRIPTION "spoken conversation with the Tarnavelle cockpit
+tarnavelle-voix joins a microphone, a loudspeaker and a realtime voice service,
+which steers coding agents with the verbs of the cockpit's control door.")
 
 set(CPACK_DEBIAN_KIT_PACKAGE_NAME libtarnavellekit-dev)
 set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
