@@ -1,5 +1,6 @@
 #include "Touches.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "Socle/LectureJSON.hpp"
@@ -59,11 +60,12 @@ std::vector<Touche> Touches::lire(std::string_view octets) {
         reste.remove_prefix(1);
         continue;
       }
+      const auto borne = std::min(reste.size(), sequenceMax);
       std::size_t fin = 2;
-      while (fin < reste.size() && (reste[fin] < 0x40 || reste[fin] > 0x7E)) ++fin;
-      if (fin == reste.size() && fin < sequenceMax) break;
-      if (fin < reste.size()) sequence(reste.substr(2, fin - 2), reste[fin], touches);
-      reste.remove_prefix(std::min(fin + 1, reste.size()));
+      while (fin < borne && (reste[fin] < 0x40 || reste[fin] > 0x7E)) ++fin;
+      if (fin == borne && borne < sequenceMax) break;
+      if (fin < borne) sequence(reste.substr(2, fin - 2), reste[fin], touches);
+      reste.remove_prefix(std::min(fin + 1, borne));
       continue;
     }
     const bool controle = c < 0x20;
