@@ -122,12 +122,13 @@ Connexion::Connexion(asio::io_context& boucle, bool tls) : boucle_(boucle), clai
   chiffre_.emplace(boucle, *contexte_);
 }
 
-void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::milliseconds> delai, Fini fini) {
+void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::milliseconds> delai, Fini fini,
+                       std::shared_ptr<void> tenue) {
   hote_ = adresse.hote;
   fini_ = std::move(fini);
   if (delai) {
     minuterie_.emplace(boucle_, *delai);
-    minuterie_->async_wait([this](Erreur erreur) {
+    minuterie_->async_wait([this, tenue](Erreur erreur) {
       if (erreur || !fini_) return;
       const Fini suite = std::exchange(fini_, nullptr);
       fermer();
@@ -137,35 +138,36 @@ void Connexion::ouvrir(const Adresse& adresse, std::optional<std::chrono::millis
   Erreur pasUneAdresse;
   const auto ip = asio::ip::make_address(hote_, pasUneAdresse);
   const std::string service = std::to_string(adresse.port);
-  if (!pasUneAdresse) return connecter(tcp::resolver::results_type::create({ip, adresse.port}, hote_, service));
+  if (!pasUneAdresse)
+    return connecter(tcp::resolver::results_type::create({ip, adresse.port}, hote_, service), std::move(tenue));
   resolveur_.emplace(boucle_);
-  resolveur_->async_resolve(hote_, service, [this](Erreur erreur, const auto& points) {
+  resolveur_->async_resolve(hote_, service, [this, tenue](Erreur erreur, const auto& points) {
     if (!fini_) return;
     if (erreur) return conclure(classerNom(erreur));
-    connecter(points);
+    connecter(points, tenue);
   });
 }
 
-void Connexion::connecter(const tcp::resolver::results_type& points) {
-  asio::async_connect(next_layer(), points, [this](Erreur erreur, const tcp::endpoint&) {
+void Connexion::connecter(const tcp::resolver::results_type& points, std::shared_ptr<void> tenue) {
+  asio::async_connect(next_layer(), points, [this, tenue](Erreur erreur, const tcp::endpoint&) {
     if (!fini_) return;
     if (erreur) return conclure(classerConnexion(erreur));
     Erreur ignoree;
     next_layer().set_option(tcp::no_delay(true), ignoree);
     next_layer().non_blocking(true, ignoree);
-    if (chiffre_) return negocier();
+    if (chiffre_) return negocier(tenue);
     conclure(std::nullopt);
   });
 }
 
-void Connexion::negocier() {
+void Connexion::negocier(std::shared_ptr<void> tenue) {
   SSL* ssl = chiffre_->native_handle();
   Erreur pasUneAdresse;
   asio::ip::make_address(hote_, pasUneAdresse);
   // Server names are for host names only (RFC 6066, section 3).
   if (pasUneAdresse && !SSL_set_tlsext_host_name(ssl, hote_.c_str())) return conclure(ErreurReseau::tlsEchoue);
   if (!SSL_set1_host(ssl, hote_.c_str())) return conclure(ErreurReseau::tlsEchoue);
-  chiffre_->async_handshake(asio::ssl::stream_base::client, [this](Erreur erreur) {
+  chiffre_->async_handshake(asio::ssl::stream_base::client, [this, tenue](Erreur erreur) {
     if (!fini_) return;
     if (!erreur) return conclure(std::nullopt);
     conclure(classerNegociation(erreur, SSL_get_verify_result(chiffre_->native_handle()), autoritesLues_));

@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,8 +61,10 @@ class Connexion {
   Connexion(asio::io_context& boucle, bool tls);
 
   /// Once per connection. `fini` is called once, from the loop, `delai` after the call at the latest.
-  /// A name look-up cannot be interrupted: past the delay it keeps the loop at work, unheard.
-  void ouvrir(const Adresse& adresse, std::optional<std::chrono::milliseconds> delai, Fini fini);
+  /// A name look-up cannot be interrupted: past the delay it keeps the loop at work, unheard. `tenue` lives as
+  /// long as anything of it does: a connection whose loop goes on without it is to hold itself.
+  void ouvrir(const Adresse& adresse, std::optional<std::chrono::milliseconds> delai, Fini fini,
+              std::shared_ptr<void> tenue = {});
 
   /// Closes at once. What was under way ends with an error, an opening with `annulee` before this returns.
   void fermer();
@@ -113,8 +116,8 @@ class Connexion {
  private:
   using Chiffre = asio::ssl::stream<tcp::socket>;
 
-  void connecter(const tcp::resolver::results_type& points);
-  void negocier();
+  void connecter(const tcp::resolver::results_type& points, std::shared_ptr<void> tenue);
+  void negocier(std::shared_ptr<void> tenue);
   void conclure(std::optional<ErreurReseau> erreur);
 
   asio::io_context& boucle_;

@@ -7,7 +7,6 @@
 #include <boost/beast/http/parser.hpp>
 #include <boost/optional.hpp>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,13 +35,12 @@ class TamponReponse : public boost::beast::flat_buffer {
   TamponReponse() : boost::beast::flat_buffer(entetesMax + lectureMax) { reserve(lectureMax); }
 };
 
-/// Makes a new parser for the answer that comes next; no `corpsMax`, no bound.
+/// Readies a new parser for the answer that comes next; no `corpsMax`, no bound.
 template <class Analyseur>
-void preparer(std::optional<Analyseur>& analyseur, boost::optional<std::uint64_t> corpsMax) {
-  analyseur.emplace();
-  analyseur->eager(true);
-  analyseur->body_limit(corpsMax);
-  analyseur->header_limit(entetesMax);
+void preparer(Analyseur& analyseur, boost::optional<std::uint64_t> corpsMax) {
+  analyseur.eager(true);
+  analyseur.body_limit(corpsMax);
+  analyseur.header_limit(entetesMax);
 }
 
 }  // namespace tarnavelle::interne

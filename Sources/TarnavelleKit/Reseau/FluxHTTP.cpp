@@ -80,7 +80,7 @@ class FluxHTTP::Echange {
 
     connexion_.dernier = Horloge::now();
     do {
-      preparer(analyseur_, boost::none);
+      preparer(analyseur_.emplace(), boost::none);
       while (!analyseur_->is_header_done()) {
         if (interrompu_ || fin_) return Sinon{raison()};
         lire({});

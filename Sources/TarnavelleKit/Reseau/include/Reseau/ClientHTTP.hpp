@@ -56,12 +56,8 @@ class ClientHTTP {
   Resultat<ReponseHTTP, EchecHTTP> envoyer(const RequeteHTTP& requete, const BornesHTTP& bornes);
 
  private:
-  struct Cible;
-  class Voie;
-  std::unique_ptr<Cible> cible_;  ///< of the last request
-  std::unique_ptr<Voie> gardee_;  ///< leads there
-  /// A peer that closes without saying so, found out by a lost call: its connections are not kept.
-  std::string sansGarde_;
+  class Garde;
+  std::unique_ptr<Garde> garde_;
 };
 
 }  // namespace tarnavelle
