@@ -1,6 +1,7 @@
 // One reply of the door: what the bridge makes of it, and what the kit reads in it.
 #include "Cible.hpp"
 #include "ContenuReponse.hpp"
+#include "Porte/MCPEtendu.hpp"
 #include "Porte/ReponsePorte.hpp"
 #include "Socle/EcritureJSON.hpp"
 #include "Socle/LectureJSON.hpp"
@@ -25,6 +26,14 @@ int LLVMFuzzerTestOneInput(const unsigned char* octets, std::size_t taille) {
          (Texte::utf8Valide(corps) ? corps : R"({"error":"La porte n'a pas répondu (HTTP 200).","ok":false})"));
   const auto ligne = LectureJSON::objet(PorteMCP::ligneAppel(7, appel));
   exiger(ligne && (*ligne)["result"] == PorteMCP::contenuAppel(appel.corpsJSON, appel.ok));
+  for (const auto* outil : {"trv_lire", "trv_etat"}) {
+    const auto etendue = MCPEtendu::resultatAppel(appel, MCPEtendu::ligne(outil), MCPEtendu::derniere);
+    exiger(etendue.find('\n') == std::string::npos);
+    const auto lue = Json::parse(etendue, nullptr, false);
+    exiger(lue.is_object() && lue["isError"] == !appel.ok);
+    if (lue.contains("structuredContent"))
+      exiger(lue["structuredContent"] == Json::parse(appel.corpsJSON, nullptr, false));
+  }
 
   if (const auto reponse = ReponsePorte::lire(corps)) {
     // As numbers: a fraction of 2^53 or more is written as the whole number that a double makes of it.

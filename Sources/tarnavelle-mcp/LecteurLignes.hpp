@@ -22,6 +22,9 @@ class LecteurLignes {
   explicit LecteurLignes(int descripteur, std::size_t maximum = ligneMax)
       : descripteur_(descripteur), maximum_(maximum), tampon_(bloc) {}
 
+  /// Whether nothing is left of what was read: the next line is to be waited for.
+  bool vide() const { return debut_ == fin_; }
+
   /// The next line; nothing at the end of input, or when it can no longer be read.
   std::optional<Ligne> suivante();
 

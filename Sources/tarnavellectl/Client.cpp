@@ -167,11 +167,10 @@ int mener(const LigneCommande& ligne, Session& session) {
 }  // namespace
 
 std::chrono::seconds patience(const Json& corps) {
-  constexpr std::chrono::seconds marge{10}, attenteDefaut{60}, attenteMax{300}, autres{90};
+  constexpr std::chrono::seconds marge{10}, autres{90};
   const LigneVerbe* verbe = LigneVerbe::de(CommandeControle::canonique(Champ::texte(corps, "action")));
-  if (!verbe || verbe->delai.empty()) return autres;
-  const auto delai = Champ::entier(corps, verbe->delai, 0);
-  return (delai <= 0 ? attenteDefaut : std::min(attenteMax, std::chrono::seconds(delai))) + marge;
+  const auto delai = verbe ? verbe->delaiDe(corps) : std::nullopt;
+  return delai ? *delai + marge : autres;
 }
 
 int executer(const std::vector<std::string>& mots, Session& session) {

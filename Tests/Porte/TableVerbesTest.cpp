@@ -75,8 +75,8 @@ std::string dire(std::optional<Designe> designe) {
 /// at which place it is declared, in digits, so that it shows where numbers are read.
 std::string dire(const LigneVerbe& ligne) {
   const OutilVoix& outil = ligne.outil;
-  std::string t =
-      "\n## " + outil.nom + "\n\n*" + std::string(ligne.bref) + "*\n\n" + outil.description + "\n\n";
+  std::string t = "\n## " + outil.nom + "\n\n*" + std::string(ligne.bref) + "*\n\n*" +
+                  std::string(ligne.anglais) + "*\n\n" + outil.description + "\n\n";
   Json vrais = Json::object();
   for (const ParamVoix& p : outil.parametres) {
     t += "- `" + p.nom + "` (" + std::string(valeurBrute(p.genre)) + (p.requis ? ", requis) : " : ") : ");
@@ -86,7 +86,15 @@ std::string dire(const LigneVerbe& ligne) {
   Json faux = vrais;
   for (Json& valeur : faux)
     if (valeur.is_boolean()) valeur = false;
-  if (ligne.effets.lectureSeule) t += "- ne fait que lire\n";
+  const EffetsVerbe& effets = ligne.effets;
+  for (const auto& [vrai, effet] : {std::pair{effets.lectureSeule, "ne fait que lire"},
+                                    {effets.destructif, "peut détruire"},
+                                    {effets.repetable, "se répète sans effet"},
+                                    {effets.ouvert, "agit hors du plateau"}})
+    if (vrai) t.append("- ").append(effet).append("\n");
+  constexpr const char* genres[] = {"texte", "nombre", "booléen", "liste", "lignes"};
+  for (const Donnee& d : ligne.donnees)
+    t.append("- rend `").append(d.nom).append("` (").append(genres[d.genre]).append(")\n");
   for (const auto alias : ligne.alias) t.append("- alias `").append(alias).append("`\n");
   if (PorteMCP::corpsAppel(outil.nom, {}, "moi").contains("agent"))
     t += "- sans `agent`, le pont donne celui qui appelle\n";

@@ -117,3 +117,38 @@ test("calls made at the same time each get their own reply, however slow the doo
   await client.close();
   await fermer(enfant);
 });
+
+test("asked for, today's protocol: schemas hold, waits hold nobody up, end when they are given up", async () => {
+  const enfant = await ouvrirPorte();
+  const client = await connecter({ TARNAVELLE_MCP_ETENDU: "1" });
+  assert.deepEqual(client.getServerCapabilities(), { prompts: {}, resources: {}, tools: {} });
+  assert.match(client.getInstructions(), /which agents are running/);
+  // The client refuses a reply that its tool's schema does not allow.
+  const { tools } = await client.listTools();
+  for (const { name, inputSchema, annotations } of tools) {
+    if (name === "trv_attendre") continue;
+    const noms = { agent: "Milan", touches: "esc", noms: "A, B", cli: "claude", genre: "test", cible: "Milan" };
+    const arguments_ = Object.fromEntries(inputSchema.required.map((nom) => [nom, noms[nom] ?? "Atelier"]));
+    if (annotations.readOnlyHint) arguments_.agent = "Merlin";
+    const { isError, structuredContent, content } = await client.callTool({ name, arguments: arguments_ });
+    assert.ok(!annotations.readOnlyHint || !isError, `${name} : ${JSON.stringify(content)}`);
+    if (structuredContent) assert.deepEqual(structuredContent, JSON.parse(content[0].text));
+  }
+  const attendre = (options) =>
+    client.callTool({ name: "trv_attendre", arguments: { agent: "Merlin", jusqu_a: "mort" } }, undefined, options);
+  const arret = new AbortController();
+  const signes = [];
+  const attente = attendre({ signal: arret.signal, onprogress: (signe) => signes.push(signe) });
+  const finie = assert.rejects(attente, /laisse/);
+  while (signes.length === 0) await client.callTool({ name: "trv_etat" });
+  assert.equal(signes[0].total, 60);
+  arret.abort("laisse");
+  await finie;
+  const { resources } = await client.listResources();
+  const { prompts } = await client.listPrompts();
+  const [{ text }] = (await client.readResource({ uri: resources[0].uri })).contents;
+  const { messages } = await client.getPrompt({ name: prompts[0].name });
+  assert.equal(text, messages[0].content.text);
+  await client.close();
+  await fermer(enfant);
+});

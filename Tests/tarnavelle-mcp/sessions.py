@@ -8,7 +8,8 @@ A session is a text file whose lines are
 and ">x" or "<x" instead of ">" or "<" when the line holds Python's escapes for bytes, or \\{512 [} for
 512 times "[". ">x" adds no line feed, "<x" does.
 The whole input is written at once, then closed: the bridge must answer all of it, nothing more, and
-end with status 0.
+end with status 0. The same when TARNAVELLE_MCP_ETENDU is set to anything but "1"; the sessions in "etendu" are
+played with "1".
 """
 import os
 import pathlib
@@ -41,14 +42,14 @@ def lire(chemin):
     return entree, attendues
 
 
-def jouer(pont, chemin):
+def jouer(pont, chemin, etendu=None):
     """What is wrong with the bridge's answers, as a list of French sentences."""
     entree, attendues = lire(chemin)
     with tempfile.TemporaryDirectory() as maison:
         environnement = {k: v for k, v in os.environ.items() if not k.startswith("TARNAVELLE")}
         # The bridge reads no argument, be it one that other programs know.
         fait = subprocess.run([pont, "--version"], input=entree, stdout=subprocess.PIPE, timeout=60,
-                              env=environnement | {"HOME": maison})
+                              env=environnement | {"HOME": maison} | ({"TARNAVELLE_MCP_ETENDU": etendu} if etendu else {}))
     *recues, reste = fait.stdout.split(b"\n")
     ennuis = [f"ligne {numero}\n    attendu : {attendue[:400]}\n    reçu    : {recue[:400]}"
               for (numero, attendue), recue in zip(attendues, recues) if attendue != recue]
@@ -60,8 +61,12 @@ def jouer(pont, chemin):
 
 
 def main():
-    chemins = sorted(pathlib.Path(__file__).with_name("sessions").glob("*.txt"))
-    ennuis = {chemin.name: jouer(sys.argv[1], chemin) for chemin in chemins}
+    dossier = pathlib.Path(__file__).with_name("sessions")
+    chemins = sorted(dossier.glob("*.txt"))
+    ennuis = {f"{chemin.name} {valeur or ''}": jouer(sys.argv[1], chemin, valeur)
+              for valeur in (None, "0", "true", " 1", "11") for chemin in chemins}
+    for chemin in sorted(dossier.glob("etendu/*.txt")):
+        ennuis[f"etendu/{chemin.name}"] = jouer(sys.argv[1], chemin, "1")
     for nom, liste in ennuis.items():
         print(f"{'ÉCHEC' if liste else 'ok   '} {nom}", *(f"  {e}" for e in liste), sep="\n")
     return 1 if any(ennuis.values()) or not chemins else 0

@@ -6,16 +6,17 @@
 
 namespace tarnavelle {
 
-Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte,
-                               const std::vector<EnteteHTTP>& aussi) {
+RequeteHTTP AppelPorte::requete(std::string corps, const PorteResolue& porte,
+                                const std::vector<EnteteHTTP>& aussi) {
   std::vector<EnteteHTTP> entetes = {{"Authorization", "Bearer " + porte.jeton},
                                      {"Content-Type", "application/json"}};
   entetes.insert(entetes.end(), aussi.begin(), aussi.end());
-  auto reponse = client_.envoyer({.methode = "POST",
-                                  .url = porte.url,
-                                  .entetes = std::move(entetes),
-                                  .corps = EcritureJSON::compacte(corps).value_or("")},
-                                 bornes_);
+  return {.methode = "POST", .url = porte.url, .entetes = std::move(entetes), .corps = std::move(corps)};
+}
+
+Coffre AppelPorte::posterPorte(const Json& corps, const PorteResolue& porte,
+                               const std::vector<EnteteHTTP>& aussi) {
+  auto reponse = client_.envoyer(requete(EcritureJSON::compacte(corps).value_or(""), porte, aussi), bornes_);
   echec_.reset();
   if (!reponse) {
     echec_ = reponse.raison();

@@ -14,12 +14,21 @@ std::vector<LigneVerbe> verbesAgents() {
          facultatif("dossier", "Le dossier de travail. Vide = la scène courante."),
          facultatif("hote", "L'hôte distant. Vide = cette machine.")}},
        "Ouvre un nouveau terminal d'agent.",
+       "Open a new agent: start another claude, codex or gemini in a terminal.",
        {"spawn_terminal"},
        [](Args a) {
          return C{
              C::ouvrirAgent{.cli = texte(a, "cli"), .dossier = texte(a, "dossier"), .hote = texte(a, "hote")}};
        },
-       {{"dossier", Designe::cheminOuNom}, {"hote", Designe::machine}}},
+       {{"dossier", Designe::cheminOuNom}, {"hote", Designe::machine}},
+       {.ouvert = true},
+       {{"nom", Donnee::texte},
+        {"cli", Donnee::texte},
+        {"dossier", Donnee::texte},
+        {"hote", Donnee::texte},
+        {"scene", Donnee::texte},
+        {"tmux", Donnee::texte},
+        {"pret", Donnee::booleen}}},
 
       {12,
        {"pondre_agent",
@@ -31,6 +40,7 @@ std::vector<LigneVerbe> verbesAgents() {
          facultatif("nom", "Le nom à donner. Vide = attribué."),
          facultatif("nombre", "Combien d'exemplaires. Défaut 1.")}},
        "Confie un chantier à un nouvel agent, avec suivi.",
+       "Spawn an agent on a tracked task: delegate work to a subagent, with a check.",
        {"spawn_agent"},
        [](Args a) {
          return C{C::pondreAgent{.cli = texte(a, "cli"),
@@ -38,7 +48,10 @@ std::vector<LigneVerbe> verbesAgents() {
                                  .verify = texte(a, "verify"),
                                  .nom = texte(a, "nom"),
                                  .nombre = entier(a, "nombre", 1)}};
-       }},
+       },
+       {},
+       {.destructif = true, .ouvert = true},
+       {{"agents", Donnee::liste}}},
 
       {15,
        {"taches",
@@ -46,10 +59,12 @@ std::vector<LigneVerbe> verbesAgents() {
         "appeler pour « où en sont les tâches ? ».",
         {}},
        "Liste les chantiers suivis et leur état.",
+       "List the tracked tasks and their state: progress of delegated work.",
        {"pipe_list"},
        [](Args) { return C{C::taches{}}; },
        {},
-       {.lectureSeule = true}},
+       {.lectureSeule = true},
+       {{"taches", Donnee::liste}}},
 
       {20,
        {"fini",
@@ -60,8 +75,12 @@ std::vector<LigneVerbe> verbesAgents() {
         {facultatif("note", "Ce qui a été fait, en une phrase. Facultatif — c'est le journal qui la porte."),
          facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
        "Déclare que l'agent appelant a fini.",
+       "Report that you are done: your task is finished.",
        {"pipe_done"},
-       [](Args a) { return C{C::fini{.agent = texte(a, "agent"), .note = texte(a, "note")}}; }},
+       [](Args a) { return C{C::fini{.agent = texte(a, "agent"), .note = texte(a, "note")}}; },
+       {},
+       {.repetable = true},
+       {{"agent", Donnee::texte}, {"etat", Donnee::texte}}},
 
       {21,
        {"bloque",
@@ -73,8 +92,12 @@ std::vector<LigneVerbe> verbesAgents() {
              "Ce qui bloque, en une phrase : la question posée, la permission attendue, l'erreur rencontrée"),
          facultatif("agent", "Qui déclare. Vide = l'agent du terminal appelant (TARNAVELLE_NODE_ID).")}},
        "Déclare que l'agent appelant attend une décision.",
+       "Report that you are blocked: ask a person for help, a decision or a permission.",
        {"pipe_blocked"},
-       [](Args a) { return C{C::bloque{.agent = texte(a, "agent"), .raison = texte(a, "raison")}}; }},
+       [](Args a) { return C{C::bloque{.agent = texte(a, "agent"), .raison = texte(a, "raison")}}; },
+       {},
+       {.repetable = true},
+       {{"agent", Donnee::texte}, {"etat", Donnee::texte}}},
 
       {24,
        {"relancer_agent",
@@ -87,8 +110,11 @@ std::vector<LigneVerbe> verbesAgents() {
                 "Le nom de l'agent à relancer. Exigé : on ne relance jamais « celui qu'on regarde » par "
                 "défaut.")}},
        "Redémarre un agent ; son travail en cours est perdu.",
+       "Restart an agent: kill it and start it anew.",
        {"restart_agent"},
-       [](Args a) { return C{C::relancerAgent{.agent = texte(a, "agent")}}; }},
+       [](Args a) { return C{C::relancerAgent{.agent = texte(a, "agent")}}; },
+       {},
+       {.destructif = true}},
 
       {31,
        {"nommage",
@@ -105,8 +131,12 @@ std::vector<LigneVerbe> verbesAgents() {
                 "Wash ». Un tableau JSON ([\"Mal\",\"Zoe\"]) est accepté aussi. Une chaîne VIDE demande "
                 "explicitement le retour au roster d'usine.")}},
        "Choisit les noms des prochains agents.",
+       "Choose the names of the next agents.",
        {"set_agent_naming", "set_naming"},
-       [](Args a) { return C{C::nommage{.noms = premier(liste(a, "noms"), liste(a, "call_signs"))}}; }},
+       [](Args a) { return C{C::nommage{.noms = premier(liste(a, "noms"), liste(a, "call_signs"))}}; },
+       {},
+       {.repetable = true},
+       {{"noms", Donnee::liste}}},
   };
 }
 

@@ -13,10 +13,14 @@ std::vector<LigneVerbe> verbesMessages() {
         {requis("texte", "La note à retenir, fidèle et complète"),
          facultatif("portee", "canvas (défaut) ou global.")}},
        "Écrit une note dans la mémoire partagée.",
+       "Remember: write a note into the shared memory.",
        {"remember"},
        [](Args a) {
          return C{C::retiens{.texte = texte(a, "texte"), .portee = premier(texte(a, "portee"), "canvas")}};
-       }},
+       },
+       {},
+       {},
+       {{"portee", Donnee::texte}}},
 
       {10,
        {"rappelle",
@@ -25,10 +29,12 @@ std::vector<LigneVerbe> verbesMessages() {
         {facultatif("requete", "Ce qu'on cherche. Vide = les plus récentes."),
          facultatif("limite", "Combien de fiches au plus. Défaut 5.")}},
        "Cherche dans la mémoire partagée.",
+       "Recall: search the shared memory and its notes.",
        {"recall"},
        [](Args a) { return C{C::rappelle{.requete = texte(a, "requete"), .limite = entier(a, "limite", 5)}}; },
        {},
-       {.lectureSeule = true}},
+       {.lectureSeule = true},
+       {{"fiches", Donnee::liste}}},
 
       {11,
        {"commande",
@@ -37,8 +43,11 @@ std::vector<LigneVerbe> verbesMessages() {
         "« coupe la musique ». Tu transmets la demande TELLE QUE DITE.",
         {requis("texte", "La demande, fidèle et complète, en français")}},
        "Transmet au cockpit toute autre demande, telle quelle.",
+       "Any other request to the cockpit: music, themes, documents, missions.",
        {"command"},
-       [](Args a) { return C{C::commande{.texte = texte(a, "texte")}}; }},
+       [](Args a) { return C{C::commande{.texte = texte(a, "texte")}}; },
+       {},
+       {.destructif = true, .ouvert = true}},
 
       {22,
        {"postit",
@@ -48,8 +57,12 @@ std::vector<LigneVerbe> verbesMessages() {
         "(avec rappelle).",
         {requis("texte", "Ce qui est écrit sur la note, tel quel")}},
        "Colle un post-it à l'écran, à côté des agents.",
+       "Put a sticky note, a reminder, on the screen.",
        {"sticky_note"},
-       [](Args a) { return C{C::postit{.texte = texte(a, "texte")}}; }},
+       [](Args a) { return C{C::postit{.texte = texte(a, "texte")}}; },
+       {},
+       {},
+       {{"scene", Donnee::texte}}},
 
       {26,
        {"ouvrir_chat",
@@ -64,8 +77,11 @@ std::vector<LigneVerbe> verbesMessages() {
          facultatif("texte",
                     "Une première demande à envoyer tout de suite. Vide = la carte s'ouvre et attend.")}},
        "Ouvre la conversation avec Hermès.",
+       "Open the chat with Hermes, the remote agent.",
        {"open_chat"},
-       [](Args a) { return C{C::ouvrirChat{.hote = texte(a, "hote"), .texte = texte(a, "texte")}}; }},
+       [](Args a) { return C{C::ouvrirChat{.hote = texte(a, "hote"), .texte = texte(a, "texte")}}; },
+       {},
+       {.ouvert = true}},
 
       {27,
        {"message_chat",
@@ -79,8 +95,11 @@ std::vector<LigneVerbe> verbesMessages() {
                     "L'hôte de la conversation visée, quand plusieurs sont ouvertes. Vide = la dernière "
                     "ouverte.")}},
        "Écrit à Hermès, sans attendre sa réponse.",
+       "Send a chat message to Hermes, the remote agent.",
        {},
-       [](Args a) { return C{C::messageChat{.texte = texte(a, "texte"), .cible = texte(a, "cible")}}; }},
+       [](Args a) { return C{C::messageChat{.texte = texte(a, "texte"), .cible = texte(a, "cible")}}; },
+       {},
+       {.destructif = true, .ouvert = true}},
   };
 }
 

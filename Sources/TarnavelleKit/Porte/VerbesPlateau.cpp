@@ -26,10 +26,26 @@ std::vector<LigneVerbe> verbesPlateau() {
         "travaille ? », « fais le point ».",
         {facultatif("format", "texte (défaut) ou json.")}},
        "Dit où en est tout le plateau.",
+       "Which agents are running and what each one is doing: state of the board, status, scenes, windows.",
        {"state"},
        [](Args) { return C{C::etat{}}; },
        {},
-       {.lectureSeule = true}},
+       {.lectureSeule = true},
+       {{"scene", Donnee::texte},
+        {"dossier", Donnee::texte},
+        {"autres_scenes", Donnee::liste},
+        {"crew", Donnee::liste},
+        {"agents", Donnee::liste},
+        {"ailleurs", Donnee::liste},
+        {"postits", Donnee::liste},
+        {"fermes", Donnee::liste},
+        {"fenetres", Donnee::liste},
+        {"messages", Donnee::liste},
+        {"relais", Donnee::liste},
+        {"laBas", Donnee::liste},
+        {"oreille", Donnee::texte},
+        {"avis", Donnee::liste},
+        {"avis_nouveaux", Donnee::nombre}}},
 
       {2,
        {"focus",
@@ -38,9 +54,12 @@ std::vector<LigneVerbe> verbesPlateau() {
         "(aller_scene) et n'ouvre aucun terminal (ouvrir_agent).",
         {requis("cible", "Le nom de l'agent, du membre du crew ou de la fenêtre")}},
        "Met une fenêtre en grand, par son nom.",
+       "Bring a window or an agent to the front, maximize it, show it.",
        {},
        [](Args a) { return C{C::focus{.cible = texte(a, "cible")}}; },
-       {{"cible", Designe::agent}}},
+       {{"cible", Designe::agent}},
+       {.repetable = true},
+       {{"cible", Donnee::texte}}},
 
       {3,
        {"aller_scene",
@@ -49,8 +68,12 @@ std::vector<LigneVerbe> verbesPlateau() {
         "une scène : c'est ouvrir_web.",
         {requis("nom", "Le nom de la scène (ou de son dossier)")}},
        "Passe sur une autre scène de travail.",
+       "Switch to another scene, workspace or project.",
        {"scene"},
-       [](Args a) { return C{C::allerScene{.nom = texte(a, "nom")}}; }},
+       [](Args a) { return C{C::allerScene{.nom = texte(a, "nom")}}; },
+       {},
+       {.repetable = true},
+       {{"scene", Donnee::texte}, {"dossier", Donnee::texte}}},
 
       {6,
        {"ouvrir_web",
@@ -60,11 +83,14 @@ std::vector<LigneVerbe> verbesPlateau() {
         {requis("cible", "L'adresse ou la recherche, telle que dite"),
          drapeau("externe", "true pour le navigateur système. Défaut false.")}},
        "Ouvre une page au navigateur : adresse, fichier, recherche.",
+       "Open a web page, a URL, a file or a search in the browser.",
        {"browser"},
        [](Args a) {
          return C{C::ouvrirWeb{.cible = texte(a, "cible"), .externe = booleen(a, "externe", false)}};
        },
-       {{"cible", Designe::cheminOuNom}}},
+       {{"cible", Designe::cheminOuNom}},
+       {.ouvert = true},
+       {{"cible", Donnee::texte}}},
 
       {17,
        {"capture",
@@ -79,12 +105,15 @@ std::vector<LigneVerbe> verbesPlateau() {
          drapeau("inline",
                  "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
        "Photographie la fenêtre du cockpit, ou une seule carte.",
+       "Take a screenshot of a terminal, of one card or of the whole window, as a PNG image.",
        {"screenshot", "window_screenshot"},
        [](Args a) {
          return C{C::capture{
              .cible = texte(a, "cible"), .chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
        },
-       {{"cible", Designe::agent}, {"chemin", Designe::chemin}}},
+       {{"cible", Designe::agent}, {"chemin", Designe::chemin}},
+       {},
+       {{"chemin", Donnee::texte}, {"png", Donnee::texte}}},
 
       {18,
        {"capture_web",
@@ -98,11 +127,14 @@ std::vector<LigneVerbe> verbesPlateau() {
          drapeau("inline",
                  "true pour recevoir le PNG en base64 dans la réponse au lieu d'un chemin. Défaut false.")}},
        "Photographie la page affichée au navigateur.",
+       "Take a screenshot of the web page shown in the browser, as a PNG image.",
        {"browser_screenshot"},
        [](Args a) {
          return C{C::captureWeb{.chemin = texte(a, "chemin"), .inline_ = booleen(a, "inline", false)}};
        },
-       {{"chemin", Designe::chemin}}},
+       {{"chemin", Designe::chemin}},
+       {},
+       {{"chemin", Donnee::texte}, {"png", Donnee::texte}}},
 
       {23,
        {"nommer_zone",
@@ -114,9 +146,12 @@ std::vector<LigneVerbe> verbesPlateau() {
          facultatif("cible",
                     "La fenêtre à étiqueter (nom d'agent, de session ou de carte). Vide = celle au regard.")}},
        "Donne un nom de plus à une fenêtre.",
+       "Give a window a name, a label or an alias.",
        {"label_area"},
        [](Args a) { return C{C::nommerZone{.nom = texte(a, "nom"), .cible = texte(a, "cible")}}; },
-       {{"cible", Designe::agent}}},
+       {{"cible", Designe::agent}},
+       {.repetable = true},
+       {{"cible", Donnee::texte}, {"nom", Donnee::texte}}},
 
       {30,
        {"ranger",
@@ -134,12 +169,15 @@ std::vector<LigneVerbe> verbesPlateau() {
                     "La fenêtre qui prend la grande place (nom d'agent, de session, ou étiquette posée par "
                     "nommer_zone). Vide = le cockpit la déduit.")}},
        "Range les fenêtres de la scène selon un plan.",
+       "Arrange, tile or tidy up the windows: layout, grid, columns.",
        {"arrange", "organize", "tidy", "organise"},
        [](Args a) {
          return C{
              C::ranger{.plan = texte(a, "plan"), .vedette = premier(texte(a, "vedette"), texte(a, "cible"))}};
        },
-       {{"vedette", Designe::agent}}},
+       {{"vedette", Designe::agent}},
+       {.repetable = true},
+       {{"scene", Donnee::texte}, {"plan", Donnee::texte}, {"vedette", Donnee::texte}}},
 
       {32,
        {"fermer",
@@ -152,9 +190,12 @@ std::vector<LigneVerbe> verbesPlateau() {
         {facultatif("cible",
                     "Le nom de l'agent, de la conversation ou de la fenêtre. Vide = celle qu'on regarde.")}},
        "Ferme une fenêtre ; l'agent, lui, continue.",
+       "Close a window, a terminal, a document or a conversation.",
        {"close_node", "close"},
        [](Args a) { return C{C::fermer{.cible = premier(texte(a, "cible"), texte(a, "target"))}}; },
-       {{"cible", Designe::agent}}},
+       {{"cible", Designe::agent}},
+       {.destructif = true},
+       {{"ferme", Donnee::liste}}},
 
       {33,
        {"fermer_tout",
@@ -166,8 +207,12 @@ std::vector<LigneVerbe> verbesPlateau() {
             "sauf",
             "Les noms à ÉPARGNER, séparés par des virgules : « Merlin, Milan ». Vide = on ferme tout.")}},
        "Ferme toutes les fenêtres de la scène, sauf exceptions.",
+       "Close all windows of the scene, except some.",
        {"close_all"},
-       [](Args a) { return C{C::fermerTout{.sauf = epargnes(a)}}; }},
+       [](Args a) { return C{C::fermerTout{.sauf = epargnes(a)}}; },
+       {},
+       {.destructif = true, .repetable = true},
+       {{"ferme", Donnee::liste}}},
   };
 }
 

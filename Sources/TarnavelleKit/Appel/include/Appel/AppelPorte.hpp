@@ -27,6 +27,10 @@ class AppelPorte {
 
   explicit AppelPorte(BornesHTTP bornesAppel = bornes) : bornes_(bornesAppel) {}
 
+  /// The request that a call is, for who sends it otherwise.
+  static RequeteHTTP requete(std::string corps, const PorteResolue& porte,
+                             const std::vector<EnteteHTTP>& aussi = {});
+
   /// Posts a body once, with those headers beside its own. Without a complete response the door may have acted
   /// all the same: `echec` tells whether any of the request had left, and a call given up after its wait is
   /// carried on without the caller.

@@ -20,8 +20,15 @@ inline constexpr std::string_view versionProtocole = "2024-11-05";
 inline constexpr std::string_view nomServeur = "tarnavelle-mcp";
 inline constexpr std::string_view versionServeur = versionTarnavelle;
 
-/// JSON-RPC error codes: the whole set that the bridge produces.
-enum class CodeErreur { illisible = -32700, methodeInconnue = -32601, parametres = -32602 };
+/// JSON-RPC error codes: the whole set that the bridge produces, and the protocol's own for a resource that is
+/// not there. The last two are of its extended form alone.
+enum class CodeErreur {
+  illisible = -32700,
+  methodeInconnue = -32601,
+  parametres = -32602,
+  requete = -32600,
+  ressource = -32002,
+};
 
 /// The id of a request: absent when it had none, else any JSON value, echoed as it is.
 using Identifiant = std::optional<Json>;
@@ -63,6 +70,7 @@ Json corpsAppel(std::string_view outil, Json arguments, std::string_view nodeId)
 struct ResultatAppel {
   std::string corpsJSON;  ///< the content's text: the door's reply as it stands, or the guide
   bool ok = false;
+  bool objet = false;  ///< the text is a JSON object that says whether it is ok
 };
 
 /// The result of a tool call: the text as content, and whether it is an error.
