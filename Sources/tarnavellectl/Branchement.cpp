@@ -145,6 +145,11 @@ std::vector<ParamVoix> parametres() {
        "true pour y écrire l'adresse et le jeton de la porte ouverte : c'est alors un secret, qui ne "
        "vaut plus rien quand la porte se ferme.",
        false});
+  liste.push_back(
+      {"etendu", Genre::booleen,
+       "true pour que le pont parle le protocole d'aujourd'hui : outils annotés et qui se cherchent en mots "
+       "simples, plusieurs appels à la fois, attentes longues.",
+       false});
   return liste;
 }
 
@@ -187,6 +192,8 @@ int configurationMCP(Session& session, const Json& arguments) {
                                  .token = porte->jeton,
                                  .nodeId = session.environnement.texte("TARNAVELLE_NODE_ID").value_or("")});
   }
+
+  if (Champ::booleen(arguments, "etendu", false)) demande.variables.emplace("TARNAVELLE_MCP_ETENDU", "1");
 
   const std::string texte = forme->texte(demande);
   if (fichier.empty()) {

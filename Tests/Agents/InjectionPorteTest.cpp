@@ -38,6 +38,7 @@ TEST(InjectionPorte, Variables) {
                                 {"TARNAVELLE_NODE_ID", complete.nodeId}};
   EXPECT_EQ(envPipe(complete), toutes);
   EXPECT_EQ(envPipe({.url = "u"}), (Environnement{{"TARNAVELLE_CONTROL_URL", "u"}}));
+  EXPECT_EQ(envPipe({.etendu = true}), (Environnement{{"TARNAVELLE_MCP_ETENDU", "1"}}));
   for (const AgentCLI& cli : AgentCLI::tous()) {
     const bool parle = cli.id == "claude" || cli.id == "codex";
     EXPECT_EQ(parleMCP(cli), parle) << cli.id;

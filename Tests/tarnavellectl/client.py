@@ -260,6 +260,9 @@ with open({str(MAISON / "recus")!r}, "a") as recus:
             egal(lus(forme, texte), (pont, herite, [None] if tout[0] is None else approuve), forme, options)
             # The door may be closed.
             egal(configurer(*options, monde=monde | fermee)[0], texte)
+        texte, dit = configurer("--etendu")
+        for _, variables, _ in (lus(forme, texte), colles(forme, dit)):
+            egal(variables, herite | {"TARNAVELLE_MCP_ETENDU": "1"}, forme)
         texte, dit = configurer(monde=ailleurs)
         egal(lus(forme, texte)[1], herite_ailleurs)
         assert "n'est connue que de l'environnement" in dit and "s'ec" not in dit, dit

@@ -18,6 +18,7 @@ std::vector<std::pair<std::string, std::string>> variables(const Porte& porte) {
   ajouter(interne::variableURL, porte.url);
   ajouter(interne::variableJeton, porte.token);
   ajouter(interne::variableAgent, porte.nodeId);
+  ajouter(interne::variableEtendu, porte.etendu ? "1" : "");
   return presentes;
 }
 

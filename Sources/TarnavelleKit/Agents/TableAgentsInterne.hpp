@@ -51,6 +51,7 @@ using Lignes = std::vector<std::string>;
 inline constexpr const char* variableURL = "TARNAVELLE_CONTROL_URL";
 inline constexpr const char* variableJeton = "TARNAVELLE_CONTROL_TOKEN";
 inline constexpr const char* variableAgent = "TARNAVELLE_NODE_ID";
+inline constexpr const char* variableEtendu = "TARNAVELLE_MCP_ETENDU";
 
 /// The name under which the bridge is declared.
 inline const std::string serveur(InjectionPorte::nomServeur);

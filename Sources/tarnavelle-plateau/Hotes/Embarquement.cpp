@@ -53,7 +53,7 @@ Resultat<std::vector<std::string>, std::string> Lointains::donnerPorte(const Emb
       hote + " ne laisse pas passer la porte (AllowTcpForwarding) : l'agent ne peut pas joindre le plateau.";
   if (port == 0) return Sinon{refuse};
   const InjectionPorte::Porte porte{
-      .url = "http://127.0.0.1:" + std::to_string(port), .token = *jeton, .nodeId = e.nom};
+      .url = "http://127.0.0.1:" + std::to_string(port), .token = *jeton, .nodeId = e.nom, .etendu = true};
   const bool parFichier = *forme == InjectionPorte::FormeInjection::fichierJSON;
   const std::string chemin =
       parFichier ? interne::Scripts::cheminPorte(e.session) : interne::Scripts::cheminPont(e.session);

@@ -163,7 +163,7 @@ Resultat<Depart, std::string> LanceursReels::agent(const Embarquement& e) {
   ajouter(lancement.mots, connu->cli.arguments);
   lancement.environnement.emplace("COLORTERM", couleurs(reglages_.environnement));
   const InjectionPorte::Porte porte{
-      .url = reglages_.url(), .token = reglages_.jeton(e.cle).value_or(""), .nodeId = e.nom};
+      .url = reglages_.url(), .token = reglages_.jeton(e.cle).value_or(""), .nodeId = e.nom, .etendu = true};
   if (!relier(lancement, connu->cli, porte, reglages_.pont, dossier)) return Sinon{refus()};
   const auto autres =
       reglages_.pont.empty() ? std::nullopt : interne::reglagesDuPont(e.programme, reglages_.pont);

@@ -88,6 +88,7 @@ TEST(Lanceurs, AucunJetonDansLesMots) {
     EXPECT_EQ(mots.find("s3cret"), mots.npos) << mots;
     EXPECT_NE(mots.find(attendu), mots.npos) << mots;
     EXPECT_EQ(depart->lancement.environnement.at("TARNAVELLE_CONTROL_TOKEN"), "s3cret-a1");
+    EXPECT_EQ(depart->lancement.environnement.at("TARNAVELLE_MCP_ETENDU"), "1");
     EXPECT_EQ(depart->lancement.environnement.at("COLORTERM"), "truecolor");
     EXPECT_EQ(depart->lancement.environnement.at("TARNAVELLE_NODE_ID"), "Merlin");
     EXPECT_EQ(depart->lancement.dossier, bin.string());

@@ -1,5 +1,5 @@
 // What is added to an agent's launch so that it reaches the control door: the bridge declared as its
-// MCP server, by a configuration file or by command-line words, and three environment variables. With
+// MCP server, by a configuration file or by command-line words, and environment variables. With
 // the user's setting off, or for a program that does not speak MCP, nothing at all is added. Writing the
 // file, and keeping it private for the token it holds, are the launcher's business. codex's words hold the
 // token, too: it then stands in that process's arguments, which other processes can read. Safe from any thread.
@@ -42,6 +42,7 @@ struct Porte {
   std::string url = {};     ///< base URL
   std::string token = {};   ///< bearer token
   std::string nodeId = {};  ///< the terminal tile that the agent runs in
+  bool etendu = false;      ///< the bridge is to speak today's protocol
 };
 
 /// The MCP configuration file of a program that takes one, and its text, "{}" when a value is not
