@@ -26,6 +26,8 @@ constexpr LigneOption<Options> table[] = {
        o.ssh = v;
        return o.ssh.is_absolute();
      }},
+    {"--service", "", "écrire de quoi ouvrir le plateau avec la session (systemd, ou launchd sur un Mac)",
+     [](Options& o, const std::string&) { return o.service = true; }},
     {"--aide", "", "cette aide", [](Options& o, const std::string&) { return o.aide = true; }},
     {"--help", "", "la même", [](Options& o, const std::string&) { return o.aide = true; }},
     {"--version", "", "la version", [](Options& o, const std::string&) { return o.version = true; }},

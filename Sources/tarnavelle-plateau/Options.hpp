@@ -12,6 +12,7 @@ namespace tarnavelle::Plateau {
 struct Options {
   bool detache = false;
   bool reprendre = false;
+  bool service = false;  ///< write what would open it with the user's session
   bool aide = false;
   bool version = false;
   std::string socket = "tarnavelle";

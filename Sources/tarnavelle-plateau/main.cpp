@@ -6,12 +6,14 @@
 #include <cstring>
 #include <string>
 
+#include "Accueil/Service.hpp"
 #include "Accueil/Signaux.hpp"
 #include "Detachement.hpp"
 #include "Hotes/Rejoindre.hpp"
 #include "Options.hpp"
 #include "PlateauReel.hpp"
 #include "Porte/PorteControle.hpp"
+#include "Porte/Programme.hpp"
 #include "Porte/Version.hpp"
 #include "Reprise.hpp"
 #include "Socle/Fichiers.hpp"
@@ -55,6 +57,34 @@ Garde<Registre> ouvrirRegistre(const Lieux& lieux) {
     registre = ouvrir();
   }
   return registre;
+}
+
+/// On standard output what is to be kept in a file; beside it, which file, and what to do then.
+int ecrireService(std::vector<std::string> mots) {
+  const Variables environnement = Variables::duProcessus();
+  std::erase_if(mots, [](const std::string& m) { return m == "--service" || m == "--detache"; });
+  mots.insert(mots.begin(), Programme::chemin());
+  const Service::Demande demande{
+      .mots = std::move(mots),
+      .titre = "Tarnavelle : agents dans de vrais terminaux",
+      .nom = "tarnavelle-plateau",
+      .chemins = environnement.texte("PATH").value_or("/usr/local/bin:/usr/bin:/bin"),
+      .personnel = dossierPersonnel(environnement)};
+#ifdef __APPLE__
+  const std::string texte = Service::launchd(demande);
+  const char* suite =
+      "À garder dans ~/Library/LaunchAgents/tarnavelle-plateau.plist, puis :\n"
+      "  launchctl load -w ~/Library/LaunchAgents/tarnavelle-plateau.plist\n";
+#else
+  const std::string texte = Service::systemd(demande);
+  const char* suite =
+      "À garder dans ~/.config/systemd/user/tarnavelle-plateau.service, puis :\n"
+      "  systemctl --user daemon-reload && systemctl --user enable --now tarnavelle-plateau\n"
+      "  loginctl enable-linger    (pour que plateau et agents survivent à la déconnexion)\n";
+#endif
+  std::fputs(texte.c_str(), stdout);
+  std::fputs(suite, stderr);
+  return std::fflush(stdout) == 0 ? 0 : 1;
 }
 
 int tenir(const Options& options, Detachement& detachement) {
@@ -113,7 +143,8 @@ int main(int argc, char** argv) {
   if (argc == 4 && std::strcmp(argv[1], "rejoindre") == 0) return Rejoindre::montrer(argv[2], argv[3]);
   if (argc == 3 && std::strcmp(argv[1], "liste") == 0) return ListeScene::montrer(argv[2]);
   Signaux::retenir();
-  const auto lu = Options::lire({argv + (argc > 0 ? 1 : 0), argv + argc});
+  const std::vector<std::string> mots(argv + (argc > 0 ? 1 : 0), argv + argc);
+  const auto lu = Options::lire(mots);
   if (!lu) return echouer(lu.raison(), 2);
   const Options& options = *lu;
   if (options.aide || options.version) {
@@ -122,6 +153,7 @@ int main(int argc, char** argv) {
                stdout);
     return 0;
   }
+  if (options.service) return ecrireService(mots);
   Detachement detachement;
   const auto ensuite = [&](const Regard& regard) {
     return options.detache ? 0 : SurTerminal::montrer(regard, lieuxDe(options).regard());
