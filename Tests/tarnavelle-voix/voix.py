@@ -6,6 +6,7 @@ reads at the pace of a loudspeaker, what it records comes from a pipe.
 """
 import array
 import atexit
+import faulthandler
 import json
 import os
 import pathlib
@@ -205,7 +206,8 @@ def ouvrir_carte():
         "ctl.!default { type null }\n")
 
     def parler():
-        son = array.array("h", (e for v in array.array("h", pcm(0.01, 500)) for e in (v, v))).tobytes()
+        # As much as ALSA asks for at a time: of less, it hands on the rest of what was there before.
+        son = array.array("h", (e for v in array.array("h", pcm(0.02, 500))[:441] for e in (v, v))).tobytes()
         while True:  # each time the device is opened, to be looked at or to be heard
             try:
                 with open(MAISON / "micro", "wb", buffering=0) as micro:
@@ -293,6 +295,7 @@ QUESTION = ecrire_wav("question.wav", 0.8)
 ESSAIS = (une_conversation, on_lui_coupe_la_parole, elle_revient_apres_une_coupure, les_pannes, par_tubes, un_terminal,
           une_vraie_carte)
 if sys.argv[3:]:
+    faulthandler.dump_traceback_later(150, exit=True)
     globals()[sys.argv[3]]()
 else:  # each with a service, a door and a house of its own: they mostly wait, and so wait together
     menes = [(e.__name__, subprocess.Popen([sys.executable, *sys.argv, e.__name__])) for e in ESSAIS]
